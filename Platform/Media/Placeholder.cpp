@@ -1,0 +1,1 @@
+// Keeps the library from being empty until its first class arrives.

@@ -1,0 +1,1 @@
+#include "ZRFoundation/ZRWorkUnit.h"

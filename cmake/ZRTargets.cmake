@@ -1,0 +1,42 @@
+# One function per kind of target. A layer sees only the headers of the layers that it links: each library has an
+# include root of its own in the build tree that holds nothing but a link to the library's folder, so that an
+# include that points upwards does not build.
+include_guard()
+include(GNUInstallDirs)
+
+set(ZR_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/ZRCommon-${PROJECT_VERSION_MAJOR})
+define_property(GLOBAL PROPERTY ZR_LIBRARIES BRIEF_DOCS "Libraries that are installed" FULL_DOCS "Libraries")
+
+# zr_add_library(NAME FOLDER path DEPENDS lib...)
+# All sources and headers of the current folder become library NAME, found as <FOLDER/Header.h>.
+function(zr_add_library name)
+    cmake_parse_arguments(arg "" "FOLDER" "DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+    file(GLOB headers CONFIGURE_DEPENDS *.h)
+    add_library(${name} SHARED ${sources} ${headers})
+    add_library(ZRCommon::${name} ALIAS ${name})
+
+    set(root ${CMAKE_BINARY_DIR}/include/${name})
+    cmake_path(GET arg_FOLDER PARENT_PATH parent)
+    file(MAKE_DIRECTORY ${root}/${parent})
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${arg_FOLDER} SYMBOLIC)
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${root}> $<INSTALL_INTERFACE:${ZR_INCLUDE_INSTALL_DIR}>)
+    target_link_libraries(${name} PUBLIC ${arg_DEPENDS} PRIVATE ${arg_PRIVATE_DEPENDS})
+    target_compile_features(${name} PUBLIC cxx_std_20)
+    target_precompile_headers(${name} PRIVATE <QtCore/QtCore>)
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} WINDOWS_EXPORT_ALL_SYMBOLS ON)
+    set_property(GLOBAL APPEND PROPERTY ZR_LIBRARIES ${name})
+
+    list(FILTER headers EXCLUDE REGEX "_p\\.h$")
+    set(public_headers)
+    foreach(header IN LISTS headers)
+        cmake_path(GET header FILENAME file)
+        list(APPEND public_headers ${arg_FOLDER}/${file})
+    endforeach()
+    set_target_properties(${name} PROPERTIES ZR_PUBLIC_HEADERS "${public_headers}")
+    install(TARGETS ${name} EXPORT ZRCommonTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(FILES ${headers} DESTINATION ${ZR_INCLUDE_INSTALL_DIR}/${arg_FOLDER})
+endfunction()
