@@ -26,10 +26,7 @@ void require(bool condition, const char *message);
 class Stopwatch
 {
 public:
-    double seconds() const
-    {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
-    }
+    double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count(); }
 
 private:
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();

@@ -124,8 +124,8 @@ void PeerDocumentTree(benchmark::State &state)
         const Stopwatch watch;
         QByteArray bytes = benchmarkSupport::readWhole(path);
         pugi::xml_document document;
-        const auto result
-            = document.load_buffer_inplace(bytes.data(), size_t(bytes.size()), pugi::parse_default, pugi::encoding_utf8);
+        const auto result =
+            document.load_buffer_inplace(bytes.data(), size_t(bytes.size()), pugi::parse_default, pugi::encoding_utf8);
         state.SetIterationTime(watch.seconds());
         benchmarkSupport::require(result, "the document tree failed");
         qsizetype tracks = 0;
