@@ -1,8 +1,13 @@
 #include "Platform/Foundation/FileManager.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
+
+#ifndef Q_OS_WIN
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace platform::FileManager
 {
@@ -55,13 +60,38 @@ std::optional<QString> resolvedLink(const QString &path)
     if (!canBePath(path))
         return std::nullopt;
     const QFileInfo info(withoutTrailingSlashes(path));
-    // Of a chain that comes back to itself, the canonical path is a link of the chain; but that does not exist.
+    // Of a chain that comes back to itself, the canonical path is a link of the chain; but that does not
+    // exist.
     if (!info.isSymLink() || !info.exists())
         return std::nullopt;
     const QString target = info.canonicalFilePath();
     if (target.isEmpty())
         return std::nullopt;
     return target;
+}
+
+std::unique_ptr<QFile> openRegularFile(const QString &path)
+{
+    // Judged before opening, since opening a device may do something to it, and again after, since another
+    // process may have put something else there.
+    if (!canBePath(path) || !QFileInfo(path).isFile())
+        return nullptr;
+    auto file = std::make_unique<QFile>(path);
+#ifdef Q_OS_WIN
+    if (!file->open(QIODevice::ReadOnly))
+        return nullptr;
+#else
+    const int descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return nullptr;
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)
+        || !file->open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        close(descriptor);
+        return nullptr;
+    }
+#endif
+    return file;
 }
 
 QString homeFolder()

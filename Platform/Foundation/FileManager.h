@@ -1,8 +1,9 @@
 #pragma once
 
-#include <QFileDevice>
+#include <QFile>
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 namespace platform
@@ -43,6 +44,11 @@ bool createDirectory(const QString &path, const FileAttributes &attributes = {})
 /// cannot be
 ///         reached, or the chain comes back to itself.
 std::optional<QString> resolvedLink(const QString &path);
+
+/// Opens a regular file, or a link to one, for reading. Never blocks, and touches nothing else: no pipe,
+/// device or folder.
+/// @return nothing when there is no such file or the system does not let us read it.
+std::unique_ptr<QFile> openRegularFile(const QString &path);
 
 /// The user's home folder: the environment's HOME where it is set, without a slash at its end.
 QString homeFolder();
