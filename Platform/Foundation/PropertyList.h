@@ -54,6 +54,7 @@ public:
 
 private:
     friend class PropertyListView;
+    friend class PropertyListIndex;
     quint32 m_number = 0xFFE;          // in the document's key table; 0xFFE: not there
     std::optional<quint32> m_decimal;  // the number that the text is the decimal form of
     QByteArray m_text;                 // UTF-8, for keys that stand in their dictionary
@@ -136,6 +137,12 @@ public:
     Range<ElementIterator> elements() const;
     /// The entries of a dictionary in document order; nothing for other types.
     Range<EntryIterator> entries() const;
+
+    /// Whether both belong to one document, so that a key prepared with one serves the other.
+    bool sharesDocumentWith(const PropertyListView &other) const { return m_document == other.m_document; }
+    /// The same for two handles to one place of one document, different for any other two; nullptr for null. For
+    /// telling repeated values apart from equal ones, which `==` does not do, in constant time.
+    const void *identity() const;
 
     /// Whether both hold equal values of equal types. Dictionaries are compared without regard to order. Integers
     /// compare by value, reals too (a NaN equals none), an integer never equals a real. Of a key that occurs twice the
@@ -235,6 +242,7 @@ public:
 
 private:
     friend class PropertyListView;
+    friend class PropertyListIndex;
     EntryIterator(const PropertyListDocument *document, quint32 row);
 
     const PropertyListDocument *m_document = nullptr;
@@ -242,8 +250,8 @@ private:
     quint32 m_valueRow = 0;
 };
 
-/// Finds entries of one large dictionary in constant time. Building it is linear in the entries and takes 8 to 16
-/// bytes for each. Keeps nothing alive: the document must outlive it.
+/// Finds entries of one large dictionary in constant time. Building it is linear in the entries; it takes 12
+/// bytes for each. Keeps nothing alive: the document must outlive it. Immutable: any thread.
 class PropertyListIndex
 {
 public:
@@ -258,8 +266,15 @@ public:
 private:
     struct Slot {
         quint32 hash = 0;
-        quint32 row = 0; // of the value; 0 for an empty slot, since row 0 is the root
+        quint32 row = 0; // where the entry starts; 0 for an empty slot, since row 0 is the root
     };
+    static PropertyListKey keyOf(const QByteArray &text);
+    static quint32 hashOf(const PropertyListKey &key);
+    PropertyListKey keyAt(quint32 row) const;
+    bool holds(const Slot &slot, quint32 hash, const PropertyListKey &key) const;
+    size_t slotFor(quint32 hash, const PropertyListKey &key) const;
+    PropertyListView find(const PropertyListKey &key) const;
+
     PropertyListView m_dictionary;
     std::vector<Slot> m_slots;
 };

@@ -280,4 +280,14 @@ QByteArray unescape(QByteArrayView text)
     return result;
 }
 
+QByteArray utf8Of(QAnyStringView text)
+{
+    return text.visit([](auto view) {
+        if constexpr (std::is_same_v<decltype(view), QUtf8StringView>)
+            return QByteArray::fromRawData(reinterpret_cast<const char *>(view.data()), view.size());
+        else
+            return view.toString().toUtf8();
+    });
+}
+
 } // namespace platform::PropertyListScalars

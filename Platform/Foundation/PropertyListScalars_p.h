@@ -6,6 +6,7 @@
 //  may change from version to version.
 //
 
+#include <QAnyStringView>
 #include <QByteArray>
 #include <QByteArrayView>
 
@@ -88,6 +89,9 @@ std::optional<quint32> parseCanonicalNumber(QByteArrayView text);
 /// processing instructions left out, line ends made line feeds. What is no valid reference stays as it
 /// stands.
 QByteArray unescape(QByteArrayView text);
+
+/// The text in UTF-8, without a copy where it is that already.
+QByteArray utf8Of(QAnyStringView text);
 
 /// Appends a character in UTF-8; U+FFFD for what is no Unicode scalar value.
 void appendUtf8(QByteArray &text, char32_t character);

@@ -95,17 +95,6 @@ QByteArray keyText(const PropertyListDocument &document, quint32 row, quint32 va
     return kindOf(content) == Key ? borrowed(text) : PropertyListScalars::unescape(text);
 }
 
-// The text in UTF-8, without a copy where it is that already.
-QByteArray utf8Of(QAnyStringView text)
-{
-    return text.visit([](auto view) {
-        if constexpr (std::is_same_v<decltype(view), QUtf8StringView>)
-            return QByteArray::fromRawData(reinterpret_cast<const char *>(view.data()), view.size());
-        else
-            return view.toString().toUtf8();
-    });
-}
-
 // QString::fromUtf8 takes a first U+FEFF for a byte-order mark and drops it, but here it is a character.
 QString fromUtf8(QByteArrayView text)
 {
@@ -361,7 +350,7 @@ qsizetype PropertyListView::count() const
 PropertyListKey PropertyListView::key(QAnyStringView text) const
 {
     PropertyListKey key;
-    key.m_text = utf8Of(text);
+    key.m_text = PropertyListScalars::utf8Of(text);
     key.m_text.detach(); // the caller's characters may go
     key.m_decimal = PropertyListScalars::parseCanonicalNumber(key.m_text);
     if (m_document)
@@ -374,7 +363,7 @@ PropertyListView PropertyListView::value(QAnyStringView key) const
     if (!isDictionary())
         return {};
     PropertyListKey lookup;
-    lookup.m_text = utf8Of(key);
+    lookup.m_text = PropertyListScalars::utf8Of(key);
     lookup.m_decimal = PropertyListScalars::parseCanonicalNumber(lookup.m_text);
     lookup.m_number = m_document->keys.find(lookup.m_text);
     return value(lookup);
@@ -465,7 +454,12 @@ QByteArray PropertyListView::EntryIterator::utf8Key() const
     return keyText(*m_document, m_row, m_valueRow);
 }
 
-// Equality
+// Identity and equality
+
+const void *PropertyListView::identity() const
+{
+    return m_document ? m_document->rows + m_row : nullptr;
+}
 
 namespace
 {
