@@ -5,24 +5,23 @@
 #include <cstring>
 #include <string_view>
 
-#ifdef ZR_SUBSTRING_SEARCH_AVX2
+#if ZR_HAS_AVX2
 #include <immintrin.h>
 #endif
 
 namespace platform
 {
+namespace
+{
 
-const char *SubstringSearch::findPlainly(const char *begin, const char *end, QByteArrayView needle)
+const char *findPlainly(const char *begin, const char *end, QByteArrayView needle)
 {
     const std::string_view text(begin, size_t(end - begin));
     const size_t place = text.find(std::string_view(needle.data(), size_t(needle.size())));
     return place == std::string_view::npos ? end : begin + place;
 }
 
-#ifdef ZR_SUBSTRING_SEARCH_AVX2
-
-namespace
-{
+#if ZR_HAS_AVX2
 
 /// The needle's bytes that are compared at every place, each in all lanes.
 struct Filter {
@@ -30,13 +29,13 @@ struct Filter {
     qsizetype lastOffset;
 };
 
-__attribute__((target("avx2"))) inline __m256i load(const char *text)
+ZR_AVX2 inline __m256i load(const char *text)
 {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(text));
 }
 
 /// One bit for each of the 32 places from `text` on where all three bytes of the filter agree.
-__attribute__((target("avx2"))) inline quint32 candidates(const char *text, const Filter &filter)
+ZR_AVX2 inline quint32 candidates(const char *text, const Filter &filter)
 {
     const __m256i first = _mm256_cmpeq_epi8(filter.first, load(text));
     const __m256i second = _mm256_cmpeq_epi8(filter.second, load(text + 1));
@@ -44,16 +43,8 @@ __attribute__((target("avx2"))) inline quint32 candidates(const char *text, cons
     return quint32(_mm256_movemask_epi8(_mm256_and_si256(_mm256_and_si256(first, second), last)));
 }
 
-} // namespace
-
-bool SubstringSearch::hasAvx2()
-{
-    static const bool has = __builtin_cpu_supports("avx2");
-    return has;
-}
-
-__attribute__((target("avx2"))) const char *SubstringSearch::findWithAvx2(const char *begin, const char *end,
-                                                                          QByteArrayView needle)
+/// Needs at least two bytes of needle.
+ZR_AVX2 const char *findWithAvx2(const char *begin, const char *end, QByteArrayView needle)
 {
     const qsizetype size = needle.size();
     const Filter filter{_mm256_set1_epi8(needle[0]), _mm256_set1_epi8(needle[1]),
@@ -74,17 +65,25 @@ __attribute__((target("avx2"))) const char *SubstringSearch::findWithAvx2(const 
 
 #endif
 
-const char *SubstringSearch::find(const char *begin, const char *end, QByteArrayView needle)
+} // namespace
+
+const char *SubstringSearch::findUsing([[maybe_unused]] InstructionSet instructions, const char *begin,
+                                       const char *end, QByteArrayView needle)
 {
     if (needle.size() == 1) {
         const void *place = std::memchr(begin, needle[0], size_t(end - begin));
         return place ? static_cast<const char *>(place) : end;
     }
-#ifdef ZR_SUBSTRING_SEARCH_AVX2
-    if (hasAvx2())
+#if ZR_HAS_AVX2
+    if (instructions == InstructionSet::Avx2)
         return findWithAvx2(begin, end, needle);
 #endif
     return findPlainly(begin, end, needle);
+}
+
+const char *SubstringSearch::find(const char *begin, const char *end, QByteArrayView needle)
+{
+    return findUsing(bestInstructionSet(), begin, end, needle);
 }
 
 } // namespace platform

@@ -5,22 +5,14 @@
 //  This file is not part of the public interface. It may change from version to version.
 //
 
-#include <QByteArrayView>
+#include "Platform/Foundation/InstructionSet_p.h"
 
-#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
-#define ZR_SUBSTRING_SEARCH_AVX2
-#endif
+#include <QByteArrayView>
 
 namespace platform::SubstringSearch
 {
 
-/// What `find` stands on where the processor has nothing better.
-const char *findPlainly(const char *begin, const char *end, QByteArrayView needle);
-
-#ifdef ZR_SUBSTRING_SEARCH_AVX2
-/// Needs at least two bytes of needle, and a processor with AVX2.
-const char *findWithAvx2(const char *begin, const char *end, QByteArrayView needle);
-bool hasAvx2();
-#endif
+/// `find` with the instructions named.
+const char *findUsing(InstructionSet instructions, const char *begin, const char *end, QByteArrayView needle);
 
 } // namespace platform::SubstringSearch

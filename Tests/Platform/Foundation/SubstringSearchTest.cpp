@@ -16,16 +16,14 @@ using Finder = std::function<const char *(const char *, const char *, QByteArray
 
 std::vector<std::pair<const char *, Finder>> finders()
 {
-    std::vector<std::pair<const char *, Finder>> all{{"find", SubstringSearch::find},
-                                                     {"plain", SubstringSearch::findPlainly}};
-#ifdef ZR_SUBSTRING_SEARCH_AVX2
-    if (SubstringSearch::hasAvx2())
-        all.emplace_back("avx2", [](const char *begin, const char *end, QByteArrayView needle) {
-            return needle.size() < 2 ? SubstringSearch::find(begin, end, needle)
-                                     : SubstringSearch::findWithAvx2(begin, end, needle);
-        });
-#endif
-    return all;
+    const auto with = [](InstructionSet instructions) {
+        return [instructions](const char *begin, const char *end, QByteArrayView needle) {
+            return SubstringSearch::findUsing(instructions, begin, end, needle);
+        };
+    };
+    return {{"find", SubstringSearch::find},
+            {"plain", with(InstructionSet::Plain)},
+            {"best", with(bestInstructionSet())}};
 }
 
 qsizetype place(const Finder &finder, const QByteArray &text, const QByteArray &needle)
