@@ -20,16 +20,17 @@ namespace
 constexpr qsizetype HeaderSize = 8; // "bplist", and the version
 constexpr qsizetype TrailerSize = 32;
 
-// A legitimate file that shares containers expands to a few times its objects; one that doubles itself at every level
-// expands without bounds.
+// A legitimate file that shares containers expands to a few times its objects; one that doubles itself at
+// every level expands without bounds.
 qsizetype rowLimit(qsizetype fileSize)
 {
     return std::min<qsizetype>(std::max<qsizetype>(qsizetype(1) << 22, 16 * fileSize), 0xFFFF'FFF0);
 }
 
-// Reads a file of this shape: header; objects, each a marker byte (kind in the upper half, size in the lower), a
-// count where the size does not fit, and the content; the table of the objects' offsets; the trailer that tells the
-// sizes of offsets and references. All numbers are big-endian. A container's content is the numbers of its objects.
+// Reads a file of this shape: header; objects, each a marker byte (kind in the upper half, size in the
+// lower), a count where the size does not fit, and the content; the table of the objects' offsets; the
+// trailer that tells the sizes of offsets and references. All numbers are big-endian. A container's content
+// is the numbers of its objects.
 class BinaryReader
 {
 public:
@@ -63,14 +64,14 @@ private:
     struct Container {
         quint64 object;
         qsizetype references; // offset of the next reference
-        qsizetype left;       // entries to come
-        qsizetype toValue;    // bytes from a key's reference to its value's; 0 in an array
+        qsizetype left; // entries to come
+        qsizetype toValue; // bytes from a key's reference to its value's; 0 in an array
     };
 
     bool fail(qsizetype offset, const QString &reason)
     {
         if (!m_error)
-            m_error = Error {ErrorCode::Malformed, reason, offset, {}};
+            m_error = Error{ErrorCode::Malformed, reason, offset, {}};
         return false;
     }
 
@@ -109,7 +110,8 @@ private:
         return true;
     }
 
-    // Finds an object and reads its marker and count. All objects stand between the header and the offset table.
+    // Finds an object and reads its marker and count. All objects stand between the header and the offset
+    // table.
     bool locate(quint64 index, Object &object)
     {
         const qsizetype entry = m_tableOffset + qsizetype(index) * m_offsetSize;
@@ -211,8 +213,11 @@ private:
         if (!fits(object, 1))
             return false;
         // One, two and four bytes are unsigned, eight signed; sixteen hold what neither can.
-        const quint64 low = number(object.content + size - std::min<qsizetype>(size, 8), std::min<qsizetype>(size, 8));
-        const quint64 high = size == 16 ? number(object.content, 8) : size == 8 && qint64(low) < 0 ? ~quint64(0) : 0;
+        const quint64 low =
+            number(object.content + size - std::min<qsizetype>(size, 8), std::min<qsizetype>(size, 8));
+        const quint64 high = size == 16    ? number(object.content, 8)
+            : size == 8 && qint64(low) < 0 ? ~quint64(0)
+                                           : 0;
         const bool negative = high == ~quint64(0) && qint64(low) < 0;
         if (high != 0 && !negative)
             return fail(object.offset, QStringLiteral("integer outside of 64 bits"));
@@ -228,8 +233,9 @@ private:
         object.count = qsizetype(1) << object.size;
         if (!fits(object, 1))
             return false;
-        const double value = object.size == 3 ? std::bit_cast<double>(number(object.content, 8))
-                                              : double(std::bit_cast<float>(quint32(number(object.content, 4))));
+        const double value = object.size == 3
+            ? std::bit_cast<double>(number(object.content, 8))
+            : double(std::bit_cast<float>(quint32(number(object.content, 4))));
         if (isDate)
             m_builder.date(value);
         else
@@ -261,7 +267,8 @@ private:
         if (!m_checkedStrings[std::size_t(index)]) {
             const QByteArrayView text = m_bytes.sliced(object.content, object.count);
             const auto *end = object.kind == 0x5
-                ? std::find_if(text.begin(), text.end(), [](char character) { return quint8(character) >= 0x80; })
+                ? std::find_if(text.begin(), text.end(),
+                               [](char character) { return quint8(character) >= 0x80; })
                 : text.begin() + validUtf8Length(text);
             if (end != text.end()) {
                 fail(object.content + (end - text.begin()),
@@ -316,7 +323,8 @@ private:
     bool readReference(qsizetype offset, quint64 &index)
     {
         index = number(offset, m_referenceSize);
-        return index < m_objectCount || fail(offset, QStringLiteral("reference to an object that does not exist"));
+        return index < m_objectCount
+            || fail(offset, QStringLiteral("reference to an object that does not exist"));
     }
 
     // Adds the next entry of the innermost container, or ends it.
@@ -333,7 +341,8 @@ private:
         container.references += m_referenceSize;
         --container.left;
         quint64 index = 0;
-        return (toValue == 0 || readKey(reference)) && readReference(reference + toValue, index) && readObject(index);
+        return (toValue == 0 || readKey(reference)) && readReference(reference + toValue, index)
+            && readObject(index);
     }
 
     bool readKey(qsizetype reference)
@@ -358,7 +367,7 @@ private:
     quint64 m_objectCount = 0;
     quint64 m_topObject = 0;
     qsizetype m_tableOffset = 0;
-    std::vector<bool> m_checkedStrings;                                    // by object
+    std::vector<bool> m_checkedStrings; // by object
     QHash<quint64, PropertyListTapeBuilder::Piece> m_convertedStrings; // by object
     std::vector<Container> m_open;
     PropertyListTapeBuilder m_builder;

@@ -87,7 +87,7 @@ private:
     bool fail(qsizetype offset, const QString &reason)
     {
         if (!m_error)
-            m_error = Error {ErrorCode::Malformed, reason, offset, {}};
+            m_error = Error{ErrorCode::Malformed, reason, offset, {}};
         return false;
     }
 
@@ -117,8 +117,9 @@ private:
             while (!atEnd() && isSpace(m_text[m_at]))
                 ++m_at;
             if (isNext("//")) {
-                const auto *end = std::find_if(m_text.begin() + m_at, m_text.end(),
-                                               [](char character) { return character == '\n' || character == '\r'; });
+                const auto *end = std::find_if(m_text.begin() + m_at, m_text.end(), [](char character) {
+                    return character == '\n' || character == '\r';
+                });
                 m_at = end - m_text.begin();
             } else if (isNext("/*")) {
                 const qsizetype end = m_text.indexOf("*/", m_at + 2);
@@ -159,7 +160,8 @@ private:
         return true;
     }
 
-    // A single line of words without quotes is one string, with the spaces between them: "2015-01-02 13:10:00 +0200".
+    // A single line of words without quotes is one string, with the spaces between them: "2015-01-02 13:10:00
+    // +0200".
     bool takeLoneWords()
     {
         const auto isSpaceCharacter = [](char character) { return isSpace(character); };
@@ -167,7 +169,9 @@ private:
         const auto *last = m_text.end();
         while (last != first && isSpace(last[-1]))
             --last;
-        const auto isWordOrBlank = [](char character) { return isWordCharacter(character) || character == ' '; };
+        const auto isWordOrBlank = [](char character) {
+            return isWordCharacter(character) || character == ' ';
+        };
         if (first == last || !std::all_of(first, last, isWordOrBlank)
             || QByteArrayView(first, last).startsWith("//"))
             return false;
@@ -185,8 +189,9 @@ private:
                 m_builder.end();
                 readSeparator();
             } else if (atEnd()) {
-                fail(m_at, inDictionary ? QStringLiteral("dictionary without an end")
-                                        : QStringLiteral("array without an end"));
+                fail(m_at,
+                     inDictionary ? QStringLiteral("dictionary without an end")
+                                  : QStringLiteral("array without an end"));
             } else if (!inDictionary || readKey()) {
                 readValue();
             }
@@ -218,8 +223,9 @@ private:
         const bool inDictionary = m_open.back() == Dictionary;
         if (take(inDictionary ? ';' : ',') || isClosingNext())
             return true;
-        return fail(m_at, inDictionary ? QStringLiteral("expected ; or } behind a value")
-                                       : QStringLiteral("expected , or ) behind an element"));
+        return fail(m_at,
+                    inDictionary ? QStringLiteral("expected ; or } behind a value")
+                                 : QStringLiteral("expected , or ) behind an element"));
     }
 
     // Whether a value follows: "key;" alone stands for a string that is its own key.
@@ -444,7 +450,7 @@ private:
     static std::optional<qint64> parseDateWithZone(QByteArrayView text)
     {
         constexpr qsizetype TimeLength = 19; // "2003-05-12 12:00:00"
-        constexpr qsizetype ZoneLength = 6;  // " +0200"
+        constexpr qsizetype ZoneLength = 6; // " +0200"
         if (text.size() != TimeLength + ZoneLength)
             return std::nullopt;
         QByteArray time = text.first(TimeLength).toByteArray() + 'Z';
@@ -469,10 +475,13 @@ private:
     std::optional<Error> m_error;
 };
 
-// Adds a value of a JSON text; whether a property list can hold it. The depth is bounded by the builder's limit.
+// Adds a value of a JSON text; whether a property list can hold it. The depth is bounded by the builder's
+// limit.
 bool addJson(PropertyListTapeBuilder &builder, const QJsonValue &value)
 {
-    const auto addText = [&builder](Kind kind, const QString &text) { return builder.appendPiece(kind, text.toUtf8()); };
+    const auto addText = [&builder](Kind kind, const QString &text) {
+        return builder.appendPiece(kind, text.toUtf8());
+    };
     switch (value.type()) {
     case QJsonValue::Object: {
         builder.beginDictionary();
@@ -520,7 +529,7 @@ std::optional<PropertyListValue> parseJson(QByteArrayView text)
     const auto document = QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), text.size()));
     if (document.isNull())
         return std::nullopt;
-    PropertyListTapeBuilder builder {QByteArrayView()};
+    PropertyListTapeBuilder builder{QByteArrayView()};
     const QJsonValue root = document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
     if (!addJson(builder, root))
         return std::nullopt;
