@@ -55,9 +55,9 @@ public:
 private:
     friend class PropertyListView;
     friend class PropertyListIndex;
-    quint32 m_number = 0xFFE;          // in the document's key table; 0xFFE: not there
-    std::optional<quint32> m_decimal;  // the number that the text is the decimal form of
-    QByteArray m_text;                 // UTF-8, for keys that stand in their dictionary
+    quint32 m_number = 0xFFE; // in the document's key table; 0xFFE: not there
+    std::optional<quint32> m_decimal; // the number that the text is the decimal form of
+    QByteArray m_text; // UTF-8, for keys that stand in their dictionary
 };
 
 /// A borrowed handle to one value of a document, 16 bytes, trivially copyable. Valid only while a `PropertyListValue`
@@ -153,8 +153,7 @@ protected:
     PropertyListView(const PropertyListDocument *document, quint32 row)
         : m_document(document)
         , m_row(row)
-    {
-    }
+    { }
     static bool equal(const PropertyListView &a, const PropertyListView &b);
 
     const PropertyListDocument *m_document = nullptr;

@@ -14,7 +14,8 @@ namespace
 
 const char Zeros[Padding] = {};
 
-// A longer key is not interned: looking it up in the table costs time in its length, however often it is used.
+// A longer key is not interned: looking it up in the table costs time in its length, however often it is
+// used.
 constexpr qsizetype LongestInternedKey = 128;
 
 } // namespace
@@ -34,7 +35,7 @@ PropertyListTapeBuilder::PropertyListTapeBuilder(QByteArrayView source, qsizetyp
 void PropertyListTapeBuilder::fail(ErrorCode code, const QString &reason)
 {
     if (!m_error)
-        m_error = Error {code, reason, -1, {}};
+        m_error = Error{code, reason, -1, {}};
 }
 
 PropertyListTapeBuilder::Piece PropertyListTapeBuilder::sourcePiece(Kind kind, qsizetype offset,

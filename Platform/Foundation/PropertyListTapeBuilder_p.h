@@ -2,8 +2,8 @@
 
 //
 //  W A R N I N G
-//  This file is not part of the public interface. It builds documents for the property-list readers whose text is not
-//  XML, and may change from version to version.
+//  This file is not part of the public interface. It builds documents for the property-list readers whose
+//  text is not XML, and may change from version to version.
 //
 
 #include "Platform/Foundation/PropertyList.h"
@@ -15,7 +15,8 @@
 namespace platform
 {
 
-/// A sequence in malloc's memory, so that it grows where it stands and can be given to a `PropertyListDocument`.
+/// A sequence in malloc's memory, so that it grows where it stands and can be given to a
+/// `PropertyListDocument`.
 template <class T>
 class PropertyListBuffer
 {
@@ -59,13 +60,13 @@ private:
     qsizetype m_capacity = 0;
 };
 
-/// Builds a document value by value, depth first. Its text begins with a copy of what is read, so that values can be
-/// taken from there; what has to be rewritten is appended behind.
+/// Builds a document value by value, depth first. Its text begins with a copy of what is read, so that values
+/// can be taken from there; what has to be rewritten is appended behind.
 ///
-/// Calls come in the order of a depth-first walk: in a dictionary one `key` before each value, one `end` for each
-/// `begin…`, and exactly one value at the root. Nothing of that is checked, since it does not depend on the input.
-/// What does are the limits on depth, values and text: behind the first one that is passed, `error` tells it and
-/// further calls do nothing.
+/// Calls come in the order of a depth-first walk: in a dictionary one `key` before each value, one `end` for
+/// each `begin…`, and exactly one value at the root. Nothing of that is checked, since it does not depend on
+/// the input. What does are the limits on depth, values and text: behind the first one that is passed,
+/// `error` tells it and further calls do nothing.
 class PropertyListTapeBuilder
 {
 public:
@@ -78,8 +79,8 @@ public:
         qsizetype length = 0;
     };
 
-    /// @param maximumRows limit on rows: one for every value, and one more for each key that is not interned and each
-    /// long text.
+    /// @param maximumRows limit on rows: one for every value, and one more for each key that is not interned
+    /// and each long text.
     explicit PropertyListTapeBuilder(QByteArrayView source, qsizetype maximumRows = 0xFFFF'FFF0);
 
     /// The first limit that was passed.

@@ -4,11 +4,13 @@
 
 #include <cstring>
 
-namespace platform {
+namespace platform
+{
 
 using PropertyListScalars::isSpace;
 
-namespace {
+namespace
+{
 
 constexpr const char *UnfinishedText = "the text ends before the list does";
 

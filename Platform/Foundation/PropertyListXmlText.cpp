@@ -4,16 +4,18 @@
 #include <optional>
 #include <string_view>
 
-namespace platform::PropertyListXmlText {
+namespace platform::PropertyListXmlText
+{
 
-namespace {
+namespace
+{
 
 struct NamedReference {
     std::string_view text;
     char character;
 };
-constexpr NamedReference NamedReferences[]
-    = {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+constexpr NamedReference NamedReferences[] = {
+    {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
 
 char *putUtf8(char *to, char32_t character)
 {
@@ -116,8 +118,8 @@ private:
             if (character <= 0x10FFFF) // stays too large once it is
                 character = character * (hexadecimal ? 16 : 10) + *digit;
         }
-        const bool isCharacter
-            = character != 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
+        const bool isCharacter =
+            character != 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
         if (place == digits || place == m_last || *place != ';')
             m_reason = "character reference without a number or semicolon";
         else if (!isCharacter)
