@@ -7,10 +7,10 @@
 
 #include <memory>
 
-/// The one record of a photo in the media browser, whatever source it comes from: a small thumbnail file that
-/// the grid shows, the full image file that is handed out, a title and a creation date. The thumbnail picture
-/// is read from its file when it is first displayed and kept from then on, so that an album of many photos
-/// costs one small record for each until it is scrolled into view.
+/// The one record of a photo in the media browser, whatever source it comes from: a small thumbnail file
+/// that the grid shows, the full image file that is handed out, a title and a creation date. The thumbnail
+/// picture is read from its file when it is first displayed and kept from then on, so that an album of many
+/// photos costs one small record for each until it is scrolled into view.
 ///
 /// Shared by its source, which keeps it for reuse, and by all lists that hold it: a picture once loaded is
 /// loaded for all. Paths, title and date never change.
@@ -31,7 +31,7 @@ public:
     /// The thumbnail picture, read from its file if it is not loaded yet. Its logical size is its size in
     /// pixels.
     /// @return the not-loaded image, which is empty, when the file is missing or cannot be read. That is not
-    ///         remembered: the next call tries the file again.
+    /// remembered: the next call tries the file again.
     std::shared_ptr<platform::Image> imageToDisplay();
 
     const QString &title() const { return m_title; }
@@ -46,8 +46,8 @@ public:
     static std::shared_ptr<platform::Image> notLoadedImage() { return nullptr; }
     /// Reads the picture, unless one is loaded.
     void loadImage();
-    /// Lets the picture go; the next `imageToDisplay` reads the file again. Who still holds the picture keeps
-    /// it.
+    /// Lets the picture go; the next `imageToDisplay` reads the file again. Who still holds the picture
+    /// keeps it.
     void unloadImage() { m_thumb_image.reset(); }
 
 private:

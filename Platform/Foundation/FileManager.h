@@ -17,8 +17,8 @@ struct FileAttributes {
 };
 
 /// Files and folders by path. Nothing here blocks on what a file holds, and a path that no file system can
-/// hold (an empty one, one with a null character) simply names nothing. Relative paths count from the current
-/// folder.
+/// hold (an empty one, one with a null character) simply names nothing. Relative paths count from the
+/// current folder.
 ///
 /// Thread safety: any thread. Every answer is about a moment: another process may change it before it is
 /// used.
@@ -34,20 +34,19 @@ bool isFolder(const QString &path);
 
 /// Makes one folder, whose parent must be there.
 /// @return whether this call made it: false when something stands there already. Attributes that the file
-/// system
-///         cannot keep are dropped.
+/// system cannot keep are dropped.
 bool createDirectory(const QString &path, const FileAttributes &attributes = {});
 
 /// Where a link leads: the target's absolute path, all chains of links followed. A link is a symbolic link;
 /// the last component of the path decides, and a slash at its end does not count.
 /// @return nothing when the path names no link, and when the link leads nowhere: its target is missing,
-/// cannot be
-///         reached, or the chain comes back to itself.
+/// cannot be reached, or the chain comes back to itself.
 std::optional<QString> resolvedLink(const QString &path);
 
 /// Opens a regular file, or a link to one, for reading. Never blocks, and touches nothing else: no pipe,
 /// device or folder.
-/// @return nothing when there is no such file or the system does not let us read it.
+/// @return the open file, which need not know its name; nothing when there is no such file or the system
+/// does not let us read it.
 std::unique_ptr<QFile> openRegularFile(const QString &path);
 
 /// The user's home folder: the environment's HOME where it is set, without a slash at its end.

@@ -59,11 +59,10 @@ public:
     /// become one representation each, of a moving picture only the first frame is read. Bitmaps are turned
     /// upright as the file's orientation asks. The logical size is that of the first representation at the
     /// resolution that the file states, or at 72 pixels per inch where it states none. A picture that is cut
-    /// off is read as far as its decoder goes along. Only regular files are opened, opening never blocks, and
-    /// the file may change or shrink while it is read.
-    /// @return nothing when the file is missing, unreadable, empty, beyond the limits above, or no picture of
-    /// a
-    ///         format that Qt knows.
+    /// off is read as far as its decoder goes along. Only regular files are opened, opening never blocks,
+    /// and the file may change or shrink while it is read.
+    /// @return nothing when the file is missing, unreadable, empty, beyond the limits above, or no picture
+    /// of a format that Qt knows.
     static std::shared_ptr<Image> contentsOfFile(const QString &path);
 
     QSizeF size() const { return m_size; }
