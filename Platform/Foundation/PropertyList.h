@@ -54,7 +54,7 @@ public:
 private:
     friend class PropertyListView;
     quint32 m_number = 0xFFE; // in the document's key table; 0xFFE: not there
-    QByteArray m_text;        // UTF-8, for keys that are not in the table
+    QByteArray m_text; // UTF-8, for keys that are not in the table
 };
 
 /// A borrowed handle to one value of a document, 16 bytes, trivially copyable. Valid only while a `PropertyListValue`
@@ -142,8 +142,7 @@ protected:
     PropertyListView(const PropertyListDocument *document, quint32 row)
         : m_document(document)
         , m_row(row)
-    {
-    }
+    { }
     static bool equal(const PropertyListView &a, const PropertyListView &b);
 
     const PropertyListDocument *m_document = nullptr;

@@ -36,20 +36,20 @@ namespace PropertyListTape {
 enum Kind : quint8 {
     Dictionary,
     Array,
-    String,        ///< UTF-8 as it stands.
+    String, ///< UTF-8 as it stands.
     EscapedString, ///< Holds references, CDATA sections, comments, processing instructions or carriage returns.
-    Integer,       ///< As in XML: white space, sign, decimal or 0x digits; from -2^63 to 2^64-1.
-    Real,          ///< As in XML: white space, a number, or nan, inf, infinity with sign, any case.
-    Date,          ///< ISO 8601 text, "2024-01-31T20:43:14Z", as in XML.
-    SecondsDate,   ///< A real number in text: seconds since 2001-01-01T00:00:00Z.
-    Data,          ///< Base64 text with white space.
-    RawData,       ///< The bytes themselves.
+    Integer, ///< As in XML: white space, sign, decimal or 0x digits; from -2^63 to 2^64-1.
+    Real, ///< As in XML: white space, a number, or nan, inf, infinity with sign, any case.
+    Date, ///< ISO 8601 text, "2024-01-31T20:43:14Z", as in XML.
+    SecondsDate, ///< A real number in text: seconds since 2001-01-01T00:00:00Z.
+    Data, ///< Base64 text with white space.
+    RawData, ///< The bytes themselves.
     True,
     False,
-    UID,           ///< Decimal text (reference number in a keyed archive).
-    Key,           ///< UTF-8 as it stands; belongs to the next row that is no length row.
-    EscapedKey,    ///< As `EscapedString`; belongs to the next row that is no length row.
-    NumberKey,     ///< A key that is the canonical decimal text of the number in bits 32-63; has no text.
+    UID, ///< Decimal text (reference number in a keyed archive).
+    Key, ///< UTF-8 as it stands; belongs to the next row that is no length row.
+    EscapedKey, ///< As `EscapedString`; belongs to the next row that is no length row.
+    NumberKey, ///< A key that is the canonical decimal text of the number in bits 32-63; has no text.
 };
 
 constexpr quint32 NoKey = 0xFFE;
@@ -67,12 +67,30 @@ constexpr PropertyListRow makeRow(Kind kind, quint32 key, quint64 length, quint6
 {
     return quint64(kind) | quint64(key) << 4 | (length < Saturated ? length : Saturated) << 16 | offset << 32;
 }
-constexpr Kind kindOf(PropertyListRow row) { return Kind(row & 0xF); }
-constexpr quint32 keyOf(PropertyListRow row) { return quint32(row >> 4) & 0xFFF; }
-constexpr quint32 lengthOf(PropertyListRow row) { return quint32(row >> 16) & 0xFFFF; }
-constexpr quint32 offsetOf(PropertyListRow row) { return quint32(row >> 32); }
-constexpr bool isContainer(PropertyListRow row) { return kindOf(row) <= Array; }
-constexpr bool isKey(PropertyListRow row) { return kindOf(row) >= Key; }
+constexpr Kind kindOf(PropertyListRow row)
+{
+    return Kind(row & 0xF);
+}
+constexpr quint32 keyOf(PropertyListRow row)
+{
+    return quint32(row >> 4) & 0xFFF;
+}
+constexpr quint32 lengthOf(PropertyListRow row)
+{
+    return quint32(row >> 16) & 0xFFFF;
+}
+constexpr quint32 offsetOf(PropertyListRow row)
+{
+    return quint32(row >> 32);
+}
+constexpr bool isContainer(PropertyListRow row)
+{
+    return kindOf(row) <= Array;
+}
+constexpr bool isKey(PropertyListRow row)
+{
+    return kindOf(row) >= Key;
+}
 
 } // namespace PropertyListTape
 
@@ -117,7 +135,7 @@ public:
     using TextBuffer = std::unique_ptr<char, Free<char>>;
     using RowBuffer = std::unique_ptr<PropertyListRow, Free<PropertyListRow>>;
 
-    TextBuffer buffer;          ///< `Padding` zeros, the text, `Padding` zeros.
+    TextBuffer buffer; ///< `Padding` zeros, the text, `Padding` zeros.
     const char *text = nullptr; ///< buffer + Padding
     qsizetype textSize = 0;
     RowBuffer rowBuffer;

@@ -9,22 +9,22 @@ namespace platform {
 
 /// Why an operation on the outside world failed.
 enum class ErrorCode {
-    NotFound,            ///< There is nothing at the path.
-    NotReadable,         ///< It exists, but the system does not let us read it.
-    NotARegularFile,     ///< A folder, socket, device or pipe stands where a file was expected.
-    TooLarge,            ///< Larger than the reader's stated limit.
+    NotFound, ///< There is nothing at the path.
+    NotReadable, ///< It exists, but the system does not let us read it.
+    NotARegularFile, ///< A folder, socket, device or pipe stands where a file was expected.
+    TooLarge, ///< Larger than the reader's stated limit.
     UnsupportedEncoding, ///< The text names, or is in, an encoding that the reader does not know.
-    Malformed,           ///< The content breaks the rules of its format.
-    TooDeep,             ///< Nested deeper than the reader's stated limit.
-    NotWritable,         ///< The system does not let us write.
+    Malformed, ///< The content breaks the rules of its format.
+    TooDeep, ///< Nested deeper than the reader's stated limit.
+    NotWritable, ///< The system does not let us write.
 };
 
 /// An environmental failure: what went wrong, and where.
 struct Error {
     ErrorCode code = ErrorCode::Malformed;
-    QString reason;         ///< A short English phrase without a full stop, such as "closing tag does not match".
+    QString reason; ///< A short English phrase without a full stop, such as "closing tag does not match".
     qint64 byteOffset = -1; ///< Where in the input, or -1 where no single byte is to blame.
-    QString path;           ///< The file or folder concerned; empty for input that came from memory.
+    QString path; ///< The file or folder concerned; empty for input that came from memory.
 
     /// "path: byte 17: reason", leaving out what is not known.
     QString toString() const
@@ -46,12 +46,10 @@ class [[nodiscard]] Result
 public:
     Result(T value)
         : m_content(std::in_place_index<0>, std::move(value))
-    {
-    }
+    { }
     Result(Error error)
         : m_content(std::in_place_index<1>, std::move(error))
-    {
-    }
+    { }
 
     explicit operator bool() const { return m_content.index() == 0; }
 

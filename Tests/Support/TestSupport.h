@@ -31,6 +31,6 @@ QString homePath();
 } // namespace testSupport
 
 /// Skips the running test where the sample data is absent.
-#define ZR_REQUIRE_SAMPLE_DATA() \
-    if (testSupport::sampleFile(QStringLiteral("EXPECTED.json")).isEmpty()) \
+#define ZR_REQUIRE_SAMPLE_DATA()                                                                                       \
+    if (testSupport::sampleFile(QStringLiteral("EXPECTED.json")).isEmpty())                                            \
     GTEST_SKIP() << "needs the sample data in " ZR_SAMPLE_DATA

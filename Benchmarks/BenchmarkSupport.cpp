@@ -1,0 +1,44 @@
+#include "BenchmarkSupport.h"
+
+#include <QFile>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace benchmarkSupport {
+
+QString libraryPath()
+{
+    const QString path = qEnvironmentVariable("ZR_BENCH_LIBRARY");
+    require(!path.isEmpty(), "ZR_BENCH_LIBRARY must name a music library");
+    return path;
+}
+
+QByteArray readWhole(const QString &path)
+{
+    QFile file(path);
+    require(file.open(QIODevice::ReadOnly | QIODevice::Unbuffered), "cannot open the input");
+    QByteArray bytes(file.size(), Qt::Uninitialized);
+    require(file.read(bytes.data(), bytes.size()) == bytes.size(), "cannot read the input");
+    return bytes;
+}
+
+qint64 anonymousMemory()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray text = status.readAll();
+    const qsizetype at = text.indexOf("RssAnon:");
+    return at < 0 ? 0 : text.mid(at + 8, text.indexOf("kB", at) - at - 8).trimmed().toLongLong() * 1024;
+}
+
+void require(bool condition, const char *message)
+{
+    if (condition)
+        return;
+    std::fprintf(stderr, "%s\n", message);
+    std::exit(1);
+}
+
+} // namespace benchmarkSupport
