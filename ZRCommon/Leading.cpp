@@ -6,11 +6,9 @@
 #include <cmath>
 #include <optional>
 
-namespace Leading
-{
+namespace Leading {
 
-namespace
-{
+namespace {
 
 void setFormat(const QTextBlock &block, const QTextBlockFormat &format)
 {
@@ -61,8 +59,7 @@ std::optional<Qt::Alignment> alignmentOfTheToolkit(Alignment alignment)
 
 float lineSpacing(const QTextBlockFormat &format)
 {
-    return format.lineHeightType() == QTextBlockFormat::LineDistanceHeight ? float(format.lineHeight())
-                                                                           : 0.0f;
+    return format.lineHeightType() == QTextBlockFormat::LineDistanceHeight ? float(format.lineHeight()) : 0.0f;
 }
 
 } // namespace

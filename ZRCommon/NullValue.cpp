@@ -1,7 +1,6 @@
 #include "ZRCommon/NullValue.h"
 
-namespace NullValue
-{
+namespace NullValue {
 
 QString nullFieldValue()
 {

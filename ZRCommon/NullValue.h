@@ -2,10 +2,8 @@
 
 #include <QLineEdit>
 
-/// A marker for text fields that have no value to show, as when the items they stand for differ. Main
-/// thread.
-namespace NullValue
-{
+/// A marker for text fields that have no value to show, as when the items they stand for differ. Main thread.
+namespace NullValue {
 
 /// The marker: "-".
 QString nullFieldValue();

@@ -4,8 +4,7 @@
 #include <cmath>
 #include <limits>
 
-namespace ZRStringFormatting
-{
+namespace ZRStringFormatting {
 
 QString formattedTime(float seconds)
 {

@@ -9,11 +9,9 @@
 #include <unistd.h>
 #endif
 
-namespace platform::FileManager
-{
+namespace platform::FileManager {
 
-namespace
-{
+namespace {
 
 // Qt warns about such names instead of just not finding them.
 bool canBePath(const QString &path)

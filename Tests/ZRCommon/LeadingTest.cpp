@@ -13,8 +13,7 @@ using Leading::Alignment;
 using Leading::changeAlignment;
 using Leading::changeLeading;
 
-namespace
-{
+namespace {
 
 struct LeadingTest : testing::Test {
     QTextDocument document;
@@ -130,8 +129,7 @@ TEST_F(LeadingTest, KnowsTheAlignmentsByTheirNumbers)
     const struct {
         int number;
         Qt::Alignment alignment;
-    } rows[] = {
-        {0, Qt::AlignLeft | Qt::AlignAbsolute}, {1, pageRight}, {2, center}, {3, justified}, {4, left}};
+    } rows[] = {{0, Qt::AlignLeft | Qt::AlignAbsolute}, {1, pageRight}, {2, center}, {3, justified}, {4, left}};
     for (const auto &row : rows) {
         document.clear();
         fill({Qt::AlignRight});
@@ -183,9 +181,8 @@ TEST_F(LeadingTest, LeavesTheSpacingWhereTheSumIsNoLength)
 {
     fill({left});
     setSpacing(0, 2);
-    for (const float leading :
-         {std::nanf(""), std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
-          std::numeric_limits<float>::lowest()})
+    for (const float leading : {std::nanf(""), std::numeric_limits<float>::infinity(),
+                                -std::numeric_limits<float>::infinity(), std::numeric_limits<float>::lowest()})
         changeLeading(document, leading, {0, 40});
     EXPECT_EQ(spacings(), QList<double>({2}));
     EXPECT_FALSE(document.isUndoAvailable());

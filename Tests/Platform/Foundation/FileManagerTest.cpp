@@ -10,8 +10,7 @@
 
 namespace FileManager = platform::FileManager;
 
-namespace
-{
+namespace {
 
 struct FileManagerTest : testing::Test {
     const QString folder = QDir(testSupport::homePath()).canonicalPath();
@@ -94,8 +93,7 @@ TEST_F(FileManagerTest, GivesANewFolderExactlyThePermissionsAskedFor)
         | QFileDevice::ReadGroup | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::ExeOther;
     EXPECT_TRUE(FileManager::createDirectory(in("shared"), {everybodyReads}));
     umask(0);
-    EXPECT_TRUE(
-        FileManager::createDirectory(in("private"), {QFileDevice::ReadOwner | QFileDevice::ExeOwner}));
+    EXPECT_TRUE(FileManager::createDirectory(in("private"), {QFileDevice::ReadOwner | QFileDevice::ExeOwner}));
     umask(mask);
     EXPECT_EQ(modeOf("plain"), 0700u);
     EXPECT_EQ(modeOf("shared"), 0755u);
@@ -148,8 +146,8 @@ TEST_F(FileManagerTest, OpensNothingElseAndNeverWaits)
     ASSERT_EQ(mkfifo(in("pipe").toUtf8().constData(), 0600), 0);
     link("pipe", "toPipe");
     link("missing", "dangling");
-    for (const QString &path : {in("pipe"), in("toPipe"), in("dangling"), in("missing"), folder, QString(),
-                                QStringLiteral("/dev/null")})
+    for (const QString &path :
+         {in("pipe"), in("toPipe"), in("dangling"), in("missing"), folder, QString(), QStringLiteral("/dev/null")})
         EXPECT_FALSE(FileManager::openRegularFile(path)) << qPrintable(path);
 }
 

@@ -13,8 +13,7 @@
 
 using platform::Image;
 
-namespace
-{
+namespace {
 
 constexpr int notStated = 0;
 
@@ -66,8 +65,8 @@ QByteArray jpegWithoutResolution(const QImage &image)
 // JPEG whose EXIF block asks for an orientation, 1 to 8.
 QByteArray jpegWithOrientation(const QImage &image, char orientation)
 {
-    const QByteArray exif = QByteArray("Exif\0\0MM\0\x2A\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0", 25)
-        + orientation + QByteArray("\0\0\0\0\0\0", 6);
+    const QByteArray exif = QByteArray("Exif\0\0MM\0\x2A\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0", 25) + orientation
+        + QByteArray("\0\0\0\0\0\0", 6);
     QByteArray length(2, '\0');
     qToBigEndian<quint16>(quint16(exif.size() + 2), length.data());
     return encoded(image, "jpeg").insert(2, "\xFF\xE1" + length + exif);
@@ -150,8 +149,7 @@ TEST_F(ImageTest, TheLogicalSizeFollowsTheResolutionOfTheFile)
     const struct {
         int dotsPerMeter;
         QSizeF size;
-    } rows[] = {
-        {2835, {240, 180}}, {5669, {120, 90}}, {3780, {180, 135}}, {3779, {180, 135}}, {11811, {57.6, 43.2}}};
+    } rows[] = {{2835, {240, 180}}, {5669, {120, 90}}, {3780, {180, 135}}, {3779, {180, 135}}, {11811, {57.6, 43.2}}};
     for (const auto &row : rows) {
         for (const char *format : {"png", "bmp", "jpeg"}) {
             const QSizeF size = sizeOf(encoded(drawn(240, 180, row.dotsPerMeter), format));
@@ -202,8 +200,8 @@ TEST_F(ImageTest, TurnsPhotosUprightAsTheirOrientationAsks)
 
 TEST_F(ImageTest, EveryPictureOfAnIconIsARepresentation)
 {
-    const std::shared_ptr<Image> image = read(
-        icon({encoded(drawn(16, 16), "png"), encoded(drawn(48, 32), "png"), encoded(drawn(32, 32), "png")}));
+    const std::shared_ptr<Image> image =
+        read(icon({encoded(drawn(16, 16), "png"), encoded(drawn(48, 32), "png"), encoded(drawn(32, 32), "png")}));
     ASSERT_TRUE(image);
     ASSERT_EQ(image->representations().size(), 3u);
     EXPECT_EQ(image->representations()[0].pixelSize, QSize(16, 16));
@@ -285,8 +283,7 @@ TEST_F(ImageTest, APictureCutOffAnywhereIsReadInPartOrNotAtAll)
         const QByteArray whole = encoded(drawn(40, 30), format);
         for (qsizetype length = 0; length < whole.size(); ++length) {
             const std::shared_ptr<Image> image = read(whole.first(length));
-            EXPECT_EQ(image ? image->representations()[0].pixelSize : QSize(40, 30), QSize(40, 30))
-                << format << length;
+            EXPECT_EQ(image ? image->representations()[0].pixelSize : QSize(40, 30), QSize(40, 30)) << format << length;
         }
     }
     const QByteArray png = encoded(drawn(40, 30), "png");
