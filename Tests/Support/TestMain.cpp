@@ -8,6 +8,10 @@ using TestApplication = QApplication;
 #elif defined(ZR_TEST_GUI)
 #include <QGuiApplication>
 using TestApplication = QGuiApplication;
+#elif defined(ZR_TEST_NONE)
+struct TestApplication {
+    TestApplication(int &, char **) { }
+};
 #else
 using TestApplication = QCoreApplication;
 #endif
@@ -112,7 +116,7 @@ QString testSupport::homePath()
     return home->path();
 }
 
-// Every test program has an application object, an isolated home folder, and fails the running test on any message
+// Every test program has an application object unless its tests make their own, an isolated home folder, and fails the running test on any message
 // of warning level or above that the test did not announce.
 int main(int argc, char **argv)
 {

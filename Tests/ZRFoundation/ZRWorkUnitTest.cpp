@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-namespace {
+namespace
+{
 
 struct Unit : ZRWorkUnit {
     void processWithServer(ZRProcessServer &) override { }
