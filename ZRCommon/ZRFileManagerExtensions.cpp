@@ -2,11 +2,9 @@
 
 #include <QStringList>
 
-namespace ZRFileManagerExtensions
-{
+namespace ZRFileManagerExtensions {
 
-namespace
-{
+namespace {
 
 QString withoutTrailingSlashes(QString path)
 {

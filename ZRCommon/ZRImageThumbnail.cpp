@@ -9,13 +9,11 @@ ZRImageThumbnail::ZRImageThumbnail(const QString &thumbPath, const QString &imag
     , m_image_path(ZRFileManagerExtensions::pathResolved(imagePath))
     , m_title(title)
     , m_creation_date(creationDate)
-{
-}
+{ }
 
 ZRImageThumbnail::ZRImageThumbnail(const QString &thumbPath, const QString &imagePath)
     : ZRImageThumbnail(thumbPath, imagePath, QString(), QDateTime())
-{
-}
+{ }
 
 std::shared_ptr<platform::Image> ZRImageThumbnail::imageToDisplay()
 {

@@ -9,11 +9,9 @@
 #include <unistd.h>
 #endif
 
-namespace platform::FileManager
-{
+namespace platform::FileManager {
 
-namespace
-{
+namespace {
 
 // Qt warns about such names instead of just not finding them.
 bool canBePath(const QString &path)
@@ -76,14 +74,15 @@ std::unique_ptr<QFile> openRegularFile(const QString &path)
     // process may have put something else there.
     if (!canBePath(path) || !QFileInfo(path).isFile())
         return nullptr;
-    auto file = std::make_unique<QFile>(path);
 #ifdef Q_OS_WIN
+    auto file = std::make_unique<QFile>(path);
     if (!file->open(QIODevice::ReadOnly))
         return nullptr;
 #else
     const int descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
         return nullptr;
+    auto file = std::make_unique<QFile>();
     struct stat status = {};
     if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)
         || !file->open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {

@@ -10,11 +10,9 @@
 
 #include <cmath>
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 constexpr double metresPerInch = 0.0254;
 constexpr double pointsPerInch = 72;

@@ -10,8 +10,7 @@
 using ZRFileManagerExtensions::mkdirsAtPath;
 using ZRFileManagerExtensions::pathResolved;
 
-namespace
-{
+namespace {
 
 struct ZRFileManagerExtensionsTest : testing::Test {
     const QString folder = QDir(testSupport::homePath()).canonicalPath();
@@ -43,8 +42,7 @@ TEST_F(ZRFileManagerExtensionsTest, GivesEveryNewLevelTheAttributesAndLeavesOldO
     ASSERT_TRUE(mkdirsAtPath(in("old/new/newer"), {ownerOnly}));
     EXPECT_EQ(QFile::permissions(in("old")), before);
     for (const char *name : {"old/new", "old/new/newer"})
-        EXPECT_FALSE(QFile::permissions(in(name)) & (QFileDevice::ReadGroup | QFileDevice::ReadOther))
-            << name;
+        EXPECT_FALSE(QFile::permissions(in(name)) & (QFileDevice::ReadGroup | QFileDevice::ReadOther)) << name;
 }
 
 TEST_F(ZRFileManagerExtensionsTest, AnExistingPathAnswersWhetherItIsAFolder)
@@ -64,8 +62,7 @@ TEST_F(ZRFileManagerExtensionsTest, AFileInTheWayAnswersNoAndNothingIsMadeUnderI
     testSupport::writeFile(in("a"), "x");
     EXPECT_FALSE(mkdirsAtPath(in("a/b/c")));
     EXPECT_EQ(testSupport::readFile(in("a")), "x");
-    EXPECT_EQ(QDir(folder).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
-              QStringList(QStringLiteral("a")));
+    EXPECT_EQ(QDir(folder).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), QStringList(QStringLiteral("a")));
 }
 
 TEST_F(ZRFileManagerExtensionsTest, AFailureLeavesTheLevelsMadeBeforeIt)
@@ -112,8 +109,8 @@ TEST_F(ZRFileManagerExtensionsTest, EveryOtherPathComesBackUnchanged)
     link("missing", "dangling");
     link("loop", "loop");
     for (const QString &path :
-         {in("real/photo.jpg"), in("folder/photo.jpg"), in("nothing"), in("dangling"), in("loop"),
-          in("real/"), in("real/../real"), QStringLiteral("/"), QStringLiteral("photo.jpg"), QString()})
+         {in("real/photo.jpg"), in("folder/photo.jpg"), in("nothing"), in("dangling"), in("loop"), in("real/"),
+          in("real/../real"), QStringLiteral("/"), QStringLiteral("photo.jpg"), QString()})
         EXPECT_EQ(pathResolved(path), path);
 }
 

@@ -10,8 +10,7 @@
 
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 struct ZRImageThumbnailTest : testing::Test {
     const QString folder = QDir(testSupport::homePath()).canonicalPath();

@@ -6,8 +6,7 @@ using platform::Image;
 using platform::ImageRepresentation;
 using ZRImagingExtensions::fixSizeZR;
 
-namespace
-{
+namespace {
 
 ImageRepresentation bitmap(int width, int height)
 {

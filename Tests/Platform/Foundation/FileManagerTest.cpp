@@ -10,8 +10,7 @@
 
 namespace FileManager = platform::FileManager;
 
-namespace
-{
+namespace {
 
 struct FileManagerTest : testing::Test {
     const QString folder = QDir(testSupport::homePath()).canonicalPath();
@@ -94,8 +93,7 @@ TEST_F(FileManagerTest, GivesANewFolderExactlyThePermissionsAskedFor)
         | QFileDevice::ReadGroup | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::ExeOther;
     EXPECT_TRUE(FileManager::createDirectory(in("shared"), {everybodyReads}));
     umask(0);
-    EXPECT_TRUE(
-        FileManager::createDirectory(in("private"), {QFileDevice::ReadOwner | QFileDevice::ExeOwner}));
+    EXPECT_TRUE(FileManager::createDirectory(in("private"), {QFileDevice::ReadOwner | QFileDevice::ExeOwner}));
     umask(mask);
     EXPECT_EQ(modeOf("plain"), 0700u);
     EXPECT_EQ(modeOf("shared"), 0755u);
@@ -129,6 +127,28 @@ TEST_F(FileManagerTest, AnswersNothingForWhatIsNoLinkOrLeadsNowhere)
     EXPECT_FALSE(FileManager::resolvedLink(in("dangling")));
     EXPECT_FALSE(FileManager::resolvedLink(in("a")));
     EXPECT_FALSE(FileManager::resolvedLink(QStringLiteral("/")));
+}
+
+TEST_F(FileManagerTest, OpensRegularFilesAndLinksToThem)
+{
+    testSupport::writeFile(in("file"), "content");
+    link("file", "toFile");
+    for (const char *name : {"file", "toFile"}) {
+        const std::unique_ptr<QFile> file = FileManager::openRegularFile(in(name));
+        ASSERT_TRUE(file) << name;
+        EXPECT_EQ(file->size(), 7);
+        EXPECT_EQ(file->readAll(), "content");
+    }
+}
+
+TEST_F(FileManagerTest, OpensNothingElseAndNeverWaits)
+{
+    ASSERT_EQ(mkfifo(in("pipe").toUtf8().constData(), 0600), 0);
+    link("pipe", "toPipe");
+    link("missing", "dangling");
+    for (const QString &path :
+         {in("pipe"), in("toPipe"), in("dangling"), in("missing"), folder, QString(), QStringLiteral("/dev/null")})
+        EXPECT_FALSE(FileManager::openRegularFile(path)) << qPrintable(path);
 }
 
 TEST_F(FileManagerTest, TheHomeFolderIsThatOfTheEnvironment)
