@@ -11,8 +11,7 @@ using platform::PropertyListKey;
 using platform::PropertyListValue;
 using platform::PropertyListView;
 
-namespace
-{
+namespace {
 
 /// Looks the same keys up in song after song.
 class TextsOfSongs
@@ -20,8 +19,7 @@ class TextsOfSongs
 public:
     explicit TextsOfSongs(std::span<const char *const> keys)
         : m_keys(keys)
-    {
-    }
+    { }
 
     /// Calls `take(text)` for each key.
     template <class Take>

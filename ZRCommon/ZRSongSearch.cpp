@@ -6,8 +6,7 @@
 
 using platform::SubstringSearch::find;
 
-namespace
-{
+namespace {
 
 constexpr const char *searchedKeys[] = {"Album", "Artist", "Genre", "Name"};
 
@@ -32,8 +31,7 @@ size_t recordAt(const SongTexts &texts, size_t place, size_t record)
 ZRSongSearch::ZRSongSearch(const SongList &songs)
     : m_songs(songs)
     , m_texts(std::make_unique<SongTexts>(songs, searchedKeys))
-{
-}
+{ }
 
 ZRSongSearch::ZRSongSearch(ZRSongSearch &&) noexcept = default;
 ZRSongSearch &ZRSongSearch::operator=(ZRSongSearch &&) noexcept = default;
@@ -92,8 +90,7 @@ SongList ZRSongSearch::songsOfHits() const
         isHit[hit] = true;
     for (size_t song = 0; song < size_t(m_songs.size()); ++song) {
         const auto first = recordsOfTexts.begin() + qptrdiff(song * std::size(searchedKeys));
-        if (std::any_of(first, first + std::size(searchedKeys),
-                        [&](quint32 record) { return isHit[record]; }))
+        if (std::any_of(first, first + std::size(searchedKeys), [&](quint32 record) { return isHit[record]; }))
             matching.append(m_songs[qsizetype(song)]);
     }
     return matching;

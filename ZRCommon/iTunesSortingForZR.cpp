@@ -7,11 +7,9 @@
 using platform::PropertyListKey;
 using platform::PropertyListView;
 
-namespace
-{
+namespace {
 
-std::weak_ordering compareTexts(const PropertyListView &song, const PropertyListView &other,
-                                QAnyStringView key)
+std::weak_ordering compareTexts(const PropertyListView &song, const PropertyListView &other, QAnyStringView key)
 {
     const QByteArray text = platform::TextFolding::folded(QByteArrayView(song.value(key).toUtf8()));
     const QByteArray otherText = platform::TextFolding::folded(QByteArrayView(other.value(key).toUtf8()));
@@ -37,8 +35,8 @@ std::vector<quint32> orderByText(const SongList &songs, const char *key, Qt::Sor
     // Repeated texts have one record: songs go by the rank that their record has among the different texts.
     std::vector<qint64> rankOfRecord(records.size()), rankOfSong;
     for (size_t i = 1; i < recordOrder.size(); ++i)
-        rankOfRecord[recordOrder[i]] = rankOfRecord[recordOrder[i - 1]]
-            + (records[recordOrder[i]] == records[recordOrder[i - 1]] ? 0 : 1);
+        rankOfRecord[recordOrder[i]] =
+            rankOfRecord[recordOrder[i - 1]] + (records[recordOrder[i]] == records[recordOrder[i - 1]] ? 0 : 1);
     for (const quint32 record : texts.recordsOfTexts())
         rankOfSong.push_back(rankOfRecord[record]);
     return platform::StableOrder::ofNumbers(rankOfSong, Qt::AscendingOrder);

@@ -13,8 +13,7 @@
 /// string, counts as the empty text. Times are compared as whole milliseconds; an absent one counts as 0.
 ///
 /// Any thread.
-namespace iTunesSortingForZR
-{
+namespace iTunesSortingForZR {
 
 // How a song stands to another: `less` is ascending, `equivalent` the same, `greater` descending. Each
 // descending comparison is the negation of the ascending one.

@@ -6,13 +6,11 @@
 
 #include <limits>
 
-namespace platform
-{
+namespace platform {
 
 using namespace PropertyListTape;
 
-namespace
-{
+namespace {
 
 // Spreads a number over 32 bits; different numbers stay different. Seeded, so that no document can be made to
 // put all its keys into one place. The finalizer of Austin Appleby's MurmurHash3.

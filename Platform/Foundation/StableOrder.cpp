@@ -6,10 +6,8 @@
 
 #include <QtEndian>
 
-namespace platform
-{
-namespace
-{
+namespace platform {
+namespace {
 
 /// A position with the part of its key that is being looked at.
 struct Item {
@@ -53,9 +51,8 @@ void stableSort(Items items, Items spare)
         radixSort(items, spare);
         return;
     }
-    std::sort(items.begin(), items.end(), [](const Item &a, const Item &b) {
-        return a.key != b.key ? a.key < b.key : a.position < b.position;
-    });
+    std::sort(items.begin(), items.end(),
+              [](const Item &a, const Item &b) { return a.key != b.key ? a.key < b.key : a.position < b.position; });
 }
 
 std::vector<quint32> positionsOf(const std::vector<Item> &items)

@@ -8,8 +8,7 @@
 
 /// Sorting by keys without moving what is sorted: each function answers the positions of its keys in sorted
 /// order. Equal keys stay in the order in which they were given, in a descending order too. Any thread.
-namespace platform::StableOrder
-{
+namespace platform::StableOrder {
 
 /// Positions in the order of the numbers.
 std::vector<quint32> ofNumbers(std::span<const qint64> numbers, Qt::SortOrder order);

@@ -9,10 +9,8 @@
 #include <immintrin.h>
 #endif
 
-namespace platform
-{
-namespace
-{
+namespace platform {
+namespace {
 
 const char *findPlainly(const char *begin, const char *end, QByteArrayView needle)
 {
@@ -47,8 +45,8 @@ ZR_AVX2 inline quint32 candidates(const char *text, const Filter &filter)
 ZR_AVX2 const char *findWithAvx2(const char *begin, const char *end, QByteArrayView needle)
 {
     const qsizetype size = needle.size();
-    const Filter filter{_mm256_set1_epi8(needle[0]), _mm256_set1_epi8(needle[1]),
-                        _mm256_set1_epi8(needle[size - 1]), size - 1};
+    const Filter filter{_mm256_set1_epi8(needle[0]), _mm256_set1_epi8(needle[1]), _mm256_set1_epi8(needle[size - 1]),
+                        size - 1};
     // Places behind the last that the needle fits in are read, never taken.
     for (const char *text = begin; end - text >= size; text += 64) {
         quint64 places = candidates(text, filter) | quint64(candidates(text + 32, filter)) << 32;
@@ -67,8 +65,8 @@ ZR_AVX2 const char *findWithAvx2(const char *begin, const char *end, QByteArrayV
 
 } // namespace
 
-const char *SubstringSearch::findUsing([[maybe_unused]] InstructionSet instructions, const char *begin,
-                                       const char *end, QByteArrayView needle)
+const char *SubstringSearch::findUsing([[maybe_unused]] InstructionSet instructions, const char *begin, const char *end,
+                                       QByteArrayView needle)
 {
     if (needle.size() == 1) {
         const void *place = std::memchr(begin, needle[0], size_t(end - begin));

@@ -3,8 +3,7 @@
 #include <QByteArrayView>
 
 /// Finding bytes in bytes, for scanning large blocks of text.
-namespace platform::SubstringSearch
-{
+namespace platform::SubstringSearch {
 
 /// Bytes that must be readable behind the end of what is searched, whatever they hold.
 constexpr qsizetype Padding = 64;

@@ -9,8 +9,7 @@
 
 #include <QByteArrayView>
 
-namespace platform::SubstringSearch
-{
+namespace platform::SubstringSearch {
 
 /// `find` with the instructions named.
 const char *findUsing(InstructionSet instructions, const char *begin, const char *end, QByteArrayView needle);

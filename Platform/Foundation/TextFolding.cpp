@@ -9,10 +9,8 @@
 #include <cstring>
 #include <iterator>
 
-namespace platform
-{
-namespace
-{
+namespace platform {
+namespace {
 
 /// Writes one code point as UTF-8, surrogates too.
 char *writeCodePoint(char *out, char32_t c)

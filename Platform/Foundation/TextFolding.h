@@ -15,8 +15,7 @@
 /// three bytes that its number would have. No folded text ever holds a byte above 0xF4.
 ///
 /// Any thread.
-namespace platform::TextFolding
-{
+namespace platform::TextFolding {
 
 /// The folded text.
 QByteArray folded(QStringView text);

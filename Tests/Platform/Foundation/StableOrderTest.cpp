@@ -8,8 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 using namespace platform;
 
@@ -40,8 +39,7 @@ TEST(StableOrder, OfNumbersAgreesWithAStableSort)
             for (qint64 &number : numbers)
                 number = qint64(random()) >> shift;
             for (const auto order : {Qt::AscendingOrder, Qt::DescendingOrder})
-                ASSERT_EQ(StableOrder::ofNumbers(numbers, order), slowly(numbers, order))
-                    << count << " " << shift;
+                ASSERT_EQ(StableOrder::ofNumbers(numbers, order), slowly(numbers, order)) << count << " " << shift;
         }
     }
 }

@@ -8,8 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 using namespace platform;
 using Finder = std::function<const char *(const char *, const char *, QByteArrayView)>;
@@ -21,9 +20,8 @@ std::vector<std::pair<const char *, Finder>> finders()
             return SubstringSearch::findUsing(instructions, begin, end, needle);
         };
     };
-    return {{"find", SubstringSearch::find},
-            {"plain", with(InstructionSet::Plain)},
-            {"best", with(bestInstructionSet())}};
+    return {
+        {"find", SubstringSearch::find}, {"plain", with(InstructionSet::Plain)}, {"best", with(bestInstructionSet())}};
 }
 
 qsizetype place(const Finder &finder, const QByteArray &text, const QByteArray &needle)
@@ -64,8 +62,7 @@ TEST(SubstringSearch, FindsANeedleAtEveryPlaceOfAText)
             for (qsizetype i = 0; i < size; ++i)
                 needle += char('A' + i % 50);
             for (qsizetype before = 0; before < 140; ++before)
-                ASSERT_EQ(place(finder, QByteArray(before, '.') + needle, needle), before)
-                    << name << " " << size;
+                ASSERT_EQ(place(finder, QByteArray(before, '.') + needle, needle), before) << name << " " << size;
         }
     }
 }

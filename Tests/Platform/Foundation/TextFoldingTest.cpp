@@ -6,8 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 using namespace platform;
 
@@ -93,8 +92,7 @@ TEST(TextFolding, AgreesWithTheDefinitionForEveryPairOfComposingCodePoints)
         if (QChar::decompositionTag(c) != QChar::Canonical)
             continue;
         const QString parts = QChar::decomposition(c);
-        ASSERT_EQ(TextFolding::folded(QByteArrayView(parts.toUtf8())), slowlyFolded(parts))
-            << std::hex << uint(c);
+        ASSERT_EQ(TextFolding::folded(QByteArrayView(parts.toUtf8())), slowlyFolded(parts)) << std::hex << uint(c);
     }
 }
 
