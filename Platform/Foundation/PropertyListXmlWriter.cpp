@@ -13,10 +13,10 @@ namespace platform {
 
 namespace {
 
-constexpr QByteArrayView Header
-    = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-      "<plist version=\"1.0\">\n";
+constexpr QByteArrayView Header =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+    "<plist version=\"1.0\">\n";
 
 // Room for more bytes, doubling the memory so that many small appends stay cheap.
 void makeRoom(QByteArray &bytes, qsizetype more)
@@ -68,8 +68,7 @@ QByteArrayView formattedReal(char (&memory)[32], double number)
 
 PropertyListXmlWriter::PropertyListXmlWriter()
     : m_output(Header.toByteArray())
-{
-}
+{ }
 
 void PropertyListXmlWriter::raw(QByteArrayView text)
 {
@@ -108,11 +107,11 @@ bool PropertyListXmlWriter::beginEntry()
 void PropertyListXmlWriter::begin(Container container)
 {
     if (!m_error && m_open.size() >= std::size_t(PropertyListTape::MaximumDepth)) {
-        m_error = Error {ErrorCode::TooDeep,
-                         QStringLiteral("more than %1 dictionaries and arrays within one another")
-                             .arg(PropertyListTape::MaximumDepth),
-                         -1,
-                         {}};
+        m_error = Error{ErrorCode::TooDeep,
+                        QStringLiteral("more than %1 dictionaries and arrays within one another")
+                            .arg(PropertyListTape::MaximumDepth),
+                        -1,
+                        {}};
     }
     if (!beginEntry())
         return;
@@ -278,4 +277,3 @@ bool PropertyListXmlWriter::escaped(QStringView text)
     }
     return true;
 }
-
