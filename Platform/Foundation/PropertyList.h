@@ -93,8 +93,8 @@ public:
     double toReal(double fallback = 0) const;
     /// The boolean; an integer or real counts as true when it is not 0.
     bool toBoolean(bool fallback = false) const;
-    /// The date in UTC, to the millisecond; invalid for anything else and beyond what a QDateTime can hold. Dates that the calendar lacks (a 32nd day) are carried on into the
-    /// next month, as the formats' own readers do.
+    /// The date in UTC, to the millisecond; invalid for anything else and beyond what a QDateTime can hold. Dates that
+    /// the calendar lacks (a 32nd day) are carried on into the next month, as the formats' own readers do.
     QDateTime toDateTime() const;
     /// The date in seconds since 2001-01-01T00:00:00Z, the formats' own epoch; nothing for anything else.
     std::optional<double> toReferenceSeconds() const;
@@ -204,8 +204,7 @@ private:
     ElementIterator(const PropertyListDocument *document, quint32 row)
         : m_document(document)
         , m_row(row)
-    {
-    }
+    { }
 
     const PropertyListDocument *m_document = nullptr;
     quint32 m_row = 0;
