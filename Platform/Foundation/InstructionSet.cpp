@@ -1,7 +1,6 @@
 #include "Platform/Foundation/InstructionSet_p.h"
 
-namespace platform
-{
+namespace platform {
 
 InstructionSet bestInstructionSet()
 {

@@ -5,8 +5,7 @@
 //  This file is not part of the public interface. It may change from version to version.
 //
 
-namespace platform
-{
+namespace platform {
 
 /// The instructions that a routine with several implementations uses. All implementations of a routine give
 /// the same results; tests name one, everybody else takes the best.

@@ -7,11 +7,9 @@
 
 #include <algorithm>
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 // Enough to tell the forms apart: longer than any XML declaration.
 constexpr qsizetype HeadSize = 4096;
@@ -21,8 +19,7 @@ constexpr qsizetype HeadSize = 4096;
 bool isOldStyleData(QByteArrayView text)
 {
     const auto isHexadecimal = [](char character) {
-        return PropertyListScalars::isSpace(character)
-            || QByteArrayView("0123456789abcdefABCDEF").contains(character);
+        return PropertyListScalars::isSpace(character) || QByteArrayView("0123456789abcdefABCDEF").contains(character);
     };
     const auto end = std::find_if_not(text.begin() + 1, text.end(), isHexadecimal);
     return end == text.end() || *end == '>';

@@ -9,13 +9,11 @@
 #include <algorithm>
 #include <bit>
 
-namespace platform
-{
+namespace platform {
 
 using namespace PropertyListTape;
 
-namespace
-{
+namespace {
 
 constexpr qsizetype HeaderSize = 8; // "bplist", and the version
 constexpr qsizetype TrailerSize = 32;
@@ -37,8 +35,7 @@ public:
     explicit BinaryReader(QByteArrayView bytes)
         : m_bytes(bytes)
         , m_builder(bytes, rowLimit(bytes.size()))
-    {
-    }
+    { }
 
     Result<PropertyListValue> read()
     {
@@ -198,8 +195,7 @@ private:
         case 0xC: // a set
             return fits(object, m_referenceSize) && beginContainer(index, object, 0);
         case 0xD:
-            return fits(object, 2 * m_referenceSize)
-                && beginContainer(index, object, object.count * m_referenceSize);
+            return fits(object, 2 * m_referenceSize) && beginContainer(index, object, object.count * m_referenceSize);
         default:
             return fail(object.offset, QStringLiteral("object of unknown kind"));
         }
@@ -213,11 +209,8 @@ private:
         if (!fits(object, 1))
             return false;
         // One, two and four bytes are unsigned, eight signed; sixteen hold what neither can.
-        const quint64 low =
-            number(object.content + size - std::min<qsizetype>(size, 8), std::min<qsizetype>(size, 8));
-        const quint64 high = size == 16    ? number(object.content, 8)
-            : size == 8 && qint64(low) < 0 ? ~quint64(0)
-                                           : 0;
+        const quint64 low = number(object.content + size - std::min<qsizetype>(size, 8), std::min<qsizetype>(size, 8));
+        const quint64 high = size == 16 ? number(object.content, 8) : size == 8 && qint64(low) < 0 ? ~quint64(0) : 0;
         const bool negative = high == ~quint64(0) && qint64(low) < 0;
         if (high != 0 && !negative)
             return fail(object.offset, QStringLiteral("integer outside of 64 bits"));
@@ -233,9 +226,8 @@ private:
         object.count = qsizetype(1) << object.size;
         if (!fits(object, 1))
             return false;
-        const double value = object.size == 3
-            ? std::bit_cast<double>(number(object.content, 8))
-            : double(std::bit_cast<float>(quint32(number(object.content, 4))));
+        const double value = object.size == 3 ? std::bit_cast<double>(number(object.content, 8))
+                                              : double(std::bit_cast<float>(quint32(number(object.content, 4))));
         if (isDate)
             m_builder.date(value);
         else
@@ -267,8 +259,7 @@ private:
         if (!m_checkedStrings[std::size_t(index)]) {
             const QByteArrayView text = m_bytes.sliced(object.content, object.count);
             const auto *end = object.kind == 0x5
-                ? std::find_if(text.begin(), text.end(),
-                               [](char character) { return quint8(character) >= 0x80; })
+                ? std::find_if(text.begin(), text.end(), [](char character) { return quint8(character) >= 0x80; })
                 : text.begin() + validUtf8Length(text);
             if (end != text.end()) {
                 fail(object.content + (end - text.begin()),
@@ -323,8 +314,7 @@ private:
     bool readReference(qsizetype offset, quint64 &index)
     {
         index = number(offset, m_referenceSize);
-        return index < m_objectCount
-            || fail(offset, QStringLiteral("reference to an object that does not exist"));
+        return index < m_objectCount || fail(offset, QStringLiteral("reference to an object that does not exist"));
     }
 
     // Adds the next entry of the innermost container, or ends it.
@@ -341,8 +331,7 @@ private:
         container.references += m_referenceSize;
         --container.left;
         quint64 index = 0;
-        return (toValue == 0 || readKey(reference)) && readReference(reference + toValue, index)
-            && readObject(index);
+        return (toValue == 0 || readKey(reference)) && readReference(reference + toValue, index) && readObject(index);
     }
 
     bool readKey(qsizetype reference)

@@ -11,8 +11,7 @@
 #include <array>
 #include <cstring>
 
-namespace platform
-{
+namespace platform {
 
 /// A small table before a `PropertyListKeyTable` for keys that come again and again: it compares the first
 /// and last eight bytes and the length, which is all there is to a key of up to sixteen bytes.

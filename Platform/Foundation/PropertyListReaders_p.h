@@ -13,8 +13,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
-namespace platform
-{
+namespace platform {
 
 /// Reads the binary form. The bytes begin with "bplist"; they are copied.
 Result<PropertyListValue> parseBinaryPropertyList(QByteArrayView bytes);

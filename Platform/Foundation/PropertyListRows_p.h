@@ -8,8 +8,7 @@
 
 #include "Platform/Foundation/PropertyListTape_p.h"
 
-namespace platform
-{
+namespace platform {
 
 /// The tape while it grows. Room is asked for in large steps, so that writing a row is one store.
 class PropertyListRows
@@ -25,8 +24,7 @@ public:
         const quint64 capacity = qMax(wanted, m_capacity + m_capacity / 4);
         if (capacity > 0xFFFF'FFFF)
             return false;
-        auto *grown =
-            static_cast<PropertyListRow *>(std::realloc(m_rows.get(), capacity * sizeof(PropertyListRow)));
+        auto *grown = static_cast<PropertyListRow *>(std::realloc(m_rows.get(), capacity * sizeof(PropertyListRow)));
         if (!grown)
             return false;
         static_cast<void>(m_rows.release());

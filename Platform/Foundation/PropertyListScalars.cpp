@@ -7,11 +7,9 @@
 #include <cstring>
 #include <limits>
 
-namespace platform::PropertyListScalars
-{
+namespace platform::PropertyListScalars {
 
-namespace
-{
+namespace {
 
 QByteArrayView trimmed(QByteArrayView text)
 {
@@ -165,30 +163,36 @@ std::optional<quint32> parseCanonicalNumber(QByteArrayView text)
     return quint32(number);
 }
 
-void appendUtf8(QByteArray &text, char32_t character)
+char *writeUtf8(char *output, char32_t character)
 {
     if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF))
         character = 0xFFFD;
     if (character < 0x80) {
-        text += char(character);
-        return;
+        *output++ = char(character);
+        return output;
     }
     if (character < 0x800) {
-        text += char(0xC0 | character >> 6);
+        *output++ = char(0xC0 | character >> 6);
     } else {
         if (character < 0x10000) {
-            text += char(0xE0 | character >> 12);
+            *output++ = char(0xE0 | character >> 12);
         } else {
-            text += char(0xF0 | character >> 18);
-            text += char(0x80 | (character >> 12 & 0x3F));
+            *output++ = char(0xF0 | character >> 18);
+            *output++ = char(0x80 | (character >> 12 & 0x3F));
         }
-        text += char(0x80 | (character >> 6 & 0x3F));
+        *output++ = char(0x80 | (character >> 6 & 0x3F));
     }
-    text += char(0x80 | (character & 0x3F));
+    *output++ = char(0x80 | (character & 0x3F));
+    return output;
 }
 
-namespace
+void appendUtf8(QByteArray &text, char32_t character)
 {
+    char bytes[4];
+    text.append(bytes, writeUtf8(bytes, character) - bytes);
+}
+
+namespace {
 
 // The character that a reference ("&amp;" without the ampersand and semicolon) stands for.
 std::optional<char32_t> characterOfReference(QByteArrayView name)

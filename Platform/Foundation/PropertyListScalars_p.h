@@ -15,8 +15,7 @@
 /// The grammar of scalars, in one place: the readers check with these functions what the value handles decode
 /// with them. The bytes that stand up to eight before and behind a text must be readable, as they are in a
 /// document.
-namespace platform::PropertyListScalars
-{
+namespace platform::PropertyListScalars {
 
 /// The space, tab, line feed and carriage return of XML.
 constexpr bool isSpace(char character)
@@ -93,7 +92,9 @@ QByteArray unescape(QByteArrayView text);
 /// The text in UTF-8, without a copy where it is that already.
 QByteArray utf8Of(QAnyStringView text);
 
-/// Appends a character in UTF-8; U+FFFD for what is no Unicode scalar value.
+/// Writes a character in UTF-8, one to four bytes; U+FFFD for what is no Unicode scalar value.
+/// @return just behind the bytes written.
+char *writeUtf8(char *output, char32_t character);
 void appendUtf8(QByteArray &text, char32_t character);
 
 } // namespace platform::PropertyListScalars

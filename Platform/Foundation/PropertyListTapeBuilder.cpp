@@ -4,13 +4,11 @@
 
 #include <charconv>
 
-namespace platform
-{
+namespace platform {
 
 using namespace PropertyListTape;
 
-namespace
-{
+namespace {
 
 const char Zeros[Padding] = {};
 
@@ -38,8 +36,7 @@ void PropertyListTapeBuilder::fail(ErrorCode code, const QString &reason)
         m_error = Error{code, reason, -1, {}};
 }
 
-PropertyListTapeBuilder::Piece PropertyListTapeBuilder::sourcePiece(Kind kind, qsizetype offset,
-                                                                    qsizetype length) const
+PropertyListTapeBuilder::Piece PropertyListTapeBuilder::sourcePiece(Kind kind, qsizetype offset, qsizetype length) const
 {
     return {kind, quint32(offset), length};
 }

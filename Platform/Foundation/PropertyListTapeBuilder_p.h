@@ -12,8 +12,7 @@
 #include <cstring>
 #include <vector>
 
-namespace platform
-{
+namespace platform {
 
 /// A sequence in malloc's memory, so that it grows where it stands and can be given to a
 /// `PropertyListDocument`.

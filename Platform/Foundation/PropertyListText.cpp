@@ -5,11 +5,9 @@
 
 #include <algorithm>
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 qsizetype unitSize(TextEncoding encoding)
 {
@@ -29,10 +27,10 @@ char32_t unitAt(const char *bytes, TextEncoding encoding)
 {
     // The characters that windows-1252 has where ISO 8859-1 has control characters. Where both have none, the
     // number stays.
-    static constexpr char16_t Windows1252[32] = {
-        0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-        0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+    static constexpr char16_t Windows1252[32] = {0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                                 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D,   0x017D, 0x8F,
+                                                 0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                                 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
     switch (encoding) {
     case TextEncoding::Utf16LittleEndian:
         return qFromLittleEndian<quint16>(bytes);

@@ -6,13 +6,11 @@
 #include <sys/mman.h>
 #endif
 
-namespace platform
-{
+namespace platform {
 
 using PropertyListTape::Padding;
 
-namespace
-{
+namespace {
 
 // Bytes between two announcements of progress: small enough that the parser follows closely.
 constexpr qsizetype ChunkSize = 256 * 1024;

@@ -20,8 +20,7 @@
 #include <optional>
 #include <thread>
 
-namespace platform
-{
+namespace platform {
 
 /// A private copy of a text, padded with zeros as a document wants it, which may still be arriving from its
 /// file.

@@ -9,13 +9,11 @@
 
 #include <algorithm>
 
-namespace platform
-{
+namespace platform {
 
 using namespace PropertyListTape;
 
-namespace
-{
+namespace {
 
 // What octal escapes from 0200 on stand for: the upper half of the NeXT encoding, from the table
 // https://www.unicode.org/Public/MAPPINGS/VENDORS/NEXT/NEXTSTEP.TXT.
@@ -41,8 +39,7 @@ constexpr bool isWordCharacter(char character)
 {
     return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z')
         || (character >= '0' && character <= '9') || character == '_' || character == '$' || character == '/'
-        || character == ':' || character == '.' || character == '-' || character == '+'
-        || quint8(character) >= 0x80;
+        || character == ':' || character == '.' || character == '-' || character == '+' || quint8(character) >= 0x80;
 }
 
 constexpr int hexDigit(char character)
@@ -64,8 +61,7 @@ public:
     explicit TextReader(QByteArrayView text)
         : m_text(text)
         , m_builder(text)
-    {
-    }
+    { }
 
     Result<PropertyListValue> read()
     {
@@ -117,9 +113,8 @@ private:
             while (!atEnd() && isSpace(m_text[m_at]))
                 ++m_at;
             if (isNext("//")) {
-                const auto *end = std::find_if(m_text.begin() + m_at, m_text.end(), [](char character) {
-                    return character == '\n' || character == '\r';
-                });
+                const auto *end = std::find_if(m_text.begin() + m_at, m_text.end(),
+                                               [](char character) { return character == '\n' || character == '\r'; });
                 m_at = end - m_text.begin();
             } else if (isNext("/*")) {
                 const qsizetype end = m_text.indexOf("*/", m_at + 2);
@@ -169,11 +164,8 @@ private:
         const auto *last = m_text.end();
         while (last != first && isSpace(last[-1]))
             --last;
-        const auto isWordOrBlank = [](char character) {
-            return isWordCharacter(character) || character == ' ';
-        };
-        if (first == last || !std::all_of(first, last, isWordOrBlank)
-            || QByteArrayView(first, last).startsWith("//"))
+        const auto isWordOrBlank = [](char character) { return isWordCharacter(character) || character == ' '; };
+        if (first == last || !std::all_of(first, last, isWordOrBlank) || QByteArrayView(first, last).startsWith("//"))
             return false;
         m_builder.value(m_builder.sourcePiece(String, first - m_text.begin(), last - first));
         m_at = m_text.size();
@@ -200,10 +192,7 @@ private:
 
     bool endsWithText() const { return m_open.size() == 1 && !m_rootHasBraces; }
 
-    bool isClosingNext() const
-    {
-        return endsWithText() ? atEnd() : isNext(m_open.back() == Dictionary ? '}' : ')');
-    }
+    bool isClosingNext() const { return endsWithText() ? atEnd() : isNext(m_open.back() == Dictionary ? '}' : ')'); }
 
     bool takeClosing()
     {

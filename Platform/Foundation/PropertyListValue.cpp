@@ -8,13 +8,11 @@
 #include <cmath>
 #include <limits>
 
-namespace platform
-{
+namespace platform {
 
 using namespace PropertyListTape;
 
-namespace
-{
+namespace {
 
 PropertyListType typeOf(PropertyListRow row)
 {
@@ -108,8 +106,7 @@ QString fromUtf8(QByteArrayView text)
 
 PropertyListScalars::IntegerNumber integerOf(const PropertyListDocument &document, quint32 row)
 {
-    return PropertyListScalars::parseInteger(textOf(document, row))
-        .value_or(PropertyListScalars::IntegerNumber());
+    return PropertyListScalars::parseInteger(textOf(document, row)).value_or(PropertyListScalars::IntegerNumber());
 }
 
 double realOf(const PropertyListDocument &document, quint32 row)
@@ -137,13 +134,11 @@ PropertyListValue::PropertyListValue(const PropertyListView &view)
 
 PropertyListValue::PropertyListValue(const PropertyListValue &other)
     : PropertyListValue(static_cast<const PropertyListView &>(other))
-{
-}
+{ }
 
 PropertyListValue::PropertyListValue(PropertyListValue &&other) noexcept
     : PropertyListView(std::exchange(static_cast<PropertyListView &>(other), PropertyListView()))
-{
-}
+{ }
 
 PropertyListValue &PropertyListValue::operator=(const PropertyListValue &other)
 {
@@ -282,8 +277,7 @@ QByteArray PropertyListView::toData() const
     if (type() != PropertyListType::Data)
         return {};
     const QByteArrayView text = textOf(*m_document, m_row);
-    return kindOf(m_document->rows[m_row]) == RawData ? text.toByteArray()
-                                                      : QByteArray::fromBase64(borrowed(text));
+    return kindOf(m_document->rows[m_row]) == RawData ? text.toByteArray() : QByteArray::fromBase64(borrowed(text));
 }
 
 quint64 PropertyListView::toUid() const
@@ -413,8 +407,7 @@ PropertyListView::Range<PropertyListView::ElementIterator> PropertyListView::ele
 {
     if (!isArray())
         return {};
-    return {ElementIterator(m_document, m_row + 1),
-            ElementIterator(m_document, rowBehind(*m_document, m_row))};
+    return {ElementIterator(m_document, m_row + 1), ElementIterator(m_document, rowBehind(*m_document, m_row))};
 }
 
 PropertyListView::Range<PropertyListView::EntryIterator> PropertyListView::entries() const
@@ -434,8 +427,7 @@ PropertyListView::EntryIterator::EntryIterator(const PropertyListDocument *docum
     : m_document(document)
     , m_row(row)
     , m_valueRow(valueRowOf(*document, row))
-{
-}
+{ }
 
 PropertyListView::EntryIterator &PropertyListView::EntryIterator::operator++()
 {
@@ -461,8 +453,7 @@ const void *PropertyListView::identity() const
     return m_document ? m_document->rows + m_row : nullptr;
 }
 
-namespace
-{
+namespace {
 
 QHash<QByteArray, PropertyListView> entriesByKey(const PropertyListView &dictionary)
 {

@@ -6,15 +6,13 @@
 #include <array>
 #include <cstring>
 
-namespace platform
-{
+namespace platform {
 
 using namespace PropertyListTape;
 using PropertyListScalars::isSpace;
 using PropertyListXmlScalars::Detail::loadEight;
 
-namespace
-{
+namespace {
 
 /// Up to sixteen bytes of a text to compare with, as two words whose surplus bytes are masked out.
 struct Words {
@@ -86,8 +84,7 @@ private:
         const QByteArray closing = filling == Filling::Text ? QByteArray("</" + name + '>') : QByteArray();
         Shape &shape = m_shapes[slotOf(name.constData())];
         Q_ASSERT(shape.openingLength == 0);
-        shape = {Words(opening),         Words(closing), quint8(opening.size()),
-                 quint8(closing.size()), kind,           content};
+        shape = {Words(opening), Words(closing), quint8(opening.size()), quint8(closing.size()), kind, filling};
     }
 
     std::array<Shape, 32> m_shapes;
@@ -146,8 +143,7 @@ bool PropertyListXmlParser::runFastLane()
         return true;
     const quint32 *const end = m_index.data() + m_indexCount;
     const quint32 *const last = end - Ahead;
-    FastLane lane{*this,    shapes(),    m_text, m_rows.begin(), end, m_index.data() + m_next,
-                  m_cursor, m_rows.end()};
+    FastLane lane{*this, shapes(), m_text, m_rows.begin(), end, m_index.data() + m_next, m_cursor, m_rows.end()};
     while (lane.place < last && lane.parseRow()) { }
     m_rows.setEnd(lane.row);
     m_cursor = lane.cursor;
@@ -226,8 +222,7 @@ Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseEntry(const char *mar
 }
 
 // The number of the key. A key that does not get one becomes a row.
-Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::passKey(const char *key, qsizetype length,
-                                                              quint32 &number)
+Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::passKey(const char *key, qsizetype length, quint32 &number)
 {
     if (*key >= '0' && *key <= '9') {
         if (const auto decimal = PropertyListScalars::parseCanonicalNumber(QByteArrayView(key, length))) {
@@ -268,8 +263,7 @@ Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseValue(const quint32 *
     return true;
 }
 
-Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseText(const Shape &shape,
-                                                                const quint32 *closingPlace,
+Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseText(const Shape &shape, const quint32 *closingPlace,
                                                                 const char *first, quint32 key)
 {
     const char *const closing = text + *closingPlace;
@@ -285,15 +279,13 @@ Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseText(const Shape &sha
 }
 
 // A string with references.
-Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseReferences(const Shape &shape,
-                                                                      const quint32 *closingPlace,
+Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseReferences(const Shape &shape, const quint32 *closingPlace,
                                                                       const char *first, quint32 key)
 {
     while (closingPlace < end && text[*closingPlace] == '&')
         ++closingPlace;
     const char *const closing = text + *closingPlace;
-    if (closingPlace >= end || shape.closing.difference(closing) != 0
-        || closing - first >= qsizetype(Saturated))
+    if (closingPlace >= end || shape.closing.difference(closing) != 0 || closing - first >= qsizetype(Saturated))
         return false;
     const char *const last = parser.unescapeString(first, closing);
     if (!last)
@@ -304,8 +296,7 @@ Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::parseReferences(const Shap
     return true;
 }
 
-Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::isValid(Kind kind, const char *first,
-                                                              qsizetype length) const
+Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::isValid(Kind kind, const char *first, qsizetype length) const
 {
     using namespace PropertyListXmlScalars;
     switch (kind) {
@@ -334,8 +325,8 @@ Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::open(Kind kind, quint32 ke
     if (Q_UNLIKELY(parser.m_depth == MaximumDepth))
         return false;
     ++parser.m_frames[size_t(parser.m_depth)].count;
-    parser.m_frames[size_t(++parser.m_depth)] = {
-        kind == Dictionary ? ContainerKind::Dictionary : ContainerKind::Array, quint32(row - rows), 0};
+    parser.m_frames[size_t(++parser.m_depth)] = {kind == Dictionary ? ContainerKind::Dictionary : ContainerKind::Array,
+                                                 quint32(row - rows), 0};
     *row++ = makeRow(kind, key, 0, 0);
     return true;
 }
@@ -344,8 +335,7 @@ Q_ALWAYS_INLINE void PropertyListXmlParser::FastLane::close()
 {
     const Frame frame = parser.m_frames[size_t(parser.m_depth--)];
     const PropertyListRow container = rows[frame.row];
-    rows[frame.row] =
-        makeRow(kindOf(container), keyOf(container), frame.count, quint64(row - rows - frame.row));
+    rows[frame.row] = makeRow(kindOf(container), keyOf(container), frame.count, quint64(row - rows - frame.row));
     if (frame.count == 1 && parser.isUidEntry(frame.row + 1))
         row = parser.makeUid(frame.row);
 }
@@ -365,7 +355,9 @@ Q_NEVER_INLINE quint32 PropertyListXmlParser::numberOfNewKey(const char *key, qs
 Q_NEVER_INLINE const char *PropertyListXmlParser::unescapeString(const char *first, const char *last)
 {
     const auto unescaped = PropertyListXmlText::unescapeInPlace(m_text + offsetOf(first), last);
-    return unescaped.errorPlace ? fail(unescaped.reason, unescaped.errorPlace) : unescaped.last;
+    if (unescaped.errorPlace)
+        return fail(unescaped.reason, unescaped.errorPlace);
+    return unescaped.last;
 }
 
 } // namespace platform

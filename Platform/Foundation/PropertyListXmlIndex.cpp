@@ -7,11 +7,9 @@
 #include <immintrin.h>
 #endif
 
-namespace platform::PropertyListXmlIndex
-{
+namespace platform::PropertyListXmlIndex {
 
-namespace
-{
+namespace {
 
 // 0x80 in every byte that equals the character, 0 in the others.
 constexpr quint64 bytesEqual(quint64 eight, char character)
@@ -53,15 +51,13 @@ ZR_AVX2 Found findAvx2(const char *text, quint32 from, quint32 to, quint32 *offs
     for (quint32 position = from; position < to; position += 64) {
         const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(text + position));
         const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(text + position + 32));
-        const __m256i lowMarks =
-            _mm256_or_si256(_mm256_cmpeq_epi8(low, lessThan), _mm256_cmpeq_epi8(low, ampersand));
+        const __m256i lowMarks = _mm256_or_si256(_mm256_cmpeq_epi8(low, lessThan), _mm256_cmpeq_epi8(low, ampersand));
         const __m256i highMarks =
             _mm256_or_si256(_mm256_cmpeq_epi8(high, lessThan), _mm256_cmpeq_epi8(high, ampersand));
-        quint64 marks = quint64(quint32(_mm256_movemask_epi8(lowMarks)))
-            | quint64(quint32(_mm256_movemask_epi8(highMarks))) << 32;
+        quint64 marks =
+            quint64(quint32(_mm256_movemask_epi8(lowMarks))) | quint64(quint32(_mm256_movemask_epi8(highMarks))) << 32;
         returns = _mm256_or_si256(
-            returns,
-            _mm256_or_si256(_mm256_cmpeq_epi8(low, carriageReturn), _mm256_cmpeq_epi8(high, carriageReturn)));
+            returns, _mm256_or_si256(_mm256_cmpeq_epi8(low, carriageReturn), _mm256_cmpeq_epi8(high, carriageReturn)));
         if (to - position < 64)
             marks &= (quint64(1) << (to - position)) - 1;
         const int count = std::popcount(marks);

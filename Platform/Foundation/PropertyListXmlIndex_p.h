@@ -10,12 +10,10 @@
 
 #include <QtGlobal>
 
-namespace platform
-{
+namespace platform {
 
 /// Finds the markup of a stretch of text, so that the parser can jump from one '<' or '&' to the next.
-namespace PropertyListXmlIndex
-{
+namespace PropertyListXmlIndex {
 
 struct Found {
     quint32 *end = nullptr; ///< Behind the last offset written.

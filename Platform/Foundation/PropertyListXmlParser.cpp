@@ -9,14 +9,12 @@
 #include <algorithm>
 #include <cstring>
 
-namespace platform
-{
+namespace platform {
 
 using namespace PropertyListTape;
 using PropertyListScalars::isSpace;
 
-namespace
-{
+namespace {
 
 // Text that is listed at a time: it and its list stay in the processor's cache.
 constexpr qsizetype BlockSize = 32 * 1024;
@@ -30,9 +28,8 @@ struct ScalarElement {
     QByteArrayView name;
     Kind kind;
 };
-constexpr ScalarElement ScalarElements[] = {{"string", String}, {"integer", Integer}, {"real", Real},
-                                            {"date", Date},     {"data", Data},       {"true", True},
-                                            {"false", False}};
+constexpr ScalarElement ScalarElements[] = {{"string", String}, {"integer", Integer}, {"real", Real},  {"date", Date},
+                                            {"data", Data},     {"true", True},       {"false", False}};
 
 const char *reasonAgainst(Kind kind, QByteArrayView text)
 {
@@ -59,15 +56,13 @@ PropertyListXmlParser::PropertyListXmlParser(PropertyListTextLoader &loader, Ins
     : PropertyListXmlScanner(loader)
     , m_instructions(instructions)
     , m_cursor(m_text)
-{
-}
+{ }
 
 std::optional<Error> PropertyListXmlParser::parse(qsizetype from)
 {
     // What most lists need, in one piece: a library of songs has a row for every 50 bytes of text.
     m_rows.reserve(quint64(m_loader.expectedSize() / 45) + 16);
-    m_index.resize(
-        size_t(qMin(BlockSize, m_loader.expectedSize()) + Lookahead + PropertyListXmlIndex::Overwrite));
+    m_index.resize(size_t(qMin(BlockSize, m_loader.expectedSize()) + Lookahead + PropertyListXmlIndex::Overwrite));
     m_cursor = m_text + from;
     m_indexed = m_utf8Checked = from;
     if (parseBlocks())
@@ -134,15 +129,13 @@ bool PropertyListXmlParser::refillIndex()
         if (!checkUtf8(m_text + until, !m_indexComplete))
             return false;
         quint32 *const free = m_index.data() + m_indexCount;
-        const auto found =
-            PropertyListXmlIndex::find(m_text, quint32(m_indexed), quint32(until), free, m_instructions);
+        const auto found = PropertyListXmlIndex::find(m_text, quint32(m_indexed), quint32(until), free, m_instructions);
         m_indexCount += found.end - free;
         m_indexed = until;
         m_hasCarriageReturns |= found.carriageReturn;
     }
     // Every place in the index leads to at most one row.
-    return m_rows.reserve(quint64(m_indexCount - m_next) + 8)
-        || fail(NotEnoughMemory, m_cursor, ErrorCode::TooLarge);
+    return m_rows.reserve(quint64(m_indexCount - m_next) + 8) || fail(NotEnoughMemory, m_cursor, ErrorCode::TooLarge);
 }
 
 bool PropertyListXmlParser::checkUtf8(const char *end, bool mayCutCharacter)
@@ -155,8 +148,7 @@ bool PropertyListXmlParser::checkUtf8(const char *end, bool mayCutCharacter)
     // A character that the end cuts in two is left for the next time; if it is none, it will be too long
     // then.
     const qsizetype rest = end - start - valid;
-    return rest == 0 || (mayCutCharacter && rest <= 3)
-        || fail("not UTF-8", start + valid, ErrorCode::Malformed);
+    return rest == 0 || (mayCutCharacter && rest <= 3) || fail("not UTF-8", start + valid, ErrorCode::Malformed);
 }
 
 bool PropertyListXmlParser::isSpaceOnly(const char *first, const char *last)
@@ -287,9 +279,8 @@ const char *PropertyListXmlParser::parseContainer(const Tag &tag, const char *pl
 
 const char *PropertyListXmlParser::parseScalar(const Tag &tag, const char *place)
 {
-    const auto *element =
-        std::find_if(std::begin(ScalarElements), std::end(ScalarElements),
-                     [&tag](const ScalarElement &candidate) { return candidate.name == tag.name; });
+    const auto *element = std::find_if(std::begin(ScalarElements), std::end(ScalarElements),
+                                       [&tag](const ScalarElement &candidate) { return candidate.name == tag.name; });
     if (element == std::end(ScalarElements))
         return fail("unknown element", place);
     if (!beginValue(place))
@@ -331,10 +322,8 @@ auto PropertyListXmlParser::plainContent(const Tag &tag, bool isText) -> std::op
     if (!checkUtf8(content->last, false))
         return std::nullopt;
     const auto unescaped = PropertyListXmlText::unescapeInPlace(content->first, content->last);
-    if (unescaped.errorPlace) {
-        fail(unescaped.reason, unescaped.errorPlace);
-        return std::nullopt;
-    }
+    if (unescaped.errorPlace)
+        return fail(unescaped.reason, unescaped.errorPlace);
     content->last = unescaped.last;
     return content;
 }

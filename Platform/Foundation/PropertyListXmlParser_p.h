@@ -15,8 +15,7 @@
 #include <array>
 #include <vector>
 
-namespace platform
-{
+namespace platform {
 
 /// Parses the XML form of a property list into a tape, in one pass over the text, which may still be
 /// arriving.

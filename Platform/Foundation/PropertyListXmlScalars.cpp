@@ -4,11 +4,9 @@
 
 #include <array>
 
-namespace platform::PropertyListXmlScalars
-{
+namespace platform::PropertyListXmlScalars {
 
-namespace
-{
+namespace {
 
 enum class Base64Class : quint8 { Other, Digit, Space, Padding };
 
@@ -16,8 +14,7 @@ constexpr std::array<Base64Class, 256> Base64Classes = [] {
     std::array<Base64Class, 256> classes{};
     for (int character = 0; character < 256; ++character) {
         const char c = char(character);
-        if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+'
-            || c == '/')
+        if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/')
             classes[size_t(character)] = Base64Class::Digit;
         else if (PropertyListScalars::isSpace(c))
             classes[size_t(character)] = Base64Class::Space;

@@ -14,14 +14,12 @@
 /// Checks of scalars that only the reader needs: base64, and the commonest forms of integers and dates so
 /// quickly that checking costs next to nothing. Whatever the quick checks refuse may still be valid;
 /// `PropertyListScalars` knows.
-namespace platform::PropertyListXmlScalars
-{
+namespace platform::PropertyListXmlScalars {
 
 /// Base64 with white space anywhere. The "=" at the end may be missing, but not be wrong.
 bool isBase64(QByteArrayView text);
 
-namespace Detail
-{
+namespace Detail {
 inline quint64 loadEight(const char *bytes)
 {
     quint64 eight;
@@ -77,8 +75,7 @@ inline bool isUsualDate(const char *text, qsizetype length)
 {
     using namespace Detail;
     constexpr Pattern Front("0000-00-"), Middle("00T00:00"), Back("00:00:00");
-    return length == 20 && fits(text, Front) && fits(text + 8, Middle) && fits(text + 11, Back)
-        && text[19] == 'Z';
+    return length == 20 && fits(text, Front) && fits(text + 8, Middle) && fits(text + 11, Back) && text[19] == 'Z';
 }
 
 } // namespace platform::PropertyListXmlScalars

@@ -13,8 +13,7 @@
 
 #include <optional>
 
-namespace platform
-{
+namespace platform {
 
 /// Finds the limits of all kinds of XML markup in a text that may still be arriving: tags with attributes,
 /// comments, processing instructions, document types, and the content of elements that hold text.
@@ -63,8 +62,18 @@ protected:
     /// The content of an element without child elements, from behind its opening tag.
     std::optional<Content> scanContent(char *place, QByteArrayView elementName);
 
-    std::nullptr_t fail(const char *reason, const char *place, ErrorCode code = ErrorCode::Malformed);
-    std::nullptr_t failAtEnd(const char *reason);
+    /// What an operation that failed returns: null, false or nothing.
+    struct Failure {
+        operator const char *() const { return nullptr; }
+        operator bool() const { return false; }
+        template <class T>
+        operator std::optional<T>() const
+        {
+            return std::nullopt;
+        }
+    };
+    Failure fail(const char *reason, const char *place, ErrorCode code = ErrorCode::Malformed);
+    Failure failAtEnd(const char *reason);
 
     qsizetype offsetOf(const char *place) const { return place - m_text; }
 

@@ -4,11 +4,9 @@
 #include <optional>
 #include <string_view>
 
-namespace platform::PropertyListXmlText
-{
+namespace platform::PropertyListXmlText {
 
-namespace
-{
+namespace {
 
 struct NamedReference {
     std::string_view text;
@@ -56,8 +54,7 @@ public:
         : m_from(first)
         , m_last(last)
         , m_to(first)
-    {
-    }
+    { }
 
     Unescaped run()
     {
@@ -118,8 +115,7 @@ private:
             if (character <= 0x10FFFF) // stays too large once it is
                 character = character * (hexadecimal ? 16 : 10) + *digit;
         }
-        const bool isCharacter =
-            character != 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
+        const bool isCharacter = character != 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
         if (place == digits || place == m_last || *place != ';')
             m_reason = "character reference without a number or semicolon";
         else if (!isCharacter)

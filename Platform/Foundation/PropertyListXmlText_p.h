@@ -8,8 +8,7 @@
 
 #include <QtGlobal>
 
-namespace platform::PropertyListXmlText
-{
+namespace platform::PropertyListXmlText {
 
 /// What became of a text: where it ends now, or what is wrong with it.
 struct Unescaped {

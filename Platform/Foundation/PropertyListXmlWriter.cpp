@@ -13,10 +13,10 @@ namespace platform {
 
 namespace {
 
-constexpr QByteArrayView Header
-    = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-      "<plist version=\"1.0\">\n";
+constexpr QByteArrayView Header =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+    "<plist version=\"1.0\">\n";
 
 // Room for more bytes, doubling the memory so that many small appends stay cheap.
 void makeRoom(QByteArray &bytes, qsizetype more)
@@ -49,6 +49,26 @@ QByteArrayView escapeOf(char32_t character)
     }
 }
 
+// Writes the character that begins at a code unit, and passes it. Whether XML can hold it.
+bool escapeCharacter(QStringView text, qsizetype &at, char *&output)
+{
+    char32_t character = text[at++].unicode();
+    if (character >= 0x20 && character < 0x7F && character != '&' && character != '<' && character != '>') {
+        *output++ = char(character);
+        return true;
+    }
+    if (QChar::isHighSurrogate(character) && at < text.size() && text[at].isLowSurrogate())
+        character = QChar::surrogateToUcs4(char16_t(character), text[at++].unicode());
+    if (!isXmlCharacter(character))
+        return false;
+    const QByteArrayView escape = escapeOf(character);
+    if (escape.isEmpty())
+        output = PropertyListScalars::writeUtf8(output, character);
+    else
+        output = std::copy(escape.begin(), escape.end(), output);
+    return true;
+}
+
 template <class T>
 QByteArrayView formatted(char (&memory)[32], T number)
 {
@@ -68,8 +88,7 @@ QByteArrayView formattedReal(char (&memory)[32], double number)
 
 PropertyListXmlWriter::PropertyListXmlWriter()
     : m_output(Header.toByteArray())
-{
-}
+{ }
 
 void PropertyListXmlWriter::raw(QByteArrayView text)
 {
@@ -108,11 +127,11 @@ bool PropertyListXmlWriter::beginEntry()
 void PropertyListXmlWriter::begin(Container container)
 {
     if (!m_error && m_open.size() >= std::size_t(PropertyListTape::MaximumDepth)) {
-        m_error = Error {ErrorCode::TooDeep,
-                         QStringLiteral("more than %1 dictionaries and arrays within one another")
-                             .arg(PropertyListTape::MaximumDepth),
-                         -1,
-                         {}};
+        m_error = Error{ErrorCode::TooDeep,
+                        QStringLiteral("more than %1 dictionaries and arrays within one another")
+                            .arg(PropertyListTape::MaximumDepth),
+                        -1,
+                        {}};
     }
     if (!beginEntry())
         return;
@@ -143,7 +162,7 @@ void PropertyListXmlWriter::key(QAnyStringView key)
     raw("<key>");
     const qsizetype start = m_output.size();
     if (!escaped(key)) {
-        failAt(QStringLiteral("character that XML cannot hold in a key"), true);
+        failAt(QStringLiteral("character that XML cannot hold in a key"), Place::Key);
         return;
     }
     m_open.back().key = start;
@@ -159,7 +178,7 @@ void PropertyListXmlWriter::string(QAnyStringView string)
     if (escaped(string))
         raw("</string>\n");
     else
-        fail(QStringLiteral("character that XML cannot hold"));
+        failAt(QStringLiteral("character that XML cannot hold"), Place::BegunValue);
 }
 
 void PropertyListXmlWriter::scalar(QByteArrayView opening, QByteArrayView text, QByteArrayView closing)
@@ -254,28 +273,67 @@ bool PropertyListXmlWriter::escaped(QAnyStringView text)
         if constexpr (std::is_same_v<decltype(view), QStringView>)
             return escaped(view);
         else
-            return escaped(QStringView(view.toString()));
+            return escaped(QStringView(QString(view.toString())));
     });
 }
 
 // Writes in steps, so that room for the longest escapes is never taken for more than one of them.
 bool PropertyListXmlWriter::escaped(QStringView text)
 {
-    constexpr qsizetype Step = 1024; // code units
-    constexpr qsizetype LongestEscape = 5; // bytes for one code unit
-    while (!text.isEmpty()) {
+    constexpr qsizetype Step = 1024; // bytes
+    constexpr qsizetype LongestEscape = 6; // bytes for the two code units of one character, or for one
+    for (qsizetype at = 0; at < text.size();) {
         const qsizetype used = m_output.size();
-        makeRoom(m_output, Step * LongestEscape);
-        m_output.resize(used + Step * LongestEscape);
-        const char *const begin = m_output.data();
-        char *at = m_output.data() + used;
-        QStringIterator characters(text.first(std::min(Step, text.size())));
-        const bool good = escapeCharacters(characters, at);
-        m_output.truncate(at - begin);
+        makeRoom(m_output, Step);
+        m_output.resize(used + Step);
+        char *output = m_output.data() + used;
+        const char *const full = output + Step - LongestEscape;
+        bool good = true;
+        while (good && at < text.size() && output <= full)
+            good = escapeCharacter(text, at, output);
+        m_output.truncate(output - m_output.constData());
         if (!good)
             return false;
-        text = text.sliced(characters.index());
     }
     return true;
 }
 
+void PropertyListXmlWriter::fail(const QString &reason)
+{
+    failAt(reason, Place::NextValue);
+}
+
+void PropertyListXmlWriter::failAt(const QString &reason, Place place)
+{
+    if (!m_error)
+        m_error = Error{ErrorCode::Malformed, reason + path(place), -1, {}};
+}
+
+// " in Albums/0/Name"; nothing at the root.
+QString PropertyListXmlWriter::path(Place place) const
+{
+    QStringList steps;
+    for (const Open &open : m_open) {
+        const bool innermost = &open == &m_open.back();
+        if (innermost && place == Place::Key)
+            continue;
+        if (open.kind == Container::Dictionary) {
+            const QByteArray key = m_output.mid(open.key, open.keyLength);
+            steps += QString::fromUtf8(PropertyListScalars::unescape(key));
+        } else {
+            steps += QString::number(innermost && place == Place::NextValue ? open.entries : open.entries - 1);
+        }
+    }
+    return steps.isEmpty() ? QString() : QStringLiteral(" in ") + steps.join(QLatin1Char('/'));
+}
+
+Result<QByteArray> PropertyListXmlWriter::finish()
+{
+    if (m_error)
+        return *std::exchange(m_error, std::nullopt);
+    Q_ASSERT(m_open.empty() && m_rootValues == 1);
+    raw("</plist>\n");
+    return std::exchange(m_output, {});
+}
+
+} // namespace platform

@@ -68,15 +68,18 @@ private:
         qsizetype keyLength = 0;
     };
 
+    enum class Place : quint8 { NextValue, BegunValue, Key };
+
     void begin(Container container);
     bool beginEntry();
     void openParent();
     void indent();
     void raw(QByteArrayView text);
-    bool element(QByteArrayView opening, QAnyStringView text, QByteArrayView closing);
+    void scalar(QByteArrayView opening, QByteArrayView text, QByteArrayView closing);
     bool escaped(QAnyStringView text);
-    void failAt(const QString &reason, bool inKey);
-    QString path() const;
+    bool escaped(QStringView text);
+    void failAt(const QString &reason, Place place);
+    QString path(Place place) const;
 
     QByteArray m_output;
     std::vector<Open> m_open;

@@ -10,11 +10,9 @@
 #include <unistd.h>
 #endif
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 Error failure(ErrorCode code)
 {
@@ -44,8 +42,7 @@ Result<RegularFile> RegularFile::open(const QString &path)
         return failure(ErrorCode::NotFound);
     int descriptor;
     do
-        descriptor =
-            ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+        descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0) {
         if (errno == ENOENT || errno == ENOTDIR)

@@ -11,8 +11,7 @@
 
 #include <memory>
 
-namespace platform
-{
+namespace platform {
 
 /// A regular file, open for reading. Opening never blocks and never reaches anything but a regular file: a
 /// pipe, device, socket or folder at the path is refused.

@@ -6,11 +6,9 @@
 #include <immintrin.h>
 #endif
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 using Byte = unsigned char;
 
@@ -77,8 +75,8 @@ constexpr char Overlong4 = 1 << 6; // F0, then 80 to 8F
 constexpr char TwoContinuations = char(1 << 7);
 constexpr char Carry = TooShort | TooLong | TwoContinuations;
 
-ZR_AVX2 inline __m256i table(char a, char b, char c, char d, char e, char f, char g, char h, char i, char j,
-                             char k, char l, char m, char n, char o, char p)
+ZR_AVX2 inline __m256i table(char a, char b, char c, char d, char e, char f, char g, char h, char i, char j, char k,
+                             char l, char m, char n, char o, char p)
 {
     return _mm256_setr_epi8(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, //
                             a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p);
@@ -105,16 +103,16 @@ ZR_AVX2 inline __m256i pairErrors(__m256i bytes, __m256i previous)
         highNibbles(previous));
     constexpr char Large = Carry | TooLarge | TooLarge1000;
     const __m256i byPreviousLow = _mm256_shuffle_epi8(
-        table(Carry | Overlong3 | Overlong2 | Overlong4, Carry | Overlong2, Carry, Carry, Carry | TooLarge,
-              Large, Large, Large, Large, Large, Large, Large, Large, Large | Surrogate, Large, Large),
+        table(Carry | Overlong3 | Overlong2 | Overlong4, Carry | Overlong2, Carry, Carry, Carry | TooLarge, Large,
+              Large, Large, Large, Large, Large, Large, Large, Large | Surrogate, Large, Large),
         _mm256_and_si256(previous, _mm256_set1_epi8(0x0F)));
     constexpr char Continuation = TooLong | Overlong2 | TwoContinuations;
-    const __m256i byHigh = _mm256_shuffle_epi8(
-        table(TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort,
-              Continuation | Overlong3 | TooLarge1000 | Overlong4, Continuation | Overlong3 | TooLarge,
-              Continuation | Surrogate | TooLarge, Continuation | Surrogate | TooLarge, TooShort, TooShort,
-              TooShort, TooShort),
-        highNibbles(bytes));
+    const __m256i byHigh =
+        _mm256_shuffle_epi8(table(TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort,
+                                  Continuation | Overlong3 | TooLarge1000 | Overlong4,
+                                  Continuation | Overlong3 | TooLarge, Continuation | Surrogate | TooLarge,
+                                  Continuation | Surrogate | TooLarge, TooShort, TooShort, TooShort, TooShort),
+                            highNibbles(bytes));
     return _mm256_and_si256(_mm256_and_si256(byPreviousHigh, byPreviousLow), byHigh);
 }
 
@@ -124,17 +122,16 @@ ZR_AVX2 inline __m256i blockErrors(__m256i bytes, __m256i before)
     // Third and fourth bytes must be continuations behind continuations, and nothing else may be.
     const __m256i third = _mm256_subs_epu8(shiftedIn<2>(bytes, before), _mm256_set1_epi8(char(0xE0 - 0x80)));
     const __m256i fourth = _mm256_subs_epu8(shiftedIn<3>(bytes, before), _mm256_set1_epi8(char(0xF0 - 0x80)));
-    const __m256i mustContinue =
-        _mm256_and_si256(_mm256_or_si256(third, fourth), _mm256_set1_epi8(char(0x80)));
+    const __m256i mustContinue = _mm256_and_si256(_mm256_or_si256(third, fourth), _mm256_set1_epi8(char(0x80)));
     return _mm256_xor_si256(mustContinue, errors);
 }
 
 // Not zero where the last three bytes begin a character that the next block must end.
 ZR_AVX2 inline __m256i unfinished(__m256i bytes)
 {
-    alignas(32) static constexpr Byte Highest[32] = {
-        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xEF, 0xDF, 0xBF};
+    alignas(32) static constexpr Byte Highest[32] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+                                                     0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+                                                     0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xEF, 0xDF, 0xBF};
     return _mm256_subs_epu8(bytes, _mm256_load_si256(reinterpret_cast<const __m256i *>(Highest)));
 }
 

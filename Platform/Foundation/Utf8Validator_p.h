@@ -9,8 +9,7 @@
 
 #include <QByteArrayView>
 
-namespace platform
-{
+namespace platform {
 
 /// Checks that text is UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF, no character cut off.
 /// Text that is mostly ASCII is checked at the speed of memory.
