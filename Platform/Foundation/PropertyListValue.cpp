@@ -157,6 +157,21 @@ PropertyListValue::~PropertyListValue()
         delete m_document;
 }
 
+QList<PropertyListValue> PropertyListValue::fromViews(std::span<const PropertyListView> views)
+{
+    QList<PropertyListValue> values(qsizetype(views.size()));
+    PropertyListValue *next = values.data();
+    for (auto first = views.begin(); first != views.end();) {
+        const auto isElsewhere = [&](const PropertyListView &view) { return !view.sharesDocumentWith(*first); };
+        const auto end = std::find_if(first, views.end(), isElsewhere);
+        if (first->m_document)
+            first->m_document->references.fetch_add(int(end - first), std::memory_order_relaxed);
+        for (; first != end; ++first, ++next)
+            static_cast<PropertyListView &>(*next) = *first;
+    }
+    return values;
+}
+
 qsizetype PropertyListValue::memoryUse() const
 {
     if (!m_document)
