@@ -5,7 +5,6 @@
 #include "ZRCommon/SongTexts_p.h"
 
 using platform::PropertyListValue;
-using platform::PropertyListView;
 using platform::SubstringSearch::find;
 using platform::SubstringSearch::recordsContaining;
 
@@ -54,23 +53,20 @@ std::vector<quint32> ZRSongSearch::hitsContaining(QByteArrayView needle) const
 
 SongList ZRSongSearch::songsOfHits() const
 {
-    std::vector<PropertyListView> songs;
     const std::vector<quint32> &recordsOfTexts = m_texts->recordsOfTexts();
-    if (recordsOfTexts.empty()) {
-        songs.reserve(m_hits.size());
-        for (const quint32 hit : m_hits)
-            songs.push_back(m_songs[hit]);
-        return PropertyListValue::fromViews(songs);
-    }
+    if (recordsOfTexts.empty())
+        return PropertyListValue::select(m_songs, m_hits);
+
     std::vector<bool> isHit(m_texts->recordCount());
     for (const quint32 hit : m_hits)
         isHit[hit] = true;
+    std::vector<quint32> positions;
     auto record = recordsOfTexts.begin();
-    for (const PropertyListView &song : m_songs) {
+    for (quint32 song = 0; song < quint32(m_songs.size()); ++song) {
         const auto end = record + std::size(searchedKeys);
         if (std::any_of(record, end, [&](quint32 text) { return isHit[text]; }))
-            songs.push_back(song);
+            positions.push_back(song);
         record = end;
     }
-    return PropertyListValue::fromViews(songs);
+    return PropertyListValue::select(m_songs, positions);
 }

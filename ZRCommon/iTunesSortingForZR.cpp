@@ -104,9 +104,5 @@ std::weak_ordering iTunesSortingForZR::zrCompareTimeDescending(const PropertyLis
 
 SongList iTunesSortingForZR::sorted(const SongList &songs, Column column, Qt::SortOrder order)
 {
-    std::vector<PropertyListView> result;
-    result.reserve(size_t(songs.size()));
-    for (const quint32 position : orderOf(songs, column, order))
-        result.push_back(songs[position]);
-    return platform::PropertyListValue::fromViews(result);
+    return platform::PropertyListValue::select(songs, orderOf(songs, column, order));
 }

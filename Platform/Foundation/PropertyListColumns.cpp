@@ -20,6 +20,11 @@ void fetch([[maybe_unused]] const void *memory)
 #endif
 }
 
+bool isShortScalar(PropertyListRow row)
+{
+    return !isContainer(row) && !isKey(row) && keyOf(row) != InlineKey && lengthOf(row) < Saturated;
+}
+
 void fetchRows(const PropertyListRow *rows)
 {
     constexpr size_t rowsPerLine = 64 / sizeof(PropertyListRow);
@@ -33,6 +38,12 @@ PropertyListColumns::PropertyListColumns(std::span<const char *const> keys)
     : m_keys(keys.begin(), keys.end())
 {
     Q_ASSERT(count() <= MaximumKeys);
+}
+
+void PropertyListColumns::fetchText(const PropertyListView &value)
+{
+    if (!value.isNull() && !isContainer(value.m_document->rows[value.m_row]))
+        fetch(value.m_document->text + offsetOf(value.m_document->rows[value.m_row]));
 }
 
 void PropertyListColumns::prepare(const PropertyListView &dictionary)
@@ -61,10 +72,12 @@ void PropertyListColumns::lookUp(std::span<const PropertyListValue> dictionaries
             continue;
         if (dictionary.m_document != m_document)
             prepare(dictionary);
-        if (lookUpInterned(dictionary, values))
-            continue;
+        if (!lookUpInterned(dictionary, values)) {
+            for (size_t column = 0; column < m_prepared.size(); ++column)
+                values[column] = dictionary.value(m_prepared[column]);
+        }
         for (size_t column = 0; column < m_prepared.size(); ++column)
-            values[column] = dictionary.value(m_prepared[column]);
+            fetchText(values[column]);
     }
 }
 
@@ -73,16 +86,24 @@ bool PropertyListColumns::lookUpInterned(const PropertyListView &dictionary, Pro
 {
     const PropertyListRow *const rows = m_document->rows;
     const quint32 end = dictionary.m_row + offsetOf(rows[dictionary.m_row]);
-    for (quint32 row = dictionary.m_row + 1; row < end;) {
-        const PropertyListRow content = rows[row];
+    const auto note = [&](PropertyListRow content, quint32 row) {
+        if (const quint8 column = m_columnOfKey[keyOf(content)])
+            values[column - 1] = PropertyListView(m_document, row);
+    };
+    quint32 row = dictionary.m_row + 1;
+    while (row < end) {
+        PropertyListRow content = rows[row];
+        // Nearly all rows are short scalars. A loop of their own lets the processor read ahead in them, where computing
+        // each step would make it wait for the row before.
+        for (; isShortScalar(content); content = rows[row]) {
+            note(content, row);
+            if (++row == end)
+                return true;
+        }
         if (keyOf(content) == InlineKey || isKey(content))
             return false;
-        if (const quint8 column = m_columnOfKey[keyOf(content)]) {
-            values[column - 1] = PropertyListView(m_document, row);
-            if (!isContainer(content))
-                fetch(m_document->text + offsetOf(content));
-        }
-        row += isContainer(content) ? offsetOf(content) : lengthOf(content) < Saturated ? 1 : 2;
+        note(content, row);
+        row += isContainer(content) ? offsetOf(content) : 2;
     }
     return true;
 }

@@ -47,6 +47,7 @@ private:
 
     void lookUp(std::span<const PropertyListValue> dictionaries, PropertyListView *values);
     bool lookUpInterned(const PropertyListView &dictionary, PropertyListView *values) const;
+    static void fetchText(const PropertyListView &value);
     void prepare(const PropertyListView &dictionary);
 
     std::vector<const char *> m_keys;

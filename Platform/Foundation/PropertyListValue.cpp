@@ -157,19 +157,28 @@ PropertyListValue::~PropertyListValue()
         delete m_document;
 }
 
-QList<PropertyListValue> PropertyListValue::fromViews(std::span<const PropertyListView> views)
+QList<PropertyListValue> PropertyListValue::select(const QList<PropertyListValue> &values,
+                                                   std::span<const quint32> positions)
 {
-    QList<PropertyListValue> values(qsizetype(views.size()));
-    PropertyListValue *next = values.data();
-    for (auto first = views.begin(); first != views.end();) {
-        const auto isElsewhere = [&](const PropertyListView &view) { return !view.sharesDocumentWith(*first); };
-        const auto end = std::find_if(first, views.end(), isElsewhere);
-        if (first->m_document)
-            first->m_document->references.fetch_add(int(end - first), std::memory_order_relaxed);
-        for (; first != end; ++first, ++next)
-            static_cast<PropertyListView &>(*next) = *first;
+    QList<PropertyListValue> selected(qsizetype(positions.size()));
+    const PropertyListDocument *document = nullptr;
+    int uncounted = 0; // new handles to `document`
+    const auto count = [&] {
+        if (document)
+            document->references.fetch_add(std::exchange(uncounted, 0), std::memory_order_relaxed);
+    };
+    PropertyListValue *next = selected.data();
+    for (const quint32 position : positions) {
+        const PropertyListView &value = values[qsizetype(position)];
+        if (value.m_document != document) {
+            count();
+            document = value.m_document;
+        }
+        static_cast<PropertyListView &>(*next++) = value;
+        ++uncounted;
     }
-    return values;
+    count();
+    return selected;
 }
 
 qsizetype PropertyListValue::memoryUse() const
