@@ -5,13 +5,17 @@
 #include <QAnyStringView>
 #include <QByteArray>
 #include <QDateTime>
+#include <QList>
 #include <QMetaType>
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <span>
+#include <utility>
 #include <vector>
 
 /// @file
@@ -53,8 +57,10 @@ public:
 
 private:
     friend class PropertyListView;
+    friend class PropertyListColumns;
     quint32 m_number = 0xFFE; // in the document's key table; 0xFFE: not there
-    QByteArray m_text; // UTF-8, for keys that are not in the table
+    std::optional<quint32> m_decimal; // the number that the text is the decimal form of
+    QByteArray m_text; // UTF-8, for keys that stand in their dictionary
 };
 
 /// A borrowed handle to one value of a document, 16 bytes, trivially copyable. Valid only while a `PropertyListValue`
@@ -91,8 +97,8 @@ public:
     double toReal(double fallback = 0) const;
     /// The boolean; an integer or real counts as true when it is not 0.
     bool toBoolean(bool fallback = false) const;
-    /// The date in UTC; invalid for anything else. Dates that the calendar lacks (a 32nd day) are carried on into the
-    /// next month, as the formats' own readers do.
+    /// The date in UTC, to the millisecond; invalid for anything else and beyond what a QDateTime can hold. Dates that
+    /// the calendar lacks (a 32nd day) are carried on into the next month, as the formats' own readers do.
     QDateTime toDateTime() const;
     /// The date in seconds since 2001-01-01T00:00:00Z, the formats' own epoch; nothing for anything else.
     std::optional<double> toReferenceSeconds() const;
@@ -116,6 +122,7 @@ public:
     /// dictionary make a `PropertyListIndex`, for the same key in many dictionaries a `PropertyListKey`.
     PropertyListView value(QAnyStringView key) const;
     PropertyListView value(const PropertyListKey &key) const;
+    bool contains(QAnyStringView key) const { return !value(key).isNull(); }
     /// The key prepared for lookups in this document's dictionaries. It must not be used with another document.
     PropertyListKey key(QAnyStringView text) const;
     /// The element of an array; null outside it. Linear in the index: walk arrays with `elements`.
@@ -134,8 +141,15 @@ public:
     /// The entries of a dictionary in document order; nothing for other types.
     Range<EntryIterator> entries() const;
 
+    /// Whether both belong to one document, so that a key prepared with one serves the other.
+    bool sharesDocumentWith(const PropertyListView &other) const { return m_document == other.m_document; }
+    /// The same for two handles to one place of one document, different for any other two; nullptr for null. For
+    /// telling repeated values apart from equal ones, which `==` does not do, in constant time.
+    const void *identity() const;
+
     /// Whether both hold equal values of equal types. Dictionaries are compared without regard to order. Integers
-    /// compare by value, reals too (a NaN equals none), an integer never equals a real.
+    /// compare by value, reals too (a NaN equals none), an integer never equals a real. Of a key that occurs twice the
+    /// last one counts. Two null handles are equal. Linear in what the values hold.
     friend bool operator==(const PropertyListView &a, const PropertyListView &b) { return equal(a, b); }
 
 protected:
@@ -149,6 +163,8 @@ protected:
     quint32 m_row = 0;
 
 private:
+    friend class PropertyListDocument;
+    friend class PropertyListColumns;
     friend class PropertyListIndex;
     friend class PropertyListValue;
 };
@@ -174,6 +190,11 @@ public:
     }
     PropertyListValue at(qsizetype index) const { return PropertyListValue(PropertyListView::at(index)); }
 
+    /// The values at the positions, in the order of the positions. Cheaper than copying one after the other, since
+    /// neighbours that share a document are counted there at once.
+    static QList<PropertyListValue> select(const QList<PropertyListValue> &values,
+                                           std::span<const quint32> positions);
+
     /// Bytes that the whole document occupies: its text and 8 for every value.
     qsizetype memoryUse() const;
 };
@@ -188,17 +209,24 @@ public:
     using pointer = void;
     using reference = PropertyListView;
 
+    ElementIterator() = default;
     PropertyListView operator*() const { return PropertyListView(m_document, m_row); }
     ElementIterator &operator++();
+    ElementIterator operator++(int) { return std::exchange(*this, std::next(*this)); }
     friend bool operator==(const ElementIterator &a, const ElementIterator &b) { return a.m_row == b.m_row; }
 
 private:
     friend class PropertyListView;
+    ElementIterator(const PropertyListDocument *document, quint32 row)
+        : m_document(document)
+        , m_row(row)
+    { }
+
     const PropertyListDocument *m_document = nullptr;
     quint32 m_row = 0;
 };
 
-/// Walks a dictionary: dereferences to itself, with `key` and `value`.
+/// Walks a dictionary: dereferences to itself, with `key` and `value`. A copy stays at its entry.
 class PropertyListView::EntryIterator
 {
 public:
@@ -208,28 +236,36 @@ public:
     using pointer = void;
     using reference = const EntryIterator &;
 
+    EntryIterator() = default;
     const EntryIterator &operator*() const { return *this; }
     EntryIterator &operator++();
+    EntryIterator operator++(int) { return std::exchange(*this, std::next(*this)); }
     friend bool operator==(const EntryIterator &a, const EntryIterator &b) { return a.m_row == b.m_row; }
 
     QString key() const;
+    /// The key as UTF-8. Borrows the document's bytes where it can, as `toUtf8` of a value does.
     QByteArray utf8Key() const;
     PropertyListView value() const { return PropertyListView(m_document, m_valueRow); }
 
 private:
     friend class PropertyListView;
+    friend class PropertyListIndex;
+    EntryIterator(const PropertyListDocument *document, quint32 row);
+
     const PropertyListDocument *m_document = nullptr;
     quint32 m_row = 0; // of the key row, or of the value's where the key is interned
     quint32 m_valueRow = 0;
 };
 
-/// Finds entries of one large dictionary in constant time. Building it is linear in the entries and takes 8 to 16
-/// bytes for each. Keeps nothing alive: the document must outlive it.
+/// Finds entries of one large dictionary in constant time. Building it is linear in the entries; it takes 12 bytes for
+/// each key that is a decimal number, 48 for others. Keeps nothing alive: the document must outlive it. Immutable: any thread.
 class PropertyListIndex
 {
 public:
     PropertyListIndex() = default;
     explicit PropertyListIndex(const PropertyListView &dictionary);
+    /// Finds only the values that are accepted. Of a key that occurs twice the last value decides.
+    PropertyListIndex(const PropertyListView &dictionary, const std::function<bool(const PropertyListView &)> &accept);
 
     /// The value under the key, of several the last; null when there is none.
     PropertyListView value(QAnyStringView key) const;
@@ -237,12 +273,24 @@ public:
     PropertyListView value(qint64 number) const;
 
 private:
-    struct Slot {
-        quint32 hash = 0;
-        quint32 row = 0; // of the value; 0 for an empty slot, since row 0 is the root
+    struct NumberSlot {
+        quint32 number = 0;
+        quint32 valueRow = 0; // 0 for an empty slot, since row 0 is the root
     };
-    PropertyListView m_dictionary;
-    std::vector<Slot> m_slots;
+    struct TextSlot {
+        quint32 hash = 0;
+        quint32 valueRow = 0;
+        QByteArray key; // borrowed from the document unless it is escaped there
+    };
+    static constexpr quint32 Rejected = 0xFFFF'FFFF; // in place of a value's row
+
+    size_t slotOf(quint32 number) const;
+    size_t slotOf(quint32 hash, const QByteArray &key) const;
+    PropertyListView valueAt(quint32 row) const;
+
+    const PropertyListDocument *m_document = nullptr;
+    std::vector<NumberSlot> m_numbers; // keys that are the decimal text of a number
+    std::vector<TextSlot> m_texts; // all others
 };
 
 /// A reference number of a keyed archive, as it stands in a QVariant.

@@ -1,1 +1,0 @@
-// Keeps the library from being empty until its first class arrives.

@@ -1,0 +1,8 @@
+#include "ZRCommon/ZRApplicationExtensions.h"
+
+#include <QCoreApplication>
+
+QString ZRApplicationExtensions::applicationName()
+{
+    return QCoreApplication::applicationName();
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "ZRCommon/SongList.h"
+
+#include <QByteArray>
+#include <QStringView>
+
+#include <memory>
+#include <vector>
+
+class SongTexts;
+
+/// Searches one list of songs again and again, as the user types.
+///
+/// A song matches when the text occurs, without regard to case (canonical composition, then simple case
+/// folding), anywhere within its "Album", its "Artist", its "Genre" or its "Name". What is absent or no
+/// string never matches. The empty text occurs in no text and matches no song.
+///
+/// Making it folds the texts of all songs once. A search is one pass over them; while the user narrows the
+/// text down, so that it contains the one searched before, only the earlier hits are looked at once they are
+/// few.
+///
+/// One object belongs to one thread at a time.
+class ZRSongSearch
+{
+public:
+    explicit ZRSongSearch(const SongList &songs);
+    ZRSongSearch(ZRSongSearch &&) noexcept;
+    ZRSongSearch &operator=(ZRSongSearch &&) noexcept;
+    ~ZRSongSearch();
+
+    const SongList &songs() const { return m_songs; }
+    /// The songs that match, in the order of the list. A song that the list holds twice comes twice.
+    SongList songsMatchingString(QStringView string);
+
+private:
+    std::vector<quint32> hitsContaining(QByteArrayView needle) const;
+    SongList songsOfHits() const;
+
+    SongList m_songs;
+    std::unique_ptr<const SongTexts> m_texts;
+    QByteArray m_needle; // folded text of the last search
+    std::vector<quint32> m_hits; // the records that hold it, ascending
+};
