@@ -9,7 +9,8 @@
 #include <cmath>
 #include <numbers>
 
-namespace {
+namespace
+{
 
 constexpr double pi = std::numbers::pi;
 
@@ -18,13 +19,13 @@ struct Light {
     QColor zenith, sky, horizon, sun, near;
 };
 
-const Light dawn {0x3b4a78, 0xc98a9b, 0xfbd9b0, 0xfff3d6, 0x1f2440};
-const Light noon {0x2f77b8, 0x8fc1e3, 0xe6f1f4, 0xffffff, 0x24493d};
-const Light golden {0x49617f, 0xe9a15b, 0xffdf9e, 0xfff6dc, 0x3a2417};
-const Light dusk {0x1d1b4a, 0x8a3f78, 0xf28f6b, 0xffd9a8, 0x140f2b};
-const Light night {0x050b1e, 0x10234a, 0x35578a, 0xf3f1df, 0x040813};
-const Light winter {0x7f95ad, 0xbccbd8, 0xf3f4f3, 0xffffff, 0x37475a};
-const Light storm {0x2b333c, 0x5d6a72, 0xb7bdb6, 0xd9dcd2, 0x161c21};
+const Light dawn{0x3b4a78, 0xc98a9b, 0xfbd9b0, 0xfff3d6, 0x1f2440};
+const Light noon{0x2f77b8, 0x8fc1e3, 0xe6f1f4, 0xffffff, 0x24493d};
+const Light golden{0x49617f, 0xe9a15b, 0xffdf9e, 0xfff6dc, 0x3a2417};
+const Light dusk{0x1d1b4a, 0x8a3f78, 0xf28f6b, 0xffd9a8, 0x140f2b};
+const Light night{0x050b1e, 0x10234a, 0x35578a, 0xf3f1df, 0x040813};
+const Light winter{0x7f95ad, 0xbccbd8, 0xf3f4f3, 0xffffff, 0x37475a};
+const Light storm{0x2b333c, 0x5d6a72, 0xb7bdb6, 0xd9dcd2, 0x161c21};
 
 QColor mixed(const QColor &a, const QColor &b, double share)
 {
@@ -75,7 +76,8 @@ private:
     int m_octaves;
 };
 
-QPainterPath hillPath(const QSizeF &size, const Hills &hills, double baseline, double amplitude, double bottom)
+QPainterPath hillPath(const QSizeF &size, const Hills &hills, double baseline, double amplitude,
+                      double bottom)
 {
     QPainterPath path(QPointF(0, bottom));
     for (double x = 0; x <= size.width() + 2; x += 2)
@@ -141,8 +143,8 @@ void drawClouds(QPainter &painter, const QSizeF &size, quint32 seed, const QColo
 }
 
 /// Ranges of hills one behind the other, paler with distance, each with mist at its foot.
-void drawRanges(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, int ranges, double top,
-                double bottom, double roughness)
+void drawRanges(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, int ranges,
+                double top, double bottom, double roughness)
 {
     for (int range = 0; range < ranges; ++range) {
         const double nearness = double(range + 1) / ranges;
@@ -158,7 +160,8 @@ void drawRanges(QPainter &painter, const QSizeF &size, const Light &light, quint
     }
 }
 
-void drawSea(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, double horizon, double sunX)
+void drawSea(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, double horizon,
+             double sunX)
 {
     QLinearGradient water(0, horizon, 0, size.height());
     water.setColorAt(0, mixed(light.horizon, light.sky, 0.55));
@@ -186,14 +189,15 @@ void drawBoat(QPainter &painter, const QPointF &place, double height, const QCol
 {
     const auto at = [&](double x, double y) { return place + QPointF(x, y) * height; };
     painter.setBrush(sail);
-    painter.drawPolygon(QPolygonF {at(0.02, -1), at(0.02, -0.16), at(0.42, -0.16)});
+    painter.drawPolygon(QPolygonF{at(0.02, -1), at(0.02, -0.16), at(0.42, -0.16)});
     painter.setBrush(mixed(sail, hull, 0.25));
-    painter.drawPolygon(QPolygonF {at(-0.03, -0.88), at(-0.03, -0.16), at(-0.3, -0.16)});
+    painter.drawPolygon(QPolygonF{at(-0.03, -0.88), at(-0.03, -0.16), at(-0.3, -0.16)});
     painter.setBrush(hull);
-    painter.drawPolygon(QPolygonF {at(-0.38, -0.11), at(0.46, -0.11), at(0.34, 0.02), at(-0.28, 0.02)});
+    painter.drawPolygon(QPolygonF{at(-0.38, -0.11), at(0.46, -0.11), at(0.34, 0.02), at(-0.28, 0.02)});
     painter.setBrush(faded(sail, 0.22));
     for (int ripple = 0; ripple < 7; ++ripple)
-        painter.drawEllipse(at(0.03 * (ripple % 2), 0.08 + ripple * 0.07), (0.34 - ripple * 0.035) * height, 1.4);
+        painter.drawEllipse(at(0.03 * (ripple % 2), 0.08 + ripple * 0.07), (0.34 - ripple * 0.035) * height,
+                            1.4);
 }
 
 void drawPine(QPainter &painter, const QPointF &foot, double height, Random &random)
@@ -205,8 +209,8 @@ void drawPine(QPainter &painter, const QPointF &foot, double height, Random &ran
         const double left = height * 0.19 * (1 - share) * random.between(0.8, 1.1);
         const double right = height * 0.19 * (1 - share) * random.between(0.8, 1.1);
         const double hem = foot.y() - height * (0.07 + 0.8 * share);
-        painter.drawPolygon(QPolygonF {QPointF(foot.x() - left, hem), QPointF(foot.x(), hem - height * 0.03),
-                                       QPointF(foot.x() + right, hem), QPointF(foot.x(), hem - height * 0.2)});
+        painter.drawPolygon(QPolygonF{QPointF(foot.x() - left, hem), QPointF(foot.x(), hem - height * 0.03),
+                                      QPointF(foot.x() + right, hem), QPointF(foot.x(), hem - height * 0.2)});
     }
 }
 
@@ -218,16 +222,18 @@ void drawForest(QPainter &painter, const QSizeF &size, const Light &light, quint
     constexpr int rows = 6;
     for (int row = 0; row < rows; ++row) {
         const double nearness = double(row + 1) / rows;
-        const QColor colour = mixed(mixed(light.horizon, light.sky, 0.3), light.near, std::pow(nearness, 1.1));
+        const QColor colour =
+            mixed(mixed(light.horizon, light.sky, 0.3), light.near, std::pow(nearness, 1.1));
         const double ground = size.height() * (0.5 + 0.62 * std::pow(nearness, 1.4));
         const Hills hills(seed + quint32(row), 1.6, 3);
         painter.fillPath(hillPath(size, hills, ground, size.height() * 0.06, size.height()), colour);
         painter.setBrush(colour);
         const double spacing = size.width() * (0.018 + 0.05 * nearness);
         for (double x = -spacing; x < size.width() + spacing; x += spacing * random.between(0.5, 1.4)) {
-            const double foot = ground - size.height() * 0.06 * hills.at(std::clamp(x / size.width(), 0.0, 1.0));
-            drawPine(painter, QPointF(x, foot + 6), size.height() * (0.1 + 0.42 * nearness * nearness)
-                         * random.between(0.65, 1.15), random);
+            const double foot =
+                ground - size.height() * 0.06 * hills.at(std::clamp(x / size.width(), 0.0, 1.0));
+            drawPine(painter, QPointF(x, foot + 6),
+                     size.height() * (0.1 + 0.42 * nearness * nearness) * random.between(0.65, 1.15), random);
         }
         QLinearGradient mist(0, ground - size.height() * 0.22, 0, ground + size.height() * 0.1);
         mist.setColorAt(0, faded(light.horizon, 0));
@@ -236,8 +242,8 @@ void drawForest(QPainter &painter, const QSizeF &size, const Light &light, quint
     }
 }
 
-// One dune with the light from its left: the whole in light, and a shadow to the right of an edge that winds down
-// from the crest.
+// One dune with the light from its left: the whole in light, and a shadow to the right of an edge that winds
+// down from the crest.
 void drawDune(QPainter &painter, const QPointF &foot, const QSizeF &extent, double bottom, const QColor &lit,
               const QColor &shaded)
 {
@@ -247,10 +253,11 @@ void drawDune(QPainter &painter, const QPointF &foot, const QSizeF &extent, doub
     const double base = foot.y();
     const QPointF crest(foot.x(), base - extent.height());
     QPainterPath lee(crest);
-    lee.cubicTo(foot.x() + width * 0.08, base - extent.height() * 0.62, foot.x() + width * 0.2, base, right, base);
+    lee.cubicTo(foot.x() + width * 0.08, base - extent.height() * 0.62, foot.x() + width * 0.2, base, right,
+                base);
     QPainterPath body(QPointF(left, base));
-    body.cubicTo(foot.x() - width * 0.36, base, foot.x() - width * 0.12, base - extent.height() * 0.86, crest.x(),
-                 crest.y());
+    body.cubicTo(foot.x() - width * 0.36, base, foot.x() - width * 0.12, base - extent.height() * 0.86,
+                 crest.x(), crest.y());
     body.connectPath(lee);
     body.closeSubpath();
     QLinearGradient sand(left, base, crest.x(), crest.y());
@@ -279,7 +286,7 @@ void drawDunes(QPainter &painter, const QSizeF &size, const Light &light, quint3
     Random random(seed);
     const QColor haze = mixed(light.horizon, light.sky, 0.4);
     constexpr int dunes = 8;
-    const std::array<double, dunes> places {0.15, 0.62, 0.95, 0.36, 0.8, 0.1, 0.7, 0.28};
+    const std::array<double, dunes> places{0.15, 0.62, 0.95, 0.36, 0.8, 0.1, 0.7, 0.28};
     for (int dune = 0; dune < dunes; ++dune) {
         const double nearness = double(dune + 1) / dunes;
         const double base = size.height() * (0.53 + 0.4 * std::pow(nearness, 1.6));
@@ -353,7 +360,8 @@ Draw mountains(const Light &light, quint32 seed, QPointF sun, double roughness)
             drawStars(painter, size, seed, size.height() * 0.7);
         else if (light.zenith != dawn.zenith)
             drawClouds(painter, size, seed, mixed(light.horizon, light.sun, 0.5), size.height() * 0.5);
-        drawSun(painter, QPointF(sun.x() * size.width(), sun.y() * size.height()), size.height() * 0.035, light.sun);
+        drawSun(painter, QPointF(sun.x() * size.width(), sun.y() * size.height()), size.height() * 0.035,
+                light.sun);
         drawRanges(painter, size, light, seed, 6, 0.42, 0.93, roughness);
     };
 }
@@ -364,17 +372,19 @@ Draw coast(const Light &light, quint32 seed, double sunX, double sunY, bool boat
         const double horizon = size.height() * 0.56;
         drawSky(painter, size, light, horizon);
         drawClouds(painter, size, seed, mixed(light.horizon, light.sun, 0.4), horizon);
-        drawSun(painter, QPointF(sunX * size.width(), sunY * size.height()), size.height() * 0.038, light.sun);
+        drawSun(painter, QPointF(sunX * size.width(), sunY * size.height()), size.height() * 0.038,
+                light.sun);
         painter.save();
         painter.setClipRect(QRectF(0, 0, size.width(), horizon));
         const Hills headland(seed, 1.4, 5);
-        painter.fillPath(hillPath(size, headland, horizon + size.height() * 0.012, size.height() * 0.11, horizon),
-                         mixed(light.horizon, light.near, 0.55));
+        painter.fillPath(
+            hillPath(size, headland, horizon + size.height() * 0.012, size.height() * 0.11, horizon),
+            mixed(light.horizon, light.near, 0.55));
         painter.restore();
         drawSea(painter, size, light, seed, horizon, sunX * size.width());
         if (boat)
-            drawBoat(painter, QPointF(size.width() * 0.3, size.height() * 0.7), size.height() * 0.2, light.near,
-                     mixed(light.sun, light.horizon, 0.25));
+            drawBoat(painter, QPointF(size.width() * 0.3, size.height() * 0.7), size.height() * 0.2,
+                     light.near, mixed(light.sun, light.horizon, 0.25));
     };
 }
 
@@ -413,7 +423,8 @@ QList<Picture> landscapes()
     constexpr QSize tall(960, 1440);
     constexpr QSize panorama(1920, 800);
     const auto photo = [](const char *caption, const char *file, QSize size, Draw draw, int orientation = 1) {
-        return Picture {QString::fromUtf8(caption), QString::fromUtf8(file), size, std::move(draw), true, orientation};
+        return Picture{
+            QString::fromUtf8(caption), QString::fromUtf8(file), size, std::move(draw), true, orientation};
     };
     return {
         photo("First light over the Karwendel", "IMG_0101.JPG", wide, mountains(dawn, 11, {0.32, 0.42}, 0.6)),
@@ -432,8 +443,9 @@ QList<Picture> landscapes()
         photo("Mirror lake at dusk", "IMG_0121.JPG", wide, lake(dusk, 40), 3),
         photo("Forest in the fog", "IMG_0130.JPG", wide,
               [](QPainter &painter, const QSizeF &size) { drawForest(painter, size, winter, 8); }),
-        photo("Last sun in the pines", "IMG_0131.JPG", tall,
-              [](QPainter &painter, const QSizeF &size) { drawForest(painter, size, golden, 19); }, 5),
+        photo(
+            "Last sun in the pines", "IMG_0131.JPG", tall,
+            [](QPainter &painter, const QSizeF &size) { drawForest(painter, size, golden, 19); }, 5),
         photo("Dunes near Merzouga", "IMG_0140.JPG", wide,
               [](QPainter &painter, const QSizeF &size) { drawDunes(painter, size, golden, 4); }),
         photo("Harbour lights", "IMG_0150.tif", wide, town(night, 16)),

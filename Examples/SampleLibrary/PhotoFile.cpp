@@ -7,14 +7,22 @@ QImage turnedForOrientation(const QImage &image, int orientation)
 {
     // What a reader does for each orientation, undone.
     switch (orientation) {
-    case 2: return image.mirrored(true, false);
-    case 3: return image.mirrored(true, true);
-    case 4: return image.mirrored(false, true);
-    case 5: return image.transformed(QTransform().rotate(-90)).mirrored(false, true);
-    case 6: return image.transformed(QTransform().rotate(-90));
-    case 7: return image.transformed(QTransform().rotate(90)).mirrored(false, true);
-    case 8: return image.transformed(QTransform().rotate(90));
-    default: return image;
+    case 2:
+        return image.mirrored(true, false);
+    case 3:
+        return image.mirrored(true, true);
+    case 4:
+        return image.mirrored(false, true);
+    case 5:
+        return image.transformed(QTransform().rotate(-90)).mirrored(false, true);
+    case 6:
+        return image.transformed(QTransform().rotate(-90));
+    case 7:
+        return image.transformed(QTransform().rotate(90)).mirrored(false, true);
+    case 8:
+        return image.transformed(QTransform().rotate(90));
+    default:
+        return image;
     }
 }
 

@@ -10,7 +10,8 @@
 #include <QFileInfo>
 #include <QImageWriter>
 
-namespace {
+namespace
+{
 
 /// Where the library stood when its database was written.
 const QString formerFolder = QStringLiteral("/Users/marlene/Pictures/iPhoto Library");
@@ -47,7 +48,8 @@ QByteArray originalBytes(const Picture &picture, const QImage &upright, const QD
     const QByteArray bytes = encoded(stored, format, format == "png" ? -1 : 88);
     if (format != "jpg" || bytes.isEmpty())
         return bytes;
-    return withExif(bytes, picture.orientation, takenAt.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")).toLatin1());
+    return withExif(bytes, picture.orientation,
+                    takenAt.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")).toLatin1());
 }
 
 QVariantMap photoEntry(const Picture &picture, int roll, const QString &imagePath, const QString &thumbPath,
@@ -79,7 +81,8 @@ public:
         ++m_roll;
         QDateTime takenAt = roll.first;
         for (const Picture &picture : roll.pictures) {
-            const QString original = QStringLiteral("Originals/") + roll.folder + QLatin1Char('/') + picture.fileName;
+            const QString original =
+                QStringLiteral("Originals/") + roll.folder + QLatin1Char('/') + picture.fileName;
             const QString thumb = QStringLiteral("Thumbs/%1.jpg").arg(nextKey());
             const QImage upright = drawPicture(picture);
             const QImage small = upright.scaled(240, 240, Qt::KeepAspectRatio, Qt::SmoothTransformation);
@@ -106,11 +109,11 @@ public:
 
     void addAlbum(const QString &name, const QStringList &keys, bool isWholeLibrary = false)
     {
-        QVariantMap album {{QStringLiteral("AlbumId"), 900 + m_albums.size()},
-                           {QStringLiteral("AlbumName"), name},
-                           {QStringLiteral("Album Type"), QStringLiteral("Regular")},
-                           {QStringLiteral("KeyList"), keys},
-                           {QStringLiteral("PhotoCount"), keys.size()}};
+        QVariantMap album{{QStringLiteral("AlbumId"), 900 + m_albums.size()},
+                          {QStringLiteral("AlbumName"), name},
+                          {QStringLiteral("Album Type"), QStringLiteral("Regular")},
+                          {QStringLiteral("KeyList"), keys},
+                          {QStringLiteral("PhotoCount"), keys.size()}};
         if (isWholeLibrary)
             album[QStringLiteral("Master")] = true;
         m_albums.append(album);
@@ -139,14 +142,14 @@ public:
 
     std::optional<QString> writeDatabase() const
     {
-        const QVariantMap root {{QStringLiteral("Application Version"), QStringLiteral("6.0.5 (316)")},
-                                {QStringLiteral("Archive Path"), formerFolder},
-                                {QStringLiteral("Major Version"), 2},
-                                {QStringLiteral("Minor Version"), 0},
-                                {QStringLiteral("List of Albums"), m_albums},
-                                {QStringLiteral("Master Image List"), m_images}};
-        const auto error
-            = platform::PropertyList::writeXmlFile(inLibrary(QStringLiteral("AlbumData.xml")), root);
+        const QVariantMap root{{QStringLiteral("Application Version"), QStringLiteral("6.0.5 (316)")},
+                               {QStringLiteral("Archive Path"), formerFolder},
+                               {QStringLiteral("Major Version"), 2},
+                               {QStringLiteral("Minor Version"), 0},
+                               {QStringLiteral("List of Albums"), m_albums},
+                               {QStringLiteral("Master Image List"), m_images}};
+        const auto error =
+            platform::PropertyList::writeXmlFile(inLibrary(QStringLiteral("AlbumData.xml")), root);
         return error ? std::optional(error->toString()) : std::nullopt;
     }
 
@@ -175,7 +178,8 @@ std::optional<QString> makePhotoLibrary(const QString &folder)
     PhotoLibraryMaker maker(folder);
     const Roll rolls[] = {
         {QStringLiteral("2006/Summer"), landscapes(), QDateTime(QDate(2006, 7, 15), QTime(5, 12), Qt::UTC)},
-        {QStringLiteral("2006/Kitchen Table"), stillLifes(), QDateTime(QDate(2006, 10, 3), QTime(9, 30), Qt::UTC)},
+        {QStringLiteral("2006/Kitchen Table"), stillLifes(),
+         QDateTime(QDate(2006, 10, 3), QTime(9, 30), Qt::UTC)},
         {QStringLiteral("2007/Posters"), posters(), QDateTime(QDate(2007, 2, 20), QTime(18, 0), Qt::UTC)},
     };
     QList<qsizetype> ends;
@@ -193,6 +197,7 @@ std::optional<QString> makePhotoLibrary(const QString &folder)
     maker.addAlbum(QStringLiteral("Plakate – Posters"), maker.keys(ends[1], ends[2]));
     maker.addAlbum(QStringLiteral("Best of the Year"),
                    {maker.keyOf(QStringLiteral("Heading home")), maker.keyOf(QStringLiteral("Three pears")),
-                    maker.keyOf(QStringLiteral("Beach.JPG")), maker.keyOf(QStringLiteral("Klang – Neue Musik"))});
+                    maker.keyOf(QStringLiteral("Beach.JPG")),
+                    maker.keyOf(QStringLiteral("Klang – Neue Musik"))});
     return maker.writeDatabase();
 }

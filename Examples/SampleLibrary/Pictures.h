@@ -9,8 +9,8 @@
 
 class QPainter;
 
-/// The pictures of the sample photo library. They are drawn, so that the project carries no image files, and drawn
-/// from fixed seeds, so that every build makes the same ones.
+/// The pictures of the sample photo library. They are drawn, so that the project carries no image files, and
+/// drawn from fixed seeds, so that every build makes the same ones.
 
 /// A source of numbers that gives the same ones for the same seed.
 class Random
@@ -29,9 +29,9 @@ private:
 
 /// One picture, its place in the library, and how to draw it.
 struct Picture {
-    QString caption;  ///< As the album database holds it.
+    QString caption; ///< As the album database holds it.
     QString fileName; ///< With the suffix of the format to store it in.
-    QSize size;       ///< Pixels, as it is looked at.
+    QSize size; ///< Pixels, as it is looked at.
     std::function<void(QPainter &painter, const QSizeF &size)> draw;
     bool isPhoto = true; ///< Gets a lens's vignette and a film's grain; posters stay flat.
     int orientation = 1; ///< The EXIF orientation to store the pixels in, 1 to 8.

@@ -4,15 +4,18 @@
 #include <QList>
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 constexpr int rate = 16'000; // samples per second
 constexpr int samples = rate * 2;
 
-/// A plucked string after Karplus and Strong (1983): noise in a loop that loses its high tones as it goes round.
+/// A plucked string after Karplus and Strong (1983): noise in a loop that loses its high tones as it goes
+/// round.
 void addString(QList<double> &sound, int start, double frequency, QRandomGenerator &random)
 {
     QList<double> loop(qsizetype(rate / frequency));
@@ -30,7 +33,7 @@ void addString(QList<double> &sound, int start, double frequency, QRandomGenerat
 
 QByteArray toneFile(quint32 seed)
 {
-    constexpr std::array scale {0, 3, 5, 7, 10, 12, 15}; // a minor pentatonic, in semitones
+    constexpr std::array scale{0, 3, 5, 7, 10, 12, 15}; // a minor pentatonic, in semitones
     QRandomGenerator random(seed);
     QList<double> sound(samples, 0.0);
     const double root = 146.83 * std::pow(2, random.bounded(8) / 12.0);
@@ -45,7 +48,8 @@ QByteArray toneFile(quint32 seed)
     out.writeRawData("RIFF", 4);
     out << quint32(36 + samples * 2);
     out.writeRawData("WAVEfmt ", 8);
-    out << quint32(16) << quint16(1) << quint16(1) << quint32(rate) << quint32(rate * 2) << quint16(2) << quint16(16);
+    out << quint32(16) << quint16(1) << quint16(1) << quint32(rate) << quint32(rate * 2) << quint16(2)
+        << quint16(16);
     out.writeRawData("data", 4);
     out << quint32(samples * 2);
     for (qsizetype i = 0; i < samples; ++i) {
