@@ -1,0 +1,131 @@
+#include "Arguments.h"
+
+#include "Text.h"
+
+#include <QCommandLineParser>
+
+#include <array>
+
+namespace {
+
+using Command = Arguments::Command;
+
+struct Syntax {
+    const char *name;
+    Command command;
+    qsizetype positional; // words behind the command
+    bool takesSearch;
+    bool takesSort;
+};
+
+constexpr std::array syntaxes {
+    Syntax {"plist", Command::Plist, 1, false, false}, Syntax {"playlists", Command::Playlists, 1, false, false},
+    Syntax {"songs", Command::Songs, 2, true, true}, Syntax {"albums", Command::Albums, 1, false, false},
+    Syntax {"photos", Command::Photos, 2, true, false}};
+
+const Syntax *syntaxNamed(const QString &name)
+{
+    const auto found = std::find_if(syntaxes.begin(), syntaxes.end(),
+                                    [&](const Syntax &syntax) { return name == QLatin1String(syntax.name); });
+    return found == syntaxes.end() ? nullptr : found;
+}
+
+std::optional<Arguments::Column> columnNamed(const QString &name)
+{
+    if (name == QLatin1String("Song"))
+        return Arguments::Column::Song;
+    if (name == QLatin1String("Artist"))
+        return Arguments::Column::Artist;
+    if (name == QLatin1String("Time"))
+        return Arguments::Column::Time;
+    return {};
+}
+
+const QCommandLineOption searchOption(QStringLiteral("search"), {}, QStringLiteral("text"));
+const QCommandLineOption sortOption(QStringLiteral("sort"), {}, QStringLiteral("column"));
+const QCommandLineOption descendingOption(QStringLiteral("descending"));
+const QCommandLineOption timingsOption(QStringLiteral("timings"));
+const QCommandLineOption helpOption({QStringLiteral("h"), QStringLiteral("help")});
+const QCommandLineOption versionOption(QStringLiteral("version"));
+
+std::variant<Arguments, Information, UsageError> checked(const QCommandLineParser &parser)
+{
+    QStringList words = parser.positionalArguments();
+    if (words.isEmpty())
+        return UsageError {text("no command given")};
+    const QString name = words.takeFirst();
+    const Syntax *syntax = syntaxNamed(name);
+    if (!syntax)
+        return UsageError {text("there is no command \"%1\"").arg(name)};
+    if (words.size() < syntax->positional)
+        return UsageError {text("too few arguments for \"%1\"").arg(name)};
+    if (words.size() > syntax->positional)
+        return UsageError {text("too many arguments for \"%1\"").arg(name)};
+    if (parser.isSet(searchOption) && !syntax->takesSearch)
+        return UsageError {text("\"%1\" takes no %2").arg(name, QStringLiteral("--search"))};
+    if (parser.isSet(sortOption) && !syntax->takesSort)
+        return UsageError {text("\"%1\" takes no %2").arg(name, QStringLiteral("--sort"))};
+    if (parser.isSet(descendingOption) && !parser.isSet(sortOption))
+        return UsageError {text("--descending needs --sort")};
+
+    Arguments arguments;
+    arguments.command = syntax->command;
+    arguments.file = words.value(0);
+    arguments.collection = words.value(1);
+    arguments.search = parser.value(searchOption);
+    if (parser.isSet(sortOption)) {
+        arguments.sortColumn = columnNamed(parser.value(sortOption));
+        if (!arguments.sortColumn)
+            return UsageError {text("\"%1\" is none of Song, Artist and Time").arg(parser.value(sortOption))};
+    }
+    arguments.isDescending = parser.isSet(descendingOption);
+    arguments.showsTimings = parser.isSet(timingsOption);
+    return arguments;
+}
+
+QString helpText()
+{
+    return usageText() + QLatin1Char('\n')
+        + text("plist      any property list as JSON\n"
+               "playlists  the names of a music library's playlists\n"
+               "songs      the songs of a playlist, each with every key of its track dictionary\n"
+               "albums     the names of a photo library's albums\n"
+               "photos     the photos of an album: title, imagePath, creationDate\n"
+               "\n"
+               "--search TEXT    only songs with the text in their name, artist, album or genre, only photos with\n"
+               "                 the text in their caption, without regard to case\n"
+               "--sort COLUMN    songs in the order of Song, Artist or Time\n"
+               "--descending     in the opposite order\n"
+               "--timings        one line of JSON on standard error: seconds for reading the file, parsing it,\n"
+               "                 listing, searching and sorting\n"
+               "--help, --version\n"
+               "\n"
+               "JSON in UTF-8 goes to standard output, everything else to standard error.\n"
+               "Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted.\n");
+}
+
+} // namespace
+
+std::variant<Arguments, Information, UsageError> parseArguments(const QStringList &words)
+{
+    QCommandLineParser parser;
+    parser.addOptions({searchOption, sortOption, descendingOption, timingsOption, helpOption, versionOption});
+    // The parser takes the first word for the program's name.
+    if (!parser.parse(QStringList {QStringLiteral("zrmedia")} + words))
+        return UsageError {parser.errorText()};
+    if (parser.isSet(helpOption))
+        return Information {helpText()};
+    if (parser.isSet(versionOption))
+        return Information {QStringLiteral("zrmedia " ZR_VERSION "\n")};
+    return checked(parser);
+}
+
+QString usageText()
+{
+    return text("usage: zrmedia plist FILE\n"
+                "       zrmedia playlists LIBRARY\n"
+                "       zrmedia songs LIBRARY PLAYLIST [--search TEXT] [--sort Song|Artist|Time] [--descending]\n"
+                "       zrmedia albums ALBUMDATA\n"
+                "       zrmedia photos ALBUMDATA ALBUM [--search TEXT]\n"
+                "Each also takes --timings; --help tells more.\n");
+}
