@@ -1,6 +1,7 @@
 #include "PhotoFile.h"
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QTransform>
 
 QImage turnedForOrientation(const QImage &image, int orientation)

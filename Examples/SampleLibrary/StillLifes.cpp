@@ -18,12 +18,6 @@ struct Room {
     double edge = 0.62; ///< Where the table's far edge lies, as a share of the height.
 };
 
-QColor faded(QColor colour, double opacity)
-{
-    colour.setAlphaF(float(opacity));
-    return colour;
-}
-
 void drawRoom(QPainter &painter, const QSizeF &size, const Room &room)
 {
     QRadialGradient wall(size.width() * 0.25, size.height() * 0.15, size.width() * 1.05);

@@ -1,6 +1,7 @@
 #include "ToneFile.h"
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QList>
 #include <QRandomGenerator>
 

@@ -5,14 +5,20 @@
 #include "Libraries.h"
 
 #include <QDir>
+#include <QFile>
 #include <QGuiApplication>
+#include <QTemporaryDir>
 
 #include <cstdio>
 
 int main(int argc, char **argv)
 {
-    // Text is drawn, which takes an application object, but never on a screen.
+    // Text is drawn, which takes an application object, but never on a screen. What it and the fonts want to keep on
+    // disk goes with the process.
+    const QTemporaryDir scratch;
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    for (const char *variable : {"XDG_RUNTIME_DIR", "XDG_CACHE_HOME"})
+        qputenv(variable, QFile::encodeName(scratch.path()));
     QGuiApplication application(argc, argv);
     if (argc != 2) {
         std::fputs("usage: make_sample_library FOLDER\n", stderr);

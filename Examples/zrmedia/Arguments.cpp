@@ -4,11 +4,13 @@
 
 #include <QCommandLineParser>
 
+#include <algorithm>
 #include <array>
 
 namespace {
 
 using Command = Arguments::Command;
+using iTunesSortingForZR::Column;
 
 struct Syntax {
     const char *name;
@@ -30,23 +32,23 @@ const Syntax *syntaxNamed(const QString &name)
     return found == syntaxes.end() ? nullptr : found;
 }
 
-std::optional<Arguments::Column> columnNamed(const QString &name)
+std::optional<Column> columnNamed(const QString &name)
 {
     if (name == QLatin1String("Song"))
-        return Arguments::Column::Song;
+        return Column::Song;
     if (name == QLatin1String("Artist"))
-        return Arguments::Column::Artist;
+        return Column::Artist;
     if (name == QLatin1String("Time"))
-        return Arguments::Column::Time;
+        return Column::Time;
     return {};
 }
 
-const QCommandLineOption searchOption(QStringLiteral("search"), {}, QStringLiteral("text"));
-const QCommandLineOption sortOption(QStringLiteral("sort"), {}, QStringLiteral("column"));
-const QCommandLineOption descendingOption(QStringLiteral("descending"));
-const QCommandLineOption timingsOption(QStringLiteral("timings"));
-const QCommandLineOption helpOption({QStringLiteral("h"), QStringLiteral("help")});
-const QCommandLineOption versionOption(QStringLiteral("version"));
+const QString searchName = QStringLiteral("search");
+const QString sortName = QStringLiteral("sort");
+const QString descendingName = QStringLiteral("descending");
+const QString timingsName = QStringLiteral("timings");
+const QString helpName = QStringLiteral("help");
+const QString versionName = QStringLiteral("version");
 
 std::variant<Arguments, Information, UsageError> checked(const QCommandLineParser &parser)
 {
@@ -61,25 +63,25 @@ std::variant<Arguments, Information, UsageError> checked(const QCommandLineParse
         return UsageError {text("too few arguments for \"%1\"").arg(name)};
     if (words.size() > syntax->positional)
         return UsageError {text("too many arguments for \"%1\"").arg(name)};
-    if (parser.isSet(searchOption) && !syntax->takesSearch)
+    if (parser.isSet(searchName) && !syntax->takesSearch)
         return UsageError {text("\"%1\" takes no %2").arg(name, QStringLiteral("--search"))};
-    if (parser.isSet(sortOption) && !syntax->takesSort)
+    if (parser.isSet(sortName) && !syntax->takesSort)
         return UsageError {text("\"%1\" takes no %2").arg(name, QStringLiteral("--sort"))};
-    if (parser.isSet(descendingOption) && !parser.isSet(sortOption))
+    if (parser.isSet(descendingName) && !parser.isSet(sortName))
         return UsageError {text("--descending needs --sort")};
 
     Arguments arguments;
     arguments.command = syntax->command;
     arguments.file = words.value(0);
     arguments.collection = words.value(1);
-    arguments.search = parser.value(searchOption);
-    if (parser.isSet(sortOption)) {
-        arguments.sortColumn = columnNamed(parser.value(sortOption));
+    arguments.search = parser.value(searchName);
+    if (parser.isSet(sortName)) {
+        arguments.sortColumn = columnNamed(parser.value(sortName));
         if (!arguments.sortColumn)
-            return UsageError {text("\"%1\" is none of Song, Artist and Time").arg(parser.value(sortOption))};
+            return UsageError {text("\"%1\" is none of Song, Artist and Time").arg(parser.value(sortName))};
     }
-    arguments.isDescending = parser.isSet(descendingOption);
-    arguments.showsTimings = parser.isSet(timingsOption);
+    arguments.isDescending = parser.isSet(descendingName);
+    arguments.showsTimings = parser.isSet(timingsName);
     return arguments;
 }
 
@@ -109,13 +111,18 @@ QString helpText()
 std::variant<Arguments, Information, UsageError> parseArguments(const QStringList &words)
 {
     QCommandLineParser parser;
-    parser.addOptions({searchOption, sortOption, descendingOption, timingsOption, helpOption, versionOption});
+    parser.addOptions({{searchName, {}, QStringLiteral("text")},
+                       {sortName, {}, QStringLiteral("column")},
+                       {descendingName},
+                       {timingsName},
+                       {{QStringLiteral("h"), helpName}},
+                       {versionName}});
     // The parser takes the first word for the program's name.
     if (!parser.parse(QStringList {QStringLiteral("zrmedia")} + words))
         return UsageError {parser.errorText()};
-    if (parser.isSet(helpOption))
+    if (parser.isSet(helpName))
         return Information {helpText()};
-    if (parser.isSet(versionOption))
+    if (parser.isSet(versionName))
         return Information {QStringLiteral("zrmedia " ZR_VERSION "\n")};
     return checked(parser);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ZRCommon/iTunesSortingForZR.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -9,13 +11,12 @@
 /// What a call of the program asks for.
 struct Arguments {
     enum class Command { Plist, Playlists, Songs, Albums, Photos };
-    enum class Column { Song, Artist, Time };
 
     Command command = Command::Plist;
     QString file;
     QString collection; ///< The playlist or album.
     QString search; ///< Everything when empty.
-    std::optional<Column> sortColumn;
+    std::optional<iTunesSortingForZR::Column> sortColumn;
     bool isDescending = false;
     bool showsTimings = false;
 };

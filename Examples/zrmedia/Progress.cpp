@@ -64,6 +64,16 @@ QString Progress::text(const QString &task, const QString &unit, qint64 done, qi
     return text;
 }
 
+void Progress::wipeFromSignalHandler()
+{
+    constexpr char wipe[] = "\r\033[K";
+#ifdef Q_OS_WIN
+    [[maybe_unused]] const auto written = _write(_fileno(stderr), wipe, sizeof wipe - 1);
+#else
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, wipe, sizeof wipe - 1);
+#endif
+}
+
 void Progress::look(qint64 done)
 {
     const qint64 now = m_clock.elapsed();

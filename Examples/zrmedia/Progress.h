@@ -30,6 +30,9 @@ public:
     /// "Reading: 120 of 182 MB, 950 MB/s, 1 s left", with the parts left out that are not known yet.
     static QString text(const QString &task, const QString &unit, qint64 done, qint64 total, double seconds);
 
+    /// Clears the terminal's line; may be called in a signal handler.
+    static void wipeFromSignalHandler();
+
 private:
     void look(qint64 done);
 
