@@ -9,8 +9,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace
-{
+namespace {
 
 constexpr double pi = std::numbers::pi;
 
@@ -76,8 +75,7 @@ private:
     int m_octaves;
 };
 
-QPainterPath hillPath(const QSizeF &size, const Hills &hills, double baseline, double amplitude,
-                      double bottom)
+QPainterPath hillPath(const QSizeF &size, const Hills &hills, double baseline, double amplitude, double bottom)
 {
     QPainterPath path(QPointF(0, bottom));
     for (double x = 0; x <= size.width() + 2; x += 2)
@@ -143,8 +141,8 @@ void drawClouds(QPainter &painter, const QSizeF &size, quint32 seed, const QColo
 }
 
 /// Ranges of hills one behind the other, paler with distance, each with mist at its foot.
-void drawRanges(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, int ranges,
-                double top, double bottom, double roughness)
+void drawRanges(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, int ranges, double top,
+                double bottom, double roughness)
 {
     for (int range = 0; range < ranges; ++range) {
         const double nearness = double(range + 1) / ranges;
@@ -160,8 +158,7 @@ void drawRanges(QPainter &painter, const QSizeF &size, const Light &light, quint
     }
 }
 
-void drawSea(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, double horizon,
-             double sunX)
+void drawSea(QPainter &painter, const QSizeF &size, const Light &light, quint32 seed, double horizon, double sunX)
 {
     QLinearGradient water(0, horizon, 0, size.height());
     water.setColorAt(0, mixed(light.horizon, light.sky, 0.55));
@@ -196,8 +193,7 @@ void drawBoat(QPainter &painter, const QPointF &place, double height, const QCol
     painter.drawPolygon(QPolygonF{at(-0.38, -0.11), at(0.46, -0.11), at(0.34, 0.02), at(-0.28, 0.02)});
     painter.setBrush(faded(sail, 0.22));
     for (int ripple = 0; ripple < 7; ++ripple)
-        painter.drawEllipse(at(0.03 * (ripple % 2), 0.08 + ripple * 0.07), (0.34 - ripple * 0.035) * height,
-                            1.4);
+        painter.drawEllipse(at(0.03 * (ripple % 2), 0.08 + ripple * 0.07), (0.34 - ripple * 0.035) * height, 1.4);
 }
 
 void drawPine(QPainter &painter, const QPointF &foot, double height, Random &random)
@@ -222,16 +218,14 @@ void drawForest(QPainter &painter, const QSizeF &size, const Light &light, quint
     constexpr int rows = 6;
     for (int row = 0; row < rows; ++row) {
         const double nearness = double(row + 1) / rows;
-        const QColor colour =
-            mixed(mixed(light.horizon, light.sky, 0.3), light.near, std::pow(nearness, 1.1));
+        const QColor colour = mixed(mixed(light.horizon, light.sky, 0.3), light.near, std::pow(nearness, 1.1));
         const double ground = size.height() * (0.5 + 0.62 * std::pow(nearness, 1.4));
         const Hills hills(seed + quint32(row), 1.6, 3);
         painter.fillPath(hillPath(size, hills, ground, size.height() * 0.06, size.height()), colour);
         painter.setBrush(colour);
         const double spacing = size.width() * (0.018 + 0.05 * nearness);
         for (double x = -spacing; x < size.width() + spacing; x += spacing * random.between(0.5, 1.4)) {
-            const double foot =
-                ground - size.height() * 0.06 * hills.at(std::clamp(x / size.width(), 0.0, 1.0));
+            const double foot = ground - size.height() * 0.06 * hills.at(std::clamp(x / size.width(), 0.0, 1.0));
             drawPine(painter, QPointF(x, foot + 6),
                      size.height() * (0.1 + 0.42 * nearness * nearness) * random.between(0.65, 1.15), random);
         }
@@ -253,11 +247,10 @@ void drawDune(QPainter &painter, const QPointF &foot, const QSizeF &extent, doub
     const double base = foot.y();
     const QPointF crest(foot.x(), base - extent.height());
     QPainterPath lee(crest);
-    lee.cubicTo(foot.x() + width * 0.08, base - extent.height() * 0.62, foot.x() + width * 0.2, base, right,
-                base);
+    lee.cubicTo(foot.x() + width * 0.08, base - extent.height() * 0.62, foot.x() + width * 0.2, base, right, base);
     QPainterPath body(QPointF(left, base));
-    body.cubicTo(foot.x() - width * 0.36, base, foot.x() - width * 0.12, base - extent.height() * 0.86,
-                 crest.x(), crest.y());
+    body.cubicTo(foot.x() - width * 0.36, base, foot.x() - width * 0.12, base - extent.height() * 0.86, crest.x(),
+                 crest.y());
     body.connectPath(lee);
     body.closeSubpath();
     QLinearGradient sand(left, base, crest.x(), crest.y());
@@ -360,8 +353,7 @@ Draw mountains(const Light &light, quint32 seed, QPointF sun, double roughness)
             drawStars(painter, size, seed, size.height() * 0.7);
         else if (light.zenith != dawn.zenith)
             drawClouds(painter, size, seed, mixed(light.horizon, light.sun, 0.5), size.height() * 0.5);
-        drawSun(painter, QPointF(sun.x() * size.width(), sun.y() * size.height()), size.height() * 0.035,
-                light.sun);
+        drawSun(painter, QPointF(sun.x() * size.width(), sun.y() * size.height()), size.height() * 0.035, light.sun);
         drawRanges(painter, size, light, seed, 6, 0.42, 0.93, roughness);
     };
 }
@@ -372,19 +364,17 @@ Draw coast(const Light &light, quint32 seed, double sunX, double sunY, bool boat
         const double horizon = size.height() * 0.56;
         drawSky(painter, size, light, horizon);
         drawClouds(painter, size, seed, mixed(light.horizon, light.sun, 0.4), horizon);
-        drawSun(painter, QPointF(sunX * size.width(), sunY * size.height()), size.height() * 0.038,
-                light.sun);
+        drawSun(painter, QPointF(sunX * size.width(), sunY * size.height()), size.height() * 0.038, light.sun);
         painter.save();
         painter.setClipRect(QRectF(0, 0, size.width(), horizon));
         const Hills headland(seed, 1.4, 5);
-        painter.fillPath(
-            hillPath(size, headland, horizon + size.height() * 0.012, size.height() * 0.11, horizon),
-            mixed(light.horizon, light.near, 0.55));
+        painter.fillPath(hillPath(size, headland, horizon + size.height() * 0.012, size.height() * 0.11, horizon),
+                         mixed(light.horizon, light.near, 0.55));
         painter.restore();
         drawSea(painter, size, light, seed, horizon, sunX * size.width());
         if (boat)
-            drawBoat(painter, QPointF(size.width() * 0.3, size.height() * 0.7), size.height() * 0.2,
-                     light.near, mixed(light.sun, light.horizon, 0.25));
+            drawBoat(painter, QPointF(size.width() * 0.3, size.height() * 0.7), size.height() * 0.2, light.near,
+                     mixed(light.sun, light.horizon, 0.25));
     };
 }
 
@@ -423,8 +413,7 @@ QList<Picture> landscapes()
     constexpr QSize tall(960, 1440);
     constexpr QSize panorama(1920, 800);
     const auto photo = [](const char *caption, const char *file, QSize size, Draw draw, int orientation = 1) {
-        return Picture{
-            QString::fromUtf8(caption), QString::fromUtf8(file), size, std::move(draw), true, orientation};
+        return Picture{QString::fromUtf8(caption), QString::fromUtf8(file), size, std::move(draw), true, orientation};
     };
     return {
         photo("First light over the Karwendel", "IMG_0101.JPG", wide, mountains(dawn, 11, {0.32, 0.42}, 0.6)),

@@ -11,8 +11,7 @@
 
 #include <functional>
 
-namespace
-{
+namespace {
 
 /// A song, film or broadcast. Empty texts and zeros are left out of the database.
 struct Track {
@@ -45,11 +44,9 @@ const Track tracks[] = {
     {"Two Dollars, One Way", "The Weatherglass", "Small Hours", "Rock", 2004, 3, 195'000},
     {"Small Hours", "The Weatherglass", "Small Hours", "Rock", 2004, 4, 327'000},
     {"small hours (demo)", "The Weatherglass", "Small Hours", "Rock", 2004, 5, 189'000},
-    {"Sonata in G minor: I. Allegro", "Ilse Brandt", "Sonatas for Cello Alone", "Classical", 1987, 1,
-     512'000},
+    {"Sonata in G minor: I. Allegro", "Ilse Brandt", "Sonatas for Cello Alone", "Classical", 1987, 1, 512'000},
     {"Sonata in G minor: II. Largo", "Ilse Brandt", "Sonatas for Cello Alone", "Classical", 1987, 2, 634'000},
-    {"Sonata in G minor: III. Gigue", "Ilse Brandt", "Sonatas for Cello Alone", "Classical", 1987, 3,
-     227'000},
+    {"Sonata in G minor: III. Gigue", "Ilse Brandt", "Sonatas for Cello Alone", "Classical", 1987, 3, 227'000},
     {"Partita No. 2: Sarabande", "Ilse Brandt", "Sonatas for Cello Alone", "Classical", 1987, 4, 401'000},
     {"雨の駅", "青木みどり", "夜の電車", "J-Pop", 2001, 1, 256'000},
     {"夜の電車", "青木みどり", "夜の電車", "J-Pop", 2001, 2, 284'500},
@@ -62,8 +59,7 @@ const Track tracks[] = {
     {"Midnight Oil Lamp", "Otis Fairweather", "Live at the Café Meridian", "Blues", 1972, 1, 445'000},
     {"Lowland Freight", "Otis Fairweather", "Live at the Café Meridian", "Blues", 1972, 2, 523'000},
     {"Ain't No Compass", "Otis Fairweather", "Live at the Café Meridian", "Blues", 1972, 3, 368'100},
-    {"Encore: Goodnight, Meridian", "Otis Fairweather", "Live at the Café Meridian", "Blues", 1972, 4,
-     3'600'000},
+    {"Encore: Goodnight, Meridian", "Otis Fairweather", "Live at the Café Meridian", "Blues", 1972, 4, 3'600'000},
     {"Orbit 9", "Halcyon Drift", "Perihelion", "Ambient", 2006, 1, 723'000},
     {"Aphelion", "Halcyon Drift", "Perihelion", "Ambient", 2006, 2, 689'000},
     {"Sleep, Little Satellite", "Halcyon Drift", "Perihelion", "Ambient", 2006, 3, 3'725'000},
@@ -72,8 +68,7 @@ const Track tracks[] = {
     {"Ñandú", "Marisol Vega", "Verano", "Latin", 2005, 2, 222'000},
     {"Cinco de la tarde", "Marisol Vega", "Verano", "Latin", 2005, 3, 251'000},
     {"Letters to the Night Desk", "Radio Meridian", "The Night Desk", "Podcast", 2006, 12, 1'820'000},
-    {"Harbour Songs: The Film", "Ana Lindqvist", "Harbour Songs", "Folk", 2003, 0, 2'904'000,
-     "QuickTime movie file"},
+    {"Harbour Songs: The Film", "Ana Lindqvist", "Harbour Songs", "Folk", 2003, 0, 2'904'000, "QuickTime movie file"},
 };
 
 constexpr int firstTrackId = 35;
@@ -97,20 +92,20 @@ void insertText(QVariantMap &entry, const char *key, const char *text)
 QVariantMap trackEntry(const Track &track, int id, const QString &path)
 {
     const QDateTime added = QDateTime(QDate(2004, 1, 31), QTime(12, 0), Qt::UTC).addSecs(qint64(id) * 93'784);
-    QVariantMap entry{{QStringLiteral("Track ID"), id},
-                      {QStringLiteral("Kind"), QString::fromUtf8(track.kind)},
-                      {QStringLiteral("Size"), QFileInfo(path).size()},
-                      {QStringLiteral("Total Time"), track.milliseconds},
-                      {QStringLiteral("Date Added"), added},
-                      {QStringLiteral("Date Modified"), added.addDays(3)},
-                      {QStringLiteral("Sample Rate"), 16000},
-                      {QStringLiteral("Play Count"), id % 23},
-                      {QStringLiteral("Rating"), 20 * (id % 6)},
-                      {QStringLiteral("Persistent ID"), persistentId(quint64(id))},
-                      {QStringLiteral("Track Type"), QStringLiteral("File")},
-                      {QStringLiteral("Location"),
-                       QString::fromLatin1(
-                           QUrl::fromLocalFile(path).toEncoded().replace("file:///", "file://localhost/"))}};
+    QVariantMap entry{
+        {QStringLiteral("Track ID"), id},
+        {QStringLiteral("Kind"), QString::fromUtf8(track.kind)},
+        {QStringLiteral("Size"), QFileInfo(path).size()},
+        {QStringLiteral("Total Time"), track.milliseconds},
+        {QStringLiteral("Date Added"), added},
+        {QStringLiteral("Date Modified"), added.addDays(3)},
+        {QStringLiteral("Sample Rate"), 16000},
+        {QStringLiteral("Play Count"), id % 23},
+        {QStringLiteral("Rating"), 20 * (id % 6)},
+        {QStringLiteral("Persistent ID"), persistentId(quint64(id))},
+        {QStringLiteral("Track Type"), QStringLiteral("File")},
+        {QStringLiteral("Location"),
+         QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded().replace("file:///", "file://localhost/"))}};
     insertText(entry, "Name", track.name);
     insertText(entry, "Artist", track.artist);
     insertText(entry, "Album", track.album);
@@ -164,27 +159,24 @@ QVariantList playlists()
     const auto genre = [](const char *name) {
         return [name](const Track &track) { return qstrcmp(track.genre, name) == 0; };
     };
-    QVariantMap library =
-        playlist(QStringLiteral("Library"), 3001, idsWhere([](const Track &) { return true; }));
+    QVariantMap library = playlist(QStringLiteral("Library"), 3001, idsWhere([](const Track &) { return true; }));
     library[QStringLiteral("Master")] = true;
     // Songs in a person's order: one of them twice, and one that the library no longer has.
     const QList<int> night{idOf(5), idOf(8), idOf(29), idOf(22), idOf(33), idOf(5), 9999, idOf(15), idOf(28)};
-    return {
-        library,
-        playlist(QStringLiteral("Podcasts"), 3002, idsWhere(genre("Podcast"))),
-        playlist(QStringLiteral("Late Night Radio"), 3003, night),
-        playlist(QStringLiteral("Jazz & Blues"), 3004, idsWhere(genre("Jazz")) + idsWhere(genre("Blues"))),
-        playlist(QStringLiteral("Müßiggang – 日曜日"), 3005,
-                 {idOf(2), idOf(6), idOf(10), idOf(21), idOf(34)}),
-        playlist(QStringLiteral("From the Sixties"), 3006, {})};
+    return {library,
+            playlist(QStringLiteral("Podcasts"), 3002, idsWhere(genre("Podcast"))),
+            playlist(QStringLiteral("Late Night Radio"), 3003, night),
+            playlist(QStringLiteral("Jazz & Blues"), 3004, idsWhere(genre("Jazz")) + idsWhere(genre("Blues"))),
+            playlist(QStringLiteral("Müßiggang – 日曜日"), 3005, {idOf(2), idOf(6), idOf(10), idOf(21), idOf(34)}),
+            playlist(QStringLiteral("From the Sixties"), 3006, {})};
 }
 
 bool writeSound(const QString &path, quint32 seed)
 {
     QFile file(path);
     const QByteArray bytes = toneFile(seed);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly)
-        && file.write(bytes) == bytes.size() && file.flush();
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size()
+        && file.flush();
 }
 
 } // namespace
@@ -207,7 +199,6 @@ std::optional<QString> makeMusicLibrary(const QString &folder)
                            {QStringLiteral("Library Persistent ID"), persistentId(1)},
                            {QStringLiteral("Tracks"), entries},
                            {QStringLiteral("Playlists"), playlists()}};
-    const auto error =
-        platform::PropertyList::writeXmlFile(folder + QStringLiteral("/iTunes Music Library.xml"), root);
+    const auto error = platform::PropertyList::writeXmlFile(folder + QStringLiteral("/iTunes Music Library.xml"), root);
     return error ? std::optional(error->toString()) : std::nullopt;
 }

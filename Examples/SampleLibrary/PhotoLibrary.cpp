@@ -10,8 +10,7 @@
 #include <QFileInfo>
 #include <QImageWriter>
 
-namespace
-{
+namespace {
 
 /// Where the library stood when its database was written.
 const QString formerFolder = QStringLiteral("/Users/marlene/Pictures/iPhoto Library");
@@ -48,8 +47,7 @@ QByteArray originalBytes(const Picture &picture, const QImage &upright, const QD
     const QByteArray bytes = encoded(stored, format, format == "png" ? -1 : 88);
     if (format != "jpg" || bytes.isEmpty())
         return bytes;
-    return withExif(bytes, picture.orientation,
-                    takenAt.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")).toLatin1());
+    return withExif(bytes, picture.orientation, takenAt.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")).toLatin1());
 }
 
 QVariantMap photoEntry(const Picture &picture, int roll, const QString &imagePath, const QString &thumbPath,
@@ -73,16 +71,14 @@ class PhotoLibraryMaker
 public:
     explicit PhotoLibraryMaker(const QString &folder)
         : m_folder(folder)
-    {
-    }
+    { }
 
     std::optional<QString> addRoll(const Roll &roll)
     {
         ++m_roll;
         QDateTime takenAt = roll.first;
         for (const Picture &picture : roll.pictures) {
-            const QString original =
-                QStringLiteral("Originals/") + roll.folder + QLatin1Char('/') + picture.fileName;
+            const QString original = QStringLiteral("Originals/") + roll.folder + QLatin1Char('/') + picture.fileName;
             const QString thumb = QStringLiteral("Thumbs/%1.jpg").arg(nextKey());
             const QImage upright = drawPicture(picture);
             const QImage small = upright.scaled(240, 240, Qt::KeepAspectRatio, Qt::SmoothTransformation);
@@ -99,10 +95,10 @@ public:
     /// A film in between: its entry is in the albums' key lists, but it is no photo.
     void addMovie(const QString &caption)
     {
-        QVariantMap entry = photoEntry({caption, {}, {640, 480}, {}}, m_roll,
-                                       formerPath(QStringLiteral("Originals/2006/MVI_0160.AVI")),
-                                       formerPath(QStringLiteral("Thumbs/%1.jpg").arg(nextKey())),
-                                       QDateTime(QDate(2006, 7, 16), QTime(15, 2), Qt::UTC));
+        QVariantMap entry =
+            photoEntry({caption, {}, {640, 480}, {}}, m_roll, formerPath(QStringLiteral("Originals/2006/MVI_0160.AVI")),
+                       formerPath(QStringLiteral("Thumbs/%1.jpg").arg(nextKey())),
+                       QDateTime(QDate(2006, 7, 16), QTime(15, 2), Qt::UTC));
         entry[QStringLiteral("MediaType")] = QStringLiteral("Movie");
         addEntry(entry);
     }
@@ -148,8 +144,7 @@ public:
                                {QStringLiteral("Minor Version"), 0},
                                {QStringLiteral("List of Albums"), m_albums},
                                {QStringLiteral("Master Image List"), m_images}};
-        const auto error =
-            platform::PropertyList::writeXmlFile(inLibrary(QStringLiteral("AlbumData.xml")), root);
+        const auto error = platform::PropertyList::writeXmlFile(inLibrary(QStringLiteral("AlbumData.xml")), root);
         return error ? std::optional(error->toString()) : std::nullopt;
     }
 
@@ -178,8 +173,7 @@ std::optional<QString> makePhotoLibrary(const QString &folder)
     PhotoLibraryMaker maker(folder);
     const Roll rolls[] = {
         {QStringLiteral("2006/Summer"), landscapes(), QDateTime(QDate(2006, 7, 15), QTime(5, 12), Qt::UTC)},
-        {QStringLiteral("2006/Kitchen Table"), stillLifes(),
-         QDateTime(QDate(2006, 10, 3), QTime(9, 30), Qt::UTC)},
+        {QStringLiteral("2006/Kitchen Table"), stillLifes(), QDateTime(QDate(2006, 10, 3), QTime(9, 30), Qt::UTC)},
         {QStringLiteral("2007/Posters"), posters(), QDateTime(QDate(2007, 2, 20), QTime(18, 0), Qt::UTC)},
     };
     QList<qsizetype> ends;
@@ -197,7 +191,6 @@ std::optional<QString> makePhotoLibrary(const QString &folder)
     maker.addAlbum(QStringLiteral("Plakate – Posters"), maker.keys(ends[1], ends[2]));
     maker.addAlbum(QStringLiteral("Best of the Year"),
                    {maker.keyOf(QStringLiteral("Heading home")), maker.keyOf(QStringLiteral("Three pears")),
-                    maker.keyOf(QStringLiteral("Beach.JPG")),
-                    maker.keyOf(QStringLiteral("Klang – Neue Musik"))});
+                    maker.keyOf(QStringLiteral("Beach.JPG")), maker.keyOf(QStringLiteral("Klang – Neue Musik"))});
     return maker.writeDatabase();
 }

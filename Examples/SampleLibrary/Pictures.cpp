@@ -5,13 +5,11 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 
 void addVignette(QPainter &painter, const QSizeF &size)
 {
-    QRadialGradient gradient(size.width() / 2, size.height() / 2,
-                             std::hypot(size.width(), size.height()) / 2);
+    QRadialGradient gradient(size.width() / 2, size.height() / 2, std::hypot(size.width(), size.height()) / 2);
     gradient.setColorAt(0.55, QColor(0, 0, 0, 0));
     gradient.setColorAt(1, QColor(0, 0, 0, 90));
     painter.fillRect(QRectF(QPointF(), size), gradient);

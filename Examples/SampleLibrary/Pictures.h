@@ -18,8 +18,7 @@ class Random
 public:
     explicit Random(quint32 seed)
         : m_generator(seed)
-    {
-    }
+    { }
     double between(double low, double high) { return low + (high - low) * m_generator.generateDouble(); }
     int below(int end) { return int(m_generator.bounded(end)); }
 

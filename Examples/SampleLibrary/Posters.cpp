@@ -7,8 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace
-{
+namespace {
 
 const QColor paper(0xf3ead8);
 const QColor ink(0x1b1b1e);
@@ -44,8 +43,8 @@ QPainterPath lettersAcross(const QString &text, const char *family, const QPoint
     return transform.map(path);
 }
 
-void write(QPainter &painter, const QPointF &baseline, const QString &text, const QColor &colour,
-           double pixels, bool bold = false)
+void write(QPainter &painter, const QPointF &baseline, const QString &text, const QColor &colour, double pixels,
+           bool bold = false)
 {
     painter.setFont(poster(sans, pixels, bold));
     painter.setPen(colour);
@@ -54,8 +53,7 @@ void write(QPainter &painter, const QPointF &baseline, const QString &text, cons
 }
 
 /// The small print: lines set flush left below one another.
-void writeLines(QPainter &painter, QPointF baseline, const QStringList &lines, const QColor &colour,
-                double pixels)
+void writeLines(QPainter &painter, QPointF baseline, const QStringList &lines, const QColor &colour, double pixels)
 {
     for (qsizetype i = 0; i < lines.size(); ++i) {
         write(painter, baseline, lines[i], colour, pixels, i == 0);
@@ -74,11 +72,9 @@ void sound(QPainter &painter, const QSizeF &size)
         painter.drawPie(QRectF(centre.x() - radius, centre.y() - radius, 2 * radius, 2 * radius), 90 * 16,
                         (ring % 3 == 0 ? 270 : 180) * 16);
     }
-    painter.fillPath(lettersAcross(QStringLiteral("Klang"), sans, {u * 6, size.height() - u * 32}, u * 72),
-                     paper);
+    painter.fillPath(lettersAcross(QStringLiteral("Klang"), sans, {u * 6, size.height() - u * 32}, u * 72), paper);
     writeLines(painter, {u * 6, u * 9},
-               {QStringLiteral("Neue Musik"), QStringLiteral("Sechs Abende"), QStringLiteral("Halle 4")},
-               paper, u * 3);
+               {QStringLiteral("Neue Musik"), QStringLiteral("Sechs Abende"), QStringLiteral("Halle 4")}, paper, u * 3);
 }
 
 void ampersand(QPainter &painter, const QSizeF &size)
@@ -88,8 +84,7 @@ void ampersand(QPainter &painter, const QSizeF &size)
     painter.fillPath(lettersAcross(QStringLiteral("&"), serif, {u * -6, u * 24}, u * 118), ultramarine);
     painter.setBrush(vermilion);
     painter.drawEllipse(QPointF(u * 80, u * 17), u * 9, u * 9);
-    writeLines(painter, {u * 6, u * 10}, {QStringLiteral("Bread & Roses"), QStringLiteral("A reading")}, ink,
-               u * 3.6);
+    writeLines(painter, {u * 6, u * 10}, {QStringLiteral("Bread & Roses"), QStringLiteral("A reading")}, ink, u * 3.6);
 }
 
 void bauklotz(QPainter &painter, const QSizeF &size)
@@ -116,11 +111,10 @@ void bauklotz(QPainter &painter, const QSizeF &size)
     }
     const double below = 6 * side;
     painter.fillRect(QRectF(0, below, size.width(), size.height() - below), ink);
-    painter.fillPath(
-        lettersAcross(QStringLiteral("Form + Farbe"), sans, {side * 0.3, below + side * 0.32}, side * 4.7),
-        paper);
-    write(painter, {side * 0.3, size.height() - side * 0.3}, QStringLiteral("Werkschau der Klasse Brandt"),
-          ochre, side * 0.19);
+    painter.fillPath(lettersAcross(QStringLiteral("Form + Farbe"), sans, {side * 0.3, below + side * 0.32}, side * 4.7),
+                     paper);
+    write(painter, {side * 0.3, size.height() - side * 0.3}, QStringLiteral("Werkschau der Klasse Brandt"), ochre,
+          side * 0.19);
 }
 
 void numerals(QPainter &painter, const QSizeF &size)
@@ -157,10 +151,9 @@ void coffee(QPainter &painter, const QSizeF &size)
     }
     painter.drawPath(swirl);
     painter.setPen(Qt::NoPen);
-    painter.fillPath(lettersAcross(QStringLiteral("café"), serif, {u * 8, u * 106}, u * 56),
-                     QColor(0xf6efe2));
-    writeLines(painter, {u * 70, u * 118}, {QStringLiteral("ouvert"), QStringLiteral("dès 7 h")},
-               QColor(0xd8b98c), u * 4);
+    painter.fillPath(lettersAcross(QStringLiteral("café"), serif, {u * 8, u * 106}, u * 56), QColor(0xf6efe2));
+    writeLines(painter, {u * 70, u * 118}, {QStringLiteral("ouvert"), QStringLiteral("dès 7 h")}, QColor(0xd8b98c),
+               u * 4);
 }
 
 void moon(QPainter &painter, const QSizeF &size)
@@ -177,16 +170,15 @@ void moon(QPainter &painter, const QSizeF &size)
             const double distance = std::hypot(offset.x(), offset.y()) / radius;
             if (distance > 1)
                 continue;
-            const double light =
-                std::clamp(0.62 - (offset.x() * 0.75 + offset.y() * 0.5) / radius * 0.75, 0.05, 1.0)
+            const double light = std::clamp(0.62 - (offset.x() * 0.75 + offset.y() * 0.5) / radius * 0.75, 0.05, 1.0)
                 * std::sqrt(1.02 - distance * distance);
             painter.drawEllipse(centre + offset, pitch * 0.56 * light, pitch * 0.56 * light);
         }
     }
     painter.fillPath(lettersAcross(QStringLiteral("MOON"), sans, {u * 8, size.height() - u * 32}, u * 84),
                      QColor(0xf4e7c1));
-    write(painter, {u * 8, size.height() - u * 5}, QStringLiteral("Open nights at the observatory"),
-          QColor(0x8d9ac9), u * 3.2);
+    write(painter, {u * 8, size.height() - u * 5}, QStringLiteral("Open nights at the observatory"), QColor(0x8d9ac9),
+          u * 3.2);
 }
 
 void regatta(QPainter &painter, const QSizeF &size)
@@ -197,11 +189,10 @@ void regatta(QPainter &painter, const QSizeF &size)
     painter.drawEllipse(QPointF(u * 74, u * 28), u * 14, u * 14);
     const auto sail = [&](double x, double foot, double height, const QColor &colour) {
         painter.setBrush(colour);
-        painter.drawPolygon(
-            QPolygonF{QPointF(x, foot), QPointF(x, foot - height), QPointF(x + height * 0.5, foot)});
+        painter.drawPolygon(QPolygonF{QPointF(x, foot), QPointF(x, foot - height), QPointF(x + height * 0.5, foot)});
         painter.setBrush(colour.darker(125));
-        painter.drawPolygon(QPolygonF{QPointF(x - u, foot), QPointF(x - u, foot - height * 0.85),
-                                      QPointF(x - height * 0.3, foot)});
+        painter.drawPolygon(
+            QPolygonF{QPointF(x - u, foot), QPointF(x - u, foot - height * 0.85), QPointF(x - height * 0.3, foot)});
     };
     sail(u * 30, u * 88, u * 62, vermilion);
     sail(u * 66, u * 88, u * 42, paper);
@@ -213,8 +204,7 @@ void regatta(QPainter &painter, const QSizeF &size)
         path.lineTo(size.width(), size.height());
         painter.fillPath(path, QColor::fromHsv(190 + wave * 4, 120 + wave * 13, 205 - wave * 17));
     }
-    painter.fillPath(lettersAcross(QStringLiteral("REGATTA"), sans, {u * 7, size.height() - u * 22}, u * 86),
-                     paper);
+    painter.fillPath(lettersAcross(QStringLiteral("REGATTA"), sans, {u * 7, size.height() - u * 22}, u * 86), paper);
 }
 
 void stripes(QPainter &painter, const QSizeF &size)
@@ -229,8 +219,7 @@ void stripes(QPainter &painter, const QSizeF &size)
     painter.fillRect(QRectF(u * -90, u * -13, u * 180, u * 25), vermilion);
     painter.fillPath(lettersAcross(QStringLiteral("SWING"), sans, {u * -40, u * -9}, u * 64), paper);
     writeLines(painter, {u * 29, u * -4},
-               {QStringLiteral("Orchestra"), QStringLiteral("Molinari"), QStringLiteral("Sat, 21:00")}, paper,
-               u * 2.9);
+               {QStringLiteral("Orchestra"), QStringLiteral("Molinari"), QStringLiteral("Sat, 21:00")}, paper, u * 2.9);
     painter.restore();
 }
 

@@ -9,8 +9,7 @@
 #include <cmath>
 #include <utility>
 
-namespace
-{
+namespace {
 
 /// A wall, a table before it, and the light that falls on both from the upper left.
 struct Room {
@@ -92,8 +91,7 @@ QPainterPath turned(const QPointF &foot, double height, const Profile &profile)
     }
     const qsizetype top = profile.size() - 1;
     const double rim = profile[top].x() * height;
-    path.cubicTo(side(top, -1) - QPointF(0, rim * bulge * 2), side(top, 1) - QPointF(0, rim * bulge * 2),
-                 side(top, 1));
+    path.cubicTo(side(top, -1) - QPointF(0, rim * bulge * 2), side(top, 1) - QPointF(0, rim * bulge * 2), side(top, 1));
     for (qsizetype i = top; i > 0; --i) {
         const QPointF from = side(i, 1);
         const QPointF to = side(i - 1, 1);
@@ -101,13 +99,12 @@ QPainterPath turned(const QPointF &foot, double height, const Profile &profile)
         path.cubicTo(QPointF(from.x(), middle), QPointF(to.x(), middle), to);
     }
     const double base = profile[0].x() * height;
-    path.cubicTo(side(0, 1) + QPointF(0, base * bulge * 3), side(0, -1) + QPointF(0, base * bulge * 3),
-                 side(0, -1));
+    path.cubicTo(side(0, 1) + QPointF(0, base * bulge * 3), side(0, -1) + QPointF(0, base * bulge * 3), side(0, -1));
     return path;
 }
 
-void drawTurned(QPainter &painter, const QPointF &foot, double height, const Profile &profile,
-                const QColor &colour, double gloss)
+void drawTurned(QPainter &painter, const QPointF &foot, double height, const Profile &profile, const QColor &colour,
+                double gloss)
 {
     const QPainterPath body = turned(foot, height, profile);
     const QRectF box = body.boundingRect();
@@ -126,8 +123,7 @@ void drawTurned(QPainter &painter, const QPointF &foot, double height, const Pro
         shine.setColorAt(0, QColor(255, 255, 255, 0));
         shine.setColorAt(0.5, QColor(255, 255, 255, int(150 * gloss)));
         shine.setColorAt(1, QColor(255, 255, 255, 0));
-        painter.fillRect(QRectF(box.left(), box.top() + box.height() * 0.08, box.width(), box.height() * 0.8),
-                         shine);
+        painter.fillRect(QRectF(box.left(), box.top() + box.height() * 0.08, box.width(), box.height() * 0.8), shine);
         painter.restore();
     }
     // The dark mouth of an open vessel.
@@ -140,10 +136,8 @@ void drawTurned(QPainter &painter, const QPointF &foot, double height, const Pro
     painter.setPen(Qt::NoPen);
 }
 
-const Profile bottleProfile{{0.15, 0},    {0.16, 0.06},  {0.16, 0.5}, {0.15, 0.58},
-                            {0.05, 0.74}, {0.045, 0.95}, {0.06, 1}};
-const Profile tallBottle{{0.1, 0},      {0.11, 0.04}, {0.105, 0.55}, {0.09, 0.62},
-                         {0.035, 0.74}, {0.03, 0.96}, {0.042, 1}};
+const Profile bottleProfile{{0.15, 0}, {0.16, 0.06}, {0.16, 0.5}, {0.15, 0.58}, {0.05, 0.74}, {0.045, 0.95}, {0.06, 1}};
+const Profile tallBottle{{0.1, 0}, {0.11, 0.04}, {0.105, 0.55}, {0.09, 0.62}, {0.035, 0.74}, {0.03, 0.96}, {0.042, 1}};
 const Profile jugProfile{{0.2, 0}, {0.3, 0.18}, {0.34, 0.42}, {0.24, 0.72}, {0.17, 0.86}, {0.22, 1}};
 const Profile vaseProfile{{0.14, 0}, {0.2, 0.14}, {0.25, 0.42}, {0.15, 0.78}, {0.11, 0.9}, {0.16, 1}};
 const Profile bowlProfile{{0.45, 0}, {0.5, 0.08}, {1.1, 0.55}, {1.35, 1}};
@@ -187,8 +181,7 @@ void drawApple(QPainter &painter, const QPointF &foot, double radius, const QCol
     body.cubicTo(c + QPointF(-radius * 1.2, -radius * 0.75), c + QPointF(-radius * 0.5, -radius * 1.15),
                  c + QPointF(0, -radius * 0.78));
     fillRound(painter, body, colour, 0.6);
-    drawStem(painter, c + QPointF(0, -radius * 0.72), c + QPointF(radius * 0.14, -radius * 1.18),
-             radius * 0.08);
+    drawStem(painter, c + QPointF(0, -radius * 0.72), c + QPointF(radius * 0.14, -radius * 1.18), radius * 0.08);
     drawLeaf(painter, c + QPointF(radius * 0.08, -radius * 1), c + QPointF(radius * 0.72, -radius * 1.22),
              QColor(0x5c8a34));
 }
@@ -208,8 +201,7 @@ void drawPear(QPainter &painter, const QPointF &foot, double radius, const QColo
     drawStem(painter, at(0, 2.7), at(0.18, 3.2), radius * 0.09);
 }
 
-void drawRoundFruit(QPainter &painter, const QPointF &foot, const QSizeF &radius, const QColor &colour,
-                    double gloss)
+void drawRoundFruit(QPainter &painter, const QPointF &foot, const QSizeF &radius, const QColor &colour, double gloss)
 {
     drawShadow(painter, foot, radius.width() * 1.8);
     QPainterPath body;
@@ -229,8 +221,7 @@ void drawLemon(QPainter &painter, const QPointF &foot, double radius)
     fillRound(painter, body, QColor(0xf2cc35), 0.5);
 }
 
-void drawTulips(QPainter &painter, const QPointF &mouth, double height, quint32 seed,
-                const QList<QColor> &colours)
+void drawTulips(QPainter &painter, const QPointF &mouth, double height, quint32 seed, const QList<QColor> &colours)
 {
     Random random(seed);
     for (qsizetype i = 0; i < colours.size(); ++i) {
@@ -240,8 +231,7 @@ void drawTulips(QPainter &painter, const QPointF &mouth, double height, quint32 
         stem.quadTo(mouth + QPointF(lean * height * 0.1, -height * 0.5), head);
         painter.strokePath(stem, QPen(QColor(0x55803a), height * 0.02, Qt::SolidLine, Qt::RoundCap));
         drawLeaf(painter, mouth + QPointF(lean * height * 0.06, -height * 0.02),
-                 mouth + QPointF(lean * height * 0.75, -height * random.between(0.3, 0.55)),
-                 QColor(0x4f7d3c));
+                 mouth + QPointF(lean * height * 0.75, -height * random.between(0.3, 0.55)), QColor(0x4f7d3c));
         const double r = height * 0.1;
         painter.save();
         painter.translate(head);
@@ -336,8 +326,7 @@ void oranges(QPainter &painter, const QSizeF &size)
         orange.addEllipse(foot + QPointF(x, -y) * u, u * 0.105, u * 0.105);
         fillRound(painter, orange, QColor(0xe8821e), 0.4);
     }
-    drawTurned(painter, foot, u * 0.23, {{0.45, 0}, {0.5, 0.08}, {1.1, 0.55}, {1.35, 1}}, QColor(0xf3efe6),
-               0.25);
+    drawTurned(painter, foot, u * 0.23, {{0.45, 0}, {0.5, 0.08}, {1.1, 0.55}, {1.35, 1}}, QColor(0xf3efe6), 0.25);
     painter.setClipRect(QRectF(0, 0, size.width(), foot.y() - u * 0.232));
     for (const auto &[x, y] : {std::pair(-0.19, 0.25), std::pair(0.18, 0.26), std::pair(-0.01, 0.27)}) {
         QPainterPath orange;

@@ -9,8 +9,7 @@
 #include <array>
 #include <cmath>
 
-namespace
-{
+namespace {
 
 constexpr int rate = 16'000; // samples per second
 constexpr int samples = rate * 2;
@@ -49,8 +48,7 @@ QByteArray toneFile(quint32 seed)
     out.writeRawData("RIFF", 4);
     out << quint32(36 + samples * 2);
     out.writeRawData("WAVEfmt ", 8);
-    out << quint32(16) << quint16(1) << quint16(1) << quint32(rate) << quint32(rate * 2) << quint16(2)
-        << quint16(16);
+    out << quint32(16) << quint16(1) << quint16(1) << quint32(rate) << quint32(rate * 2) << quint16(2) << quint16(16);
     out.writeRawData("data", 4);
     out << quint32(samples * 2);
     for (qsizetype i = 0; i < samples; ++i) {

@@ -1,6 +1,6 @@
 #include "Arguments.h"
 
-#include "Text.h"
+#include "ZRCommon/ZRLocalizedString.h"
 
 #include <QCommandLineParser>
 
@@ -20,10 +20,10 @@ struct Syntax {
     bool takesSort;
 };
 
-constexpr std::array syntaxes {
-    Syntax {"plist", Command::Plist, 1, false, false}, Syntax {"playlists", Command::Playlists, 1, false, false},
-    Syntax {"songs", Command::Songs, 2, true, true}, Syntax {"albums", Command::Albums, 1, false, false},
-    Syntax {"photos", Command::Photos, 2, true, false}};
+constexpr std::array syntaxes{
+    Syntax{"plist", Command::Plist, 1, false, false}, Syntax{"playlists", Command::Playlists, 1, false, false},
+    Syntax{"songs", Command::Songs, 2, true, true}, Syntax{"albums", Command::Albums, 1, false, false},
+    Syntax{"photos", Command::Photos, 2, true, false}};
 
 const Syntax *syntaxNamed(const QString &name)
 {
@@ -54,21 +54,21 @@ std::variant<Arguments, Information, UsageError> checked(const QCommandLineParse
 {
     QStringList words = parser.positionalArguments();
     if (words.isEmpty())
-        return UsageError {text("no command given")};
+        return UsageError{ZRLocalizedString("no command given")};
     const QString name = words.takeFirst();
     const Syntax *syntax = syntaxNamed(name);
     if (!syntax)
-        return UsageError {text("there is no command \"%1\"").arg(name)};
+        return UsageError{ZRLocalizedString("there is no command \"%1\"").arg(name)};
     if (words.size() < syntax->positional)
-        return UsageError {text("too few arguments for \"%1\"").arg(name)};
+        return UsageError{ZRLocalizedString("too few arguments for \"%1\"").arg(name)};
     if (words.size() > syntax->positional)
-        return UsageError {text("too many arguments for \"%1\"").arg(name)};
+        return UsageError{ZRLocalizedString("too many arguments for \"%1\"").arg(name)};
     if (parser.isSet(searchName) && !syntax->takesSearch)
-        return UsageError {text("\"%1\" takes no %2").arg(name, QStringLiteral("--search"))};
+        return UsageError{ZRLocalizedString("\"%1\" takes no %2").arg(name, QStringLiteral("--search"))};
     if (parser.isSet(sortName) && !syntax->takesSort)
-        return UsageError {text("\"%1\" takes no %2").arg(name, QStringLiteral("--sort"))};
+        return UsageError{ZRLocalizedString("\"%1\" takes no %2").arg(name, QStringLiteral("--sort"))};
     if (parser.isSet(descendingName) && !parser.isSet(sortName))
-        return UsageError {text("--descending needs --sort")};
+        return UsageError{ZRLocalizedString("--descending needs --sort")};
 
     Arguments arguments;
     arguments.command = syntax->command;
@@ -78,7 +78,7 @@ std::variant<Arguments, Information, UsageError> checked(const QCommandLineParse
     if (parser.isSet(sortName)) {
         arguments.sortColumn = columnNamed(parser.value(sortName));
         if (!arguments.sortColumn)
-            return UsageError {text("\"%1\" is none of Song, Artist and Time").arg(parser.value(sortName))};
+            return UsageError{ZRLocalizedString("\"%1\" is none of Song, Artist and Time").arg(parser.value(sortName))};
     }
     arguments.isDescending = parser.isSet(descendingName);
     arguments.showsTimings = parser.isSet(timingsName);
@@ -87,23 +87,26 @@ std::variant<Arguments, Information, UsageError> checked(const QCommandLineParse
 
 QString helpText()
 {
-    return usageText() + QLatin1Char('\n')
-        + text("plist      any property list as JSON\n"
-               "playlists  the names of a music library's playlists\n"
-               "songs      the songs of a playlist, each with every key of its track dictionary\n"
-               "albums     the names of a photo library's albums\n"
-               "photos     the photos of an album: title, imagePath, creationDate\n"
-               "\n"
-               "--search TEXT    only songs with the text in their name, artist, album or genre, only photos with\n"
-               "                 the text in their caption, without regard to case\n"
-               "--sort COLUMN    songs in the order of Song, Artist or Time\n"
-               "--descending     in the opposite order\n"
-               "--timings        one line of JSON on standard error: seconds for reading the file, parsing it,\n"
-               "                 listing, searching and sorting\n"
-               "--help, --version\n"
-               "\n"
-               "JSON in UTF-8 goes to standard output, everything else to standard error.\n"
-               "Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted.\n");
+    const QStringList lines{
+        ZRLocalizedString("plist      any property list as JSON"),
+        ZRLocalizedString("playlists  the names of a music library's playlists"),
+        ZRLocalizedString("songs      the songs of a playlist, with every key of their track dictionaries"),
+        ZRLocalizedString("albums     the names of a photo library's albums"),
+        ZRLocalizedString("photos     the photos of an album: title, imagePath, creationDate"),
+        QString(),
+        ZRLocalizedString(
+            "--search TEXT  songs with the text in their name, artist, album or genre, photos with the text"),
+        ZRLocalizedString("               in their caption, without regard to case"),
+        ZRLocalizedString("--sort COLUMN  songs in the order of Song, Artist or Time"),
+        ZRLocalizedString("--descending   in the opposite order"),
+        ZRLocalizedString("--timings      a line of JSON on standard error: seconds for reading, parsing, listing,"),
+        ZRLocalizedString("               searching and sorting"),
+        QStringLiteral("--help, --version"),
+        QString(),
+        ZRLocalizedString("JSON in UTF-8 goes to standard output, everything else to standard error."),
+        ZRLocalizedString("Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted."),
+    };
+    return usageText() + QLatin1Char('\n') + lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
 } // namespace
@@ -118,21 +121,21 @@ std::variant<Arguments, Information, UsageError> parseArguments(const QStringLis
                        {{QStringLiteral("h"), helpName}},
                        {versionName}});
     // The parser takes the first word for the program's name.
-    if (!parser.parse(QStringList {QStringLiteral("zrmedia")} + words))
-        return UsageError {parser.errorText()};
+    if (!parser.parse(QStringList{QStringLiteral("zrmedia")} + words))
+        return UsageError{parser.errorText()};
     if (parser.isSet(helpName))
-        return Information {helpText()};
+        return Information{helpText()};
     if (parser.isSet(versionName))
-        return Information {QStringLiteral("zrmedia " ZR_VERSION "\n")};
+        return Information{QStringLiteral("zrmedia " ZR_VERSION "\n")};
     return checked(parser);
 }
 
 QString usageText()
 {
-    return text("usage: zrmedia plist FILE\n"
-                "       zrmedia playlists LIBRARY\n"
-                "       zrmedia songs LIBRARY PLAYLIST [--search TEXT] [--sort Song|Artist|Time] [--descending]\n"
-                "       zrmedia albums ALBUMDATA\n"
-                "       zrmedia photos ALBUMDATA ALBUM [--search TEXT]\n"
-                "Each also takes --timings; --help tells more.\n");
+    return QStringLiteral("zrmedia plist FILE\n"
+                          "zrmedia playlists LIBRARY\n"
+                          "zrmedia songs LIBRARY PLAYLIST [--search TEXT] [--sort Song|Artist|Time] [--descending]\n"
+                          "zrmedia albums ALBUMDATA\n"
+                          "zrmedia photos ALBUMDATA ALBUM [--search TEXT]\n")
+        + ZRLocalizedString("Each also takes --timings; --help tells more.") + QLatin1Char('\n');
 }

@@ -52,8 +52,7 @@ bool needsEscape(char c)
 JsonWriter::JsonWriter(Output &output, int linesToDepth)
     : m_output(output)
     , m_linesToDepth(linesToDepth)
-{
-}
+{ }
 
 void JsonWriter::key(QByteArrayView utf8)
 {
@@ -66,8 +65,12 @@ void JsonWriter::key(QByteArrayView utf8)
 void JsonWriter::value(const PropertyListView &value)
 {
     switch (value.type()) {
-    case PropertyListType::Null: null(); break;
-    case PropertyListType::Dictionary: dictionary(value); break;
+    case PropertyListType::Null:
+        null();
+        break;
+    case PropertyListType::Dictionary:
+        dictionary(value);
+        break;
     case PropertyListType::Array:
         beginArray();
         for (const PropertyListView &element : value.elements()) {
@@ -77,14 +80,22 @@ void JsonWriter::value(const PropertyListView &value)
         }
         endArray();
         break;
-    case PropertyListType::String: string(value.toUtf8()); break;
-    case PropertyListType::Integer: integer(value); break;
-    case PropertyListType::Real: number(value.toReal()); break;
+    case PropertyListType::String:
+        string(value.toUtf8());
+        break;
+    case PropertyListType::Integer:
+        integer(value);
+        break;
+    case PropertyListType::Real:
+        number(value.toReal());
+        break;
     case PropertyListType::Boolean:
         beginElement();
         raw(value.toBoolean() ? QByteArrayView("true") : QByteArrayView("false"));
         break;
-    case PropertyListType::Date: date(value.toReferenceSeconds().value_or(0)); break;
+    case PropertyListType::Date:
+        date(value.toReferenceSeconds().value_or(0));
+        break;
     case PropertyListType::Data:
         beginElement();
         raw("\"");
@@ -194,11 +205,21 @@ void JsonWriter::quoted(QByteArrayView utf8)
         raw(QByteArrayView(plain, next));
         plain = next + 1;
         switch (*next) {
-        case '"': raw("\\\""); break;
-        case '\\': raw("\\\\"); break;
-        case '\n': raw("\\n"); break;
-        case '\r': raw("\\r"); break;
-        case '\t': raw("\\t"); break;
+        case '"':
+            raw("\\\"");
+            break;
+        case '\\':
+            raw("\\\\");
+            break;
+        case '\n':
+            raw("\\n");
+            break;
+        case '\r':
+            raw("\\r");
+            break;
+        case '\t':
+            raw("\\t");
+            break;
         default: {
             char escape[8];
             std::snprintf(escape, sizeof escape, "\\u%04x", unsigned(uchar(*next)));
@@ -264,7 +285,8 @@ void JsonWriter::date(double referenceSeconds)
 
     char text[64];
     // ISO 8601 wants a sign before years of other than four digits.
-    const char *format = year >= 0 && year <= 9999 ? "\"%04lld-%02d-%02dT%02d:%02d:%02d" : "\"%+05lld-%02d-%02dT%02d:%02d:%02d";
+    const char *format =
+        year >= 0 && year <= 9999 ? "\"%04lld-%02d-%02dT%02d:%02d:%02d" : "\"%+05lld-%02d-%02dT%02d:%02d:%02d";
     int length = std::snprintf(text, sizeof text, format, static_cast<long long>(year), month,
                                int(dayOfYear - (153 * shifted + 2) / 5 + 1), int(rest / 3'600'000),
                                int(rest / 60'000 % 60), int(rest / 1000 % 60));

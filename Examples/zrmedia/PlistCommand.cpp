@@ -10,8 +10,7 @@
 Failure runPlist(const Arguments &arguments, Output &output, Timings &timings)
 {
     fetchFile(arguments, timings);
-    const auto list
-        = Timings::measured(timings.parsing, [&] { return platform::PropertyList::read(arguments.file); });
+    const auto list = Timings::measured(timings.parsing, [&] { return platform::PropertyList::read(arguments.file); });
     if (!list)
         return list.error().toString();
     Timings::measured(timings.listing, [&] {

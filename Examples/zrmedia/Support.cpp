@@ -3,7 +3,7 @@
 #include "JsonWriter.h"
 #include "Output.h"
 #include "Progress.h"
-#include "Text.h"
+#include "ZRCommon/ZRLocalizedString.h"
 
 #include "Platform/Foundation/NotificationCenter.h"
 
@@ -24,7 +24,7 @@ void fetchFile(const Arguments &arguments, Timings &timings)
         std::array<char, 256 * 1024> block;
         if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             return false;
-        Progress progress(text("Reading"), QStringLiteral("MB"), file.size(), megabyte);
+        Progress progress(ZRLocalizedString("Reading"), QStringLiteral("MB"), file.size(), megabyte);
         qint64 done = 0;
         for (qint64 count = 0; (count = file.read(block.data(), qint64(block.size()))) > 0;)
             progress.setDone(done += count);
@@ -42,7 +42,7 @@ void waitForNotification(const QString &name, const platform::NotificationObject
     loop.exec();
 }
 
-QString unknownName(const Arguments &arguments, const char *english, const QStringList &names)
+QString unknownName(const Arguments &arguments, const QString &text, const QStringList &names)
 {
     constexpr qsizetype shownNames = 8;
     constexpr qsizetype longestName = 40;
@@ -51,10 +51,10 @@ QString unknownName(const Arguments &arguments, const char *english, const QStri
         const bool isShort = name.size() <= longestName;
         shown += QLatin1Char('"') + (isShort ? name : name.first(longestName) + QChar(0x2026)) + QLatin1Char('"');
     }
-    QString list = shown.isEmpty() ? text("none") : shown.join(QStringLiteral(", "));
+    QString list = shown.isEmpty() ? ZRLocalizedString("none") : shown.join(QStringLiteral(", "));
     if (names.size() > shown.size())
-        list = text("%1 and %2 more").arg(list).arg(names.size() - shown.size());
-    return arguments.file + QStringLiteral(": ") + text(english).arg(arguments.collection, list);
+        list = ZRLocalizedString("%1 and %2 more").arg(list).arg(names.size() - shown.size());
+    return arguments.file + QStringLiteral(": ") + text.arg(arguments.collection, list);
 }
 
 void writeNames(const QStringList &names, Output &output)

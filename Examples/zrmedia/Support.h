@@ -23,8 +23,8 @@ void fetchFile(const Arguments &arguments, Timings &timings);
 void waitForNotification(const QString &name, const platform::NotificationObject &object,
                          const std::function<void()> &start);
 
-/// "no playlist is called "x"; there are "a", "b" and 17 more" behind the file's name.
-QString unknownName(const Arguments &arguments, const char *english, const QStringList &names);
+/// `text` with the name asked for in place of %1 and those that there are, shortened, in place of %2, behind the file.
+QString unknownName(const Arguments &arguments, const QString &text, const QStringList &names);
 
 /// Writes the names as an array, one to a line.
 void writeNames(const QStringList &names, Output &output);

@@ -5,7 +5,7 @@
 #include "Commands.h"
 #include "Output.h"
 #include "Progress.h"
-#include "Text.h"
+#include "ZRCommon/ZRLocalizedString.h"
 
 #include <QCoreApplication>
 
@@ -39,11 +39,16 @@ void say(const QString &message)
 Failure run(const Arguments &arguments, Output &output, Timings &timings)
 {
     switch (arguments.command) {
-    case Arguments::Command::Plist: return runPlist(arguments, output, timings);
-    case Arguments::Command::Playlists: return runPlaylists(arguments, output, timings);
-    case Arguments::Command::Songs: return runSongs(arguments, output, timings);
-    case Arguments::Command::Albums: return runAlbums(arguments, output, timings);
-    case Arguments::Command::Photos: return runPhotos(arguments, output, timings);
+    case Arguments::Command::Plist:
+        return runPlist(arguments, output, timings);
+    case Arguments::Command::Playlists:
+        return runPlaylists(arguments, output, timings);
+    case Arguments::Command::Songs:
+        return runSongs(arguments, output, timings);
+    case Arguments::Command::Albums:
+        return runAlbums(arguments, output, timings);
+    case Arguments::Command::Photos:
+        return runPhotos(arguments, output, timings);
     }
     Q_UNREACHABLE();
 }
@@ -52,7 +57,7 @@ int finish(Output &output)
 {
     if (output.flush())
         return done;
-    say(text("standard output: %1").arg(output.failure()));
+    say(ZRLocalizedString("standard output: %1").arg(output.failure()));
     return inputNotUsable;
 }
 
