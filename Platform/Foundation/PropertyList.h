@@ -12,6 +12,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 /// @file
@@ -54,7 +55,8 @@ public:
 private:
     friend class PropertyListView;
     quint32 m_number = 0xFFE; // in the document's key table; 0xFFE: not there
-    QByteArray m_text; // UTF-8, for keys that are not in the table
+    std::optional<quint32> m_decimal; // the number that the text is the decimal form of
+    QByteArray m_text; // UTF-8, for keys that stand in their dictionary
 };
 
 /// A borrowed handle to one value of a document, 16 bytes, trivially copyable. Valid only while a `PropertyListValue`
@@ -91,8 +93,8 @@ public:
     double toReal(double fallback = 0) const;
     /// The boolean; an integer or real counts as true when it is not 0.
     bool toBoolean(bool fallback = false) const;
-    /// The date in UTC; invalid for anything else. Dates that the calendar lacks (a 32nd day) are carried on into the
-    /// next month, as the formats' own readers do.
+    /// The date in UTC, to the millisecond; invalid for anything else and beyond what a QDateTime can hold. Dates that
+    /// the calendar lacks (a 32nd day) are carried on into the next month, as the formats' own readers do.
     QDateTime toDateTime() const;
     /// The date in seconds since 2001-01-01T00:00:00Z, the formats' own epoch; nothing for anything else.
     std::optional<double> toReferenceSeconds() const;
@@ -116,6 +118,7 @@ public:
     /// dictionary make a `PropertyListIndex`, for the same key in many dictionaries a `PropertyListKey`.
     PropertyListView value(QAnyStringView key) const;
     PropertyListView value(const PropertyListKey &key) const;
+    bool contains(QAnyStringView key) const { return !value(key).isNull(); }
     /// The key prepared for lookups in this document's dictionaries. It must not be used with another document.
     PropertyListKey key(QAnyStringView text) const;
     /// The element of an array; null outside it. Linear in the index: walk arrays with `elements`.
@@ -135,7 +138,8 @@ public:
     Range<EntryIterator> entries() const;
 
     /// Whether both hold equal values of equal types. Dictionaries are compared without regard to order. Integers
-    /// compare by value, reals too (a NaN equals none), an integer never equals a real.
+    /// compare by value, reals too (a NaN equals none), an integer never equals a real. Of a key that occurs twice the
+    /// last one counts. Two null handles are equal. Linear in what the values hold.
     friend bool operator==(const PropertyListView &a, const PropertyListView &b) { return equal(a, b); }
 
 protected:
@@ -149,6 +153,7 @@ protected:
     quint32 m_row = 0;
 
 private:
+    friend class PropertyListDocument;
     friend class PropertyListIndex;
     friend class PropertyListValue;
 };
@@ -188,17 +193,24 @@ public:
     using pointer = void;
     using reference = PropertyListView;
 
+    ElementIterator() = default;
     PropertyListView operator*() const { return PropertyListView(m_document, m_row); }
     ElementIterator &operator++();
+    ElementIterator operator++(int) { return std::exchange(*this, std::next(*this)); }
     friend bool operator==(const ElementIterator &a, const ElementIterator &b) { return a.m_row == b.m_row; }
 
 private:
     friend class PropertyListView;
+    ElementIterator(const PropertyListDocument *document, quint32 row)
+        : m_document(document)
+        , m_row(row)
+    { }
+
     const PropertyListDocument *m_document = nullptr;
     quint32 m_row = 0;
 };
 
-/// Walks a dictionary: dereferences to itself, with `key` and `value`.
+/// Walks a dictionary: dereferences to itself, with `key` and `value`. A copy stays at its entry.
 class PropertyListView::EntryIterator
 {
 public:
@@ -208,16 +220,21 @@ public:
     using pointer = void;
     using reference = const EntryIterator &;
 
+    EntryIterator() = default;
     const EntryIterator &operator*() const { return *this; }
     EntryIterator &operator++();
+    EntryIterator operator++(int) { return std::exchange(*this, std::next(*this)); }
     friend bool operator==(const EntryIterator &a, const EntryIterator &b) { return a.m_row == b.m_row; }
 
     QString key() const;
+    /// The key as UTF-8. Borrows the document's bytes where it can, as `toUtf8` of a value does.
     QByteArray utf8Key() const;
     PropertyListView value() const { return PropertyListView(m_document, m_valueRow); }
 
 private:
     friend class PropertyListView;
+    EntryIterator(const PropertyListDocument *document, quint32 row);
+
     const PropertyListDocument *m_document = nullptr;
     quint32 m_row = 0; // of the key row, or of the value's where the key is interned
     quint32 m_valueRow = 0;

@@ -123,11 +123,16 @@ private:
     QHash<QByteArray, quint32> m_numbers;
 };
 
+class PropertyListValue;
+
 /// A parsed document: text, tape and keys. Immutable once a handle points to it; counted by its handles, from any
 /// thread.
 class PropertyListDocument
 {
 public:
+    /// The root of a finished document, which belongs to its handles from now on.
+    static PropertyListValue handOver(std::unique_ptr<PropertyListDocument> document);
+
     template <class T>
     struct Free {
         void operator()(T *memory) const { std::free(memory); }

@@ -1,0 +1,373 @@
+#include "Platform/Foundation/PropertyListReaders_p.h"
+#include "Platform/Foundation/PropertyListScalars_p.h"
+#include "Platform/Foundation/PropertyListTapeBuilder_p.h"
+#include "Platform/Foundation/Utf8Validator_p.h"
+
+#include <QHash>
+#include <QtEndian>
+
+#include <algorithm>
+#include <bit>
+
+namespace platform {
+
+using namespace PropertyListTape;
+
+namespace {
+
+constexpr qsizetype HeaderSize = 8; // "bplist", and the version
+constexpr qsizetype TrailerSize = 32;
+
+// A legitimate file that shares containers expands to a few times its objects; one that doubles itself at
+// every level expands without bounds.
+qsizetype rowLimit(qsizetype fileSize)
+{
+    return std::min<qsizetype>(std::max<qsizetype>(qsizetype(1) << 22, 16 * fileSize), 0xFFFF'FFF0);
+}
+
+// Reads a file of this shape: header; objects, each a marker byte (kind in the upper half, size in the
+// lower), a count where the size does not fit, and the content; the table of the objects' offsets; the
+// trailer that tells the sizes of offsets and references. All numbers are big-endian. A container's content
+// is the numbers of its objects.
+class BinaryReader
+{
+public:
+    explicit BinaryReader(QByteArrayView bytes)
+        : m_bytes(bytes)
+        , m_builder(bytes, rowLimit(bytes.size()))
+    { }
+
+    Result<PropertyListValue> read()
+    {
+        if (readTrailer()) {
+            m_checkedStrings.resize(std::size_t(m_objectCount));
+            readObject(m_topObject);
+            while (!m_error && !m_open.empty())
+                continueContainer();
+        }
+        if (m_error)
+            return *m_error;
+        return m_builder.finish();
+    }
+
+private:
+    struct Object {
+        qsizetype offset = 0; // of the marker
+        quint8 kind = 0;
+        quint8 size = 0;
+        qsizetype content = 0;
+        qsizetype count = 0; // the size, or the number behind the marker that stands in for it
+    };
+    struct Container {
+        quint64 object;
+        qsizetype references; // offset of the next reference
+        qsizetype left; // entries to come
+        qsizetype toValue; // bytes from a key's reference to its value's; 0 in an array
+    };
+
+    bool fail(qsizetype offset, const QString &reason)
+    {
+        if (!m_error)
+            m_error = Error{ErrorCode::Malformed, reason, offset, {}};
+        return false;
+    }
+
+    // A big-endian number of any number of bytes; what does not fit 64 bits is the caller's to exclude.
+    quint64 number(qsizetype offset, qsizetype size) const
+    {
+        quint64 result = 0;
+        for (const char byte : m_bytes.sliced(offset, size))
+            result = result << 8 | quint8(byte);
+        return result;
+    }
+
+    bool readTrailer()
+    {
+        if (!m_bytes.startsWith("bplist0"))
+            return fail(0, QStringLiteral("unknown version of the binary form"));
+        if (m_bytes.size() < HeaderSize + TrailerSize + 2)
+            return fail(m_bytes.size(), QStringLiteral("too short for a binary property list"));
+        const qsizetype trailer = m_bytes.size() - TrailerSize;
+        m_offsetSize = quint8(m_bytes[trailer + 6]);
+        m_referenceSize = quint8(m_bytes[trailer + 7]);
+        m_objectCount = number(trailer + 8, 8);
+        m_topObject = number(trailer + 16, 8);
+        const quint64 tableOffset = number(trailer + 24, 8);
+        if (m_offsetSize < 1 || m_offsetSize > 8)
+            return fail(trailer + 6, QStringLiteral("impossible size of offsets"));
+        if (m_referenceSize < 1 || m_referenceSize > 8)
+            return fail(trailer + 7, QStringLiteral("impossible size of references"));
+        if (tableOffset <= quint64(HeaderSize) || tableOffset >= quint64(trailer))
+            return fail(trailer + 24, QStringLiteral("offset table outside the file"));
+        m_tableOffset = qsizetype(tableOffset);
+        if (m_objectCount < 1 || m_objectCount > quint64(trailer - m_tableOffset) / quint64(m_offsetSize))
+            return fail(trailer + 8, QStringLiteral("impossible number of objects"));
+        if (m_topObject >= m_objectCount)
+            return fail(trailer + 16, QStringLiteral("root object does not exist"));
+        return true;
+    }
+
+    // Finds an object and reads its marker and count. All objects stand between the header and the offset
+    // table.
+    bool locate(quint64 index, Object &object)
+    {
+        const qsizetype entry = m_tableOffset + qsizetype(index) * m_offsetSize;
+        const quint64 offset = number(entry, m_offsetSize);
+        if (offset < quint64(HeaderSize) || offset >= quint64(m_tableOffset))
+            return fail(entry, QStringLiteral("offset of an object outside the file"));
+        object.offset = qsizetype(offset);
+        const auto marker = quint8(m_bytes[object.offset]);
+        object.kind = marker >> 4;
+        object.size = marker & 0xF;
+        object.content = object.offset + 1;
+        object.count = object.size;
+        const bool hasCount = (object.kind >= 0x4 && object.kind <= 0x7) || object.kind >= 0xA;
+        return !hasCount || object.size != 0xF || readLongCount(object);
+    }
+
+    // A count of fifteen or more is an integer object behind the marker.
+    bool readLongCount(Object &object)
+    {
+        const auto marker = object.content < m_tableOffset ? quint8(m_bytes[object.content]) : quint8(0);
+        const qsizetype size = qsizetype(1) << (marker & 0xF);
+        if (marker >> 4 != 0x1 || size > 8 || object.content + 1 + size > m_tableOffset)
+            return fail(object.content, QStringLiteral("broken count of an object"));
+        const quint64 count = number(object.content + 1, size);
+        if (count > quint64(m_tableOffset))
+            return fail(object.content, QStringLiteral("object reaches behind the objects' end"));
+        object.count = qsizetype(count);
+        object.content += 1 + size;
+        return true;
+    }
+
+    // Whether the object's content of so many bytes ends before the offset table.
+    bool fits(const Object &object, qsizetype unitSize)
+    {
+        return object.count <= (m_tableOffset - object.content) / unitSize
+            || fail(object.offset, QStringLiteral("object reaches behind the objects' end"));
+    }
+
+    bool takeBuilderError(qsizetype offset)
+    {
+        if (m_builder.error() && !m_error) {
+            m_error = m_builder.error();
+            m_error->byteOffset = offset;
+        }
+        return !m_error;
+    }
+
+    bool readObject(quint64 index)
+    {
+        Object object;
+        return locate(index, object) && addObject(index, object) && takeBuilderError(object.offset);
+    }
+
+    bool addObject(quint64 index, Object &object)
+    {
+        switch (object.kind) {
+        case 0x0:
+            if (object.size != 0x8 && object.size != 0x9)
+                return fail(object.offset, QStringLiteral("object of no kind that a property list can hold"));
+            m_builder.boolean(object.size == 0x9);
+            return true;
+        case 0x1:
+            return addInteger(object);
+        case 0x2:
+        case 0x3:
+            return addReal(object);
+        case 0x4:
+            if (!fits(object, 1))
+                return false;
+            m_builder.value(m_builder.sourcePiece(RawData, object.content, object.count));
+            return true;
+        case 0x5:
+        case 0x6:
+        case 0x7: {
+            const auto piece = stringPiece(index, object);
+            if (piece)
+                m_builder.value(*piece);
+            return piece.has_value();
+        }
+        case 0x8:
+            return addUid(object);
+        case 0xA: // an array
+        case 0xB: // an ordered set
+        case 0xC: // a set
+            return fits(object, m_referenceSize) && beginContainer(index, object, 0);
+        case 0xD:
+            return fits(object, 2 * m_referenceSize) && beginContainer(index, object, object.count * m_referenceSize);
+        default:
+            return fail(object.offset, QStringLiteral("object of unknown kind"));
+        }
+    }
+
+    bool addInteger(Object &object)
+    {
+        if (object.size > 4)
+            return fail(object.offset, QStringLiteral("integer of impossible size"));
+        const qsizetype size = object.count = qsizetype(1) << object.size;
+        if (!fits(object, 1))
+            return false;
+        // One, two and four bytes are unsigned, eight signed; sixteen hold what neither can.
+        const quint64 low = number(object.content + size - std::min<qsizetype>(size, 8), std::min<qsizetype>(size, 8));
+        const quint64 high = size == 16 ? number(object.content, 8) : size == 8 && qint64(low) < 0 ? ~quint64(0) : 0;
+        const bool negative = high == ~quint64(0) && qint64(low) < 0;
+        if (high != 0 && !negative)
+            return fail(object.offset, QStringLiteral("integer outside of 64 bits"));
+        m_builder.integer(negative ? 0 - low : low, negative);
+        return true;
+    }
+
+    bool addReal(Object &object)
+    {
+        const bool isDate = object.kind == 0x3;
+        if (object.size != 3 && (object.size != 2 || isDate))
+            return fail(object.offset, QStringLiteral("real or date of impossible size"));
+        object.count = qsizetype(1) << object.size;
+        if (!fits(object, 1))
+            return false;
+        const double value = object.size == 3 ? std::bit_cast<double>(number(object.content, 8))
+                                              : double(std::bit_cast<float>(quint32(number(object.content, 4))));
+        if (isDate)
+            m_builder.date(value);
+        else
+            m_builder.real(value);
+        return true;
+    }
+
+    bool addUid(Object &object)
+    {
+        object.count = object.size + 1;
+        if (!fits(object, 1))
+            return false;
+        const qsizetype surplus = std::max<qsizetype>(object.count - 8, 0);
+        for (const char byte : m_bytes.sliced(object.content, surplus)) {
+            if (byte != 0)
+                return fail(object.offset, QStringLiteral("reference number outside of 64 bits"));
+        }
+        m_builder.uid(number(object.content + surplus, object.count - surplus));
+        return true;
+    }
+
+    // An object that is a string. Each is checked or changed to UTF-8 once, however many values share it.
+    std::optional<PropertyListTapeBuilder::Piece> stringPiece(quint64 index, const Object &object)
+    {
+        if (object.kind == 0x6)
+            return utf16Piece(index, object);
+        if (!fits(object, 1))
+            return std::nullopt;
+        if (!m_checkedStrings[std::size_t(index)]) {
+            const QByteArrayView text = m_bytes.sliced(object.content, object.count);
+            const auto *end = object.kind == 0x5
+                ? std::find_if(text.begin(), text.end(), [](char character) { return quint8(character) >= 0x80; })
+                : text.begin() + validUtf8Length(text);
+            if (end != text.end()) {
+                fail(object.content + (end - text.begin()),
+                     object.kind == 0x5 ? QStringLiteral("string that claims to be ASCII is not")
+                                        : QStringLiteral("string that claims to be UTF-8 is not"));
+                return std::nullopt;
+            }
+            m_checkedStrings[std::size_t(index)] = true;
+        }
+        return m_builder.sourcePiece(String, object.content, object.count);
+    }
+
+    // Halves of surrogate pairs that stand alone become U+FFFD.
+    std::optional<PropertyListTapeBuilder::Piece> utf16Piece(quint64 index, const Object &object)
+    {
+        if (!fits(object, 2))
+            return std::nullopt;
+        const auto known = m_convertedStrings.constFind(index);
+        if (known != m_convertedStrings.cend())
+            return *known;
+        QByteArray text;
+        text.reserve(object.count + object.count / 2);
+        for (qsizetype i = 0; i < object.count; ++i) {
+            char32_t character = qFromBigEndian<quint16>(m_bytes.data() + object.content + 2 * i);
+            if (QChar::isHighSurrogate(character) && i + 1 < object.count) {
+                const auto low = qFromBigEndian<quint16>(m_bytes.data() + object.content + 2 * (i + 1));
+                if (QChar::isLowSurrogate(low)) {
+                    character = QChar::surrogateToUcs4(char16_t(character), low);
+                    ++i;
+                }
+            }
+            PropertyListScalars::appendUtf8(text, character);
+        }
+        const auto piece = m_builder.appendPiece(String, text);
+        m_convertedStrings.insert(index, piece);
+        return piece;
+    }
+
+    bool beginContainer(quint64 index, const Object &object, qsizetype toValue)
+    {
+        const auto isSame = [index](const Container &container) { return container.object == index; };
+        if (std::any_of(m_open.cbegin(), m_open.cend(), isSame))
+            return fail(object.offset, QStringLiteral("container that holds itself"));
+        if (object.kind == 0xD)
+            m_builder.beginDictionary();
+        else
+            m_builder.beginArray();
+        m_open.push_back({index, object.content, object.count, toValue});
+        return true;
+    }
+
+    bool readReference(qsizetype offset, quint64 &index)
+    {
+        index = number(offset, m_referenceSize);
+        return index < m_objectCount || fail(offset, QStringLiteral("reference to an object that does not exist"));
+    }
+
+    // Adds the next entry of the innermost container, or ends it.
+    bool continueContainer()
+    {
+        Container &container = m_open.back();
+        if (container.left == 0) {
+            m_open.pop_back();
+            m_builder.end();
+            return true;
+        }
+        const qsizetype reference = container.references;
+        const qsizetype toValue = container.toValue;
+        container.references += m_referenceSize;
+        --container.left;
+        quint64 index = 0;
+        return (toValue == 0 || readKey(reference)) && readReference(reference + toValue, index) && readObject(index);
+    }
+
+    bool readKey(qsizetype reference)
+    {
+        quint64 index = 0;
+        Object object;
+        if (!readReference(reference, index) || !locate(index, object))
+            return false;
+        if (object.kind < 0x5 || object.kind > 0x7)
+            return fail(object.offset, QStringLiteral("key that is no string"));
+        auto piece = stringPiece(index, object);
+        if (!piece)
+            return false;
+        piece->kind = Key;
+        m_builder.key(*piece);
+        return takeBuilderError(object.offset);
+    }
+
+    QByteArrayView m_bytes;
+    qsizetype m_offsetSize = 0;
+    qsizetype m_referenceSize = 0;
+    quint64 m_objectCount = 0;
+    quint64 m_topObject = 0;
+    qsizetype m_tableOffset = 0;
+    std::vector<bool> m_checkedStrings; // by object
+    QHash<quint64, PropertyListTapeBuilder::Piece> m_convertedStrings; // by object
+    std::vector<Container> m_open;
+    PropertyListTapeBuilder m_builder;
+    std::optional<Error> m_error;
+};
+
+} // namespace
+
+Result<PropertyListValue> parseBinaryPropertyList(QByteArrayView bytes)
+{
+    return BinaryReader(bytes).read();
+}
+
+} // namespace platform

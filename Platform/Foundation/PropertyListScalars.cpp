@@ -1,0 +1,287 @@
+#include "Platform/Foundation/PropertyListScalars_p.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <limits>
+
+namespace platform::PropertyListScalars {
+
+namespace {
+
+QByteArrayView trimmed(QByteArrayView text)
+{
+    const char *first = text.begin();
+    const char *last = text.end();
+    while (first != last && isSpace(*first))
+        ++first;
+    while (last != first && isSpace(last[-1]))
+        --last;
+    return QByteArrayView(first, last);
+}
+
+// Takes the sign, and the white space behind it, off a trimmed text.
+bool takeSign(QByteArrayView &text)
+{
+    if (text.isEmpty() || (text.front() != '-' && text.front() != '+'))
+        return false;
+    const bool negative = text.front() == '-';
+    text = trimmed(text.sliced(1));
+    return negative;
+}
+
+// Eight digits at once, the first in the lowest byte: pairs of digits, of pairs and of fours are joined by
+// one multiplication each. Daniel Lemire, "Quickly parsing eight digits",
+// https://lemire.me/blog/2018/10/03/quickly-parsing-eight-digits/.
+quint32 joinEightDigits(quint64 digits)
+{
+    digits -= 0x3030303030303030;
+    digits = digits * 10 + (digits >> 8);
+    return quint32(((digits & 0x000000FF000000FF) * 0x000F424000000064
+                    + ((digits >> 16) & 0x000000FF000000FF) * 0x0000271000000001)
+                   >> 32);
+}
+
+bool areEightDigits(quint64 bytes)
+{
+    return ((bytes & 0xF0F0F0F0F0F0F0F0) | (((bytes + 0x0606060606060606) & 0xF0F0F0F0F0F0F0F0) >> 4))
+        == 0x3333333333333333;
+}
+
+// One to eight digits. Reads eight bytes that end with the last digit and makes those before the first one
+// zeros.
+std::optional<quint32> parseUpToEightDigits(const char *digits, qsizetype length)
+{
+    quint64 bytes = qFromLittleEndian<quint64>(digits + length - 8);
+    const int surplus = int(8 - length) * 8;
+    if (surplus > 0)
+        bytes = (bytes >> surplus << surplus) | (0x3030303030303030 & ((quint64(1) << surplus) - 1));
+    if (!areEightDigits(bytes))
+        return std::nullopt;
+    return joinEightDigits(bytes);
+}
+
+std::optional<quint64> parseDigits(QByteArrayView digits, int base)
+{
+    quint64 number = 0;
+    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number, base);
+    if (error != std::errc() || end != digits.end())
+        return std::nullopt;
+    return number;
+}
+
+std::optional<int> parseTwoDigits(const char *text)
+{
+    const unsigned tens = unsigned(text[0] - '0');
+    const unsigned ones = unsigned(text[1] - '0');
+    if (tens > 9 || ones > 9)
+        return std::nullopt;
+    return int(tens * 10 + ones);
+}
+
+} // namespace
+
+std::optional<IntegerNumber> parseInteger(QByteArrayView text)
+{
+    // Nearly all integers are a few plain digits.
+    if (!text.isEmpty() && text.size() <= 8) {
+        if (const auto number = parseUpToEightDigits(text.data(), text.size()))
+            return IntegerNumber{*number, false};
+    } else if (!text.isEmpty() && text.size() <= 16) {
+        const auto high = parseUpToEightDigits(text.data(), text.size() - 8);
+        const auto low = parseUpToEightDigits(text.data() + text.size() - 8, 8);
+        if (high && low)
+            return IntegerNumber{quint64(*high) * 100'000'000 + *low, false};
+    }
+
+    text = trimmed(text);
+    const bool negative = takeSign(text);
+    const bool hexadecimal = text.size() > 2 && text[0] == '0' && (text[1] | 0x20) == 'x';
+    const auto magnitude = hexadecimal ? parseDigits(text.sliced(2), 16) : parseDigits(text, 10);
+    if (!magnitude || (negative && *magnitude > quint64(1) << 63))
+        return std::nullopt;
+    return IntegerNumber{*magnitude, negative && *magnitude != 0};
+}
+
+std::optional<double> parseReal(QByteArrayView text)
+{
+    text = trimmed(text);
+    const bool negative = takeSign(text);
+    // A second sign, and the "nan(…)" that std::from_chars takes, are no numbers here.
+    if (text.isEmpty() || text.front() == '-' || text.back() == ')')
+        return std::nullopt;
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.begin(), text.end(), number);
+    if (end != text.end() || error == std::errc::invalid_argument)
+        return std::nullopt;
+    if (error == std::errc::result_out_of_range)
+        number = text.toDouble(); // tells too large from too small
+    return negative ? -number : number;
+}
+
+std::optional<qint64> parseDate(QByteArrayView text)
+{
+    text = trimmed(text);
+    const bool negative = takeSign(text);
+    constexpr qsizetype RestLength = 16; // "-01-31T20:43:14Z"
+    const qsizetype yearLength = text.size() - RestLength;
+    if (yearLength < 4 || yearLength > 9)
+        return std::nullopt;
+    const auto year = parseDigits(text.first(yearLength), 10);
+    const char *rest = text.data() + yearLength;
+    if (!year || rest[0] != '-' || rest[3] != '-' || rest[6] != 'T' || rest[9] != ':' || rest[12] != ':'
+        || rest[15] != 'Z')
+        return std::nullopt;
+    const auto month = parseTwoDigits(rest + 1);
+    const auto day = parseTwoDigits(rest + 4);
+    const auto hour = parseTwoDigits(rest + 7);
+    const auto minute = parseTwoDigits(rest + 10);
+    const auto second = parseTwoDigits(rest + 13);
+    if (!month || !day || !hour || !minute || !second)
+        return std::nullopt;
+    const int monthsOn = *month + 11; // counted from one year before, so that month 00 is the December before
+    const qint64 fullYear = (negative ? -qint64(*year) : qint64(*year)) - 1 + monthsOn / 12;
+    const qint64 days = daysFromCivil(fullYear, monthsOn % 12 + 1, *day);
+    return days * 86400 + *hour * 3600 + *minute * 60 + *second - ReferenceEpoch;
+}
+
+std::optional<quint32> parseCanonicalNumber(QByteArrayView text)
+{
+    if (text.isEmpty() || text.size() > 10 || (text.front() == '0' && text.size() > 1))
+        return std::nullopt;
+    quint64 number = 0;
+    for (const char character : text) {
+        const unsigned digit = unsigned(character - '0');
+        if (digit > 9)
+            return std::nullopt;
+        number = number * 10 + digit;
+    }
+    if (number > std::numeric_limits<quint32>::max())
+        return std::nullopt;
+    return quint32(number);
+}
+
+char *writeUtf8(char *output, char32_t character)
+{
+    if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF))
+        character = 0xFFFD;
+    if (character < 0x80) {
+        *output++ = char(character);
+        return output;
+    }
+    if (character < 0x800) {
+        *output++ = char(0xC0 | character >> 6);
+    } else {
+        if (character < 0x10000) {
+            *output++ = char(0xE0 | character >> 12);
+        } else {
+            *output++ = char(0xF0 | character >> 18);
+            *output++ = char(0x80 | (character >> 12 & 0x3F));
+        }
+        *output++ = char(0x80 | (character >> 6 & 0x3F));
+    }
+    *output++ = char(0x80 | (character & 0x3F));
+    return output;
+}
+
+void appendUtf8(QByteArray &text, char32_t character)
+{
+    char bytes[4];
+    text.append(bytes, writeUtf8(bytes, character) - bytes);
+}
+
+namespace {
+
+// The character that a reference ("&amp;" without the ampersand and semicolon) stands for.
+std::optional<char32_t> characterOfReference(QByteArrayView name)
+{
+    if (name.size() > 1 && name.front() == '#') {
+        const bool hexadecimal = name[1] == 'x';
+        const auto number = parseDigits(name.sliced(hexadecimal ? 2 : 1), hexadecimal ? 16 : 10);
+        return number && *number <= 0x10FFFF ? std::optional(char32_t(*number)) : std::nullopt;
+    }
+    if (name == "amp")
+        return U'&';
+    if (name == "lt")
+        return U'<';
+    if (name == "gt")
+        return U'>';
+    if (name == "quot")
+        return U'"';
+    if (name == "apos")
+        return U'\'';
+    return std::nullopt;
+}
+
+void appendWithLineFeeds(QByteArray &result, QByteArrayView text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r')
+            result += text[i];
+        else if (i + 1 == text.size() || text[i + 1] != '\n')
+            result += '\n';
+    }
+}
+
+// Consumes the markup or reference at the front of the text, or the one character.
+void appendMarkup(QByteArray &result, QByteArrayView &text)
+{
+    const auto takeThrough = [&text](QByteArrayView opening, QByteArrayView closing) {
+        const qsizetype end = text.indexOf(closing, opening.size());
+        const QByteArrayView content = text.first(end < 0 ? text.size() : end).sliced(opening.size());
+        text = end < 0 ? QByteArrayView() : text.sliced(end + closing.size());
+        return content;
+    };
+    if (text.startsWith("<![CDATA[")) {
+        appendWithLineFeeds(result, takeThrough("<![CDATA[", "]]>"));
+        return;
+    }
+    if (text.startsWith("<!--")) {
+        takeThrough("<!--", "-->");
+        return;
+    }
+    if (text.startsWith("<?")) {
+        takeThrough("<?", "?>");
+        return;
+    }
+    if (text.front() == '&') {
+        const qsizetype end = text.indexOf(';');
+        const auto character = end < 0 ? std::nullopt : characterOfReference(text.sliced(1, end - 1));
+        if (character) {
+            appendUtf8(result, *character);
+            text = text.sliced(end + 1);
+            return;
+        }
+    }
+    result += text.front();
+    text = text.sliced(1);
+}
+
+} // namespace
+
+QByteArray unescape(QByteArrayView text)
+{
+    QByteArray result;
+    result.reserve(text.size());
+    while (!text.isEmpty()) {
+        const auto *special = std::find_if(text.begin(), text.end(), [](char character) {
+            return character == '&' || character == '<' || character == '\r';
+        });
+        result.append(text.data(), special - text.begin());
+        text = text.sliced(special - text.begin());
+        if (text.isEmpty())
+            break;
+        if (text.front() == '\r') {
+            const qsizetype length = text.size() > 1 && text[1] == '\n' ? 2 : 1;
+            result += '\n';
+            text = text.sliced(length);
+        } else {
+            appendMarkup(result, text);
+        }
+    }
+    return result;
+}
+
+} // namespace platform::PropertyListScalars

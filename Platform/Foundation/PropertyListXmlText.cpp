@@ -1,0 +1,158 @@
+#include "Platform/Foundation/PropertyListXmlText_p.h"
+
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+namespace platform::PropertyListXmlText {
+
+namespace {
+
+struct NamedReference {
+    std::string_view text;
+    char character;
+};
+constexpr NamedReference NamedReferences[] = {
+    {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+
+char *putUtf8(char *to, char32_t character)
+{
+    if (character < 0x80) {
+        *to++ = char(character);
+        return to;
+    }
+    if (character < 0x800) {
+        *to++ = char(0xC0 | character >> 6);
+    } else {
+        if (character < 0x10000) {
+            *to++ = char(0xE0 | character >> 12);
+        } else {
+            *to++ = char(0xF0 | character >> 18);
+            *to++ = char(0x80 | (character >> 12 & 0x3F));
+        }
+        *to++ = char(0x80 | (character >> 6 & 0x3F));
+    }
+    *to++ = char(0x80 | (character & 0x3F));
+    return to;
+}
+
+std::optional<unsigned> digitOf(char character, bool hexadecimal)
+{
+    if (character >= '0' && character <= '9')
+        return unsigned(character - '0');
+    const char lower = char(character | 0x20);
+    if (hexadecimal && lower >= 'a' && lower <= 'f')
+        return unsigned(lower - 'a' + 10);
+    return std::nullopt;
+}
+
+/// The work on one text: reads at `from`, writes at `to`, which never overtakes it.
+class Unescaper
+{
+public:
+    Unescaper(char *first, const char *last)
+        : m_from(first)
+        , m_last(last)
+        , m_to(first)
+    { }
+
+    Unescaped run()
+    {
+        while (m_from < m_last && !m_reason) {
+            switch (*m_from) {
+            case '&':
+                replaceReference();
+                break;
+            case '<':
+                openMarkup();
+                break;
+            default:
+                copyCharacter();
+            }
+        }
+        return {m_to, m_reason ? m_from : nullptr, m_reason};
+    }
+
+private:
+    std::string_view rest() const { return {m_from, size_t(m_last - m_from)}; }
+
+    void copyCharacter()
+    {
+        if (*m_from != '\r') {
+            *m_to++ = *m_from++;
+            return;
+        }
+        *m_to++ = '\n';
+        m_from += rest().substr(0, 2) == "\r\n" ? 2 : 1;
+    }
+
+    void replaceReference()
+    {
+        if (rest().substr(0, 2) == "&#") {
+            replaceCharacterReference();
+            return;
+        }
+        for (const NamedReference &reference : NamedReferences) {
+            if (rest().substr(0, reference.text.size()) == reference.text) {
+                *m_to++ = reference.character;
+                m_from += reference.text.size();
+                return;
+            }
+        }
+        m_reason = "reference to an entity that is not defined";
+    }
+
+    void replaceCharacterReference()
+    {
+        const bool hexadecimal = rest().substr(0, 3) == "&#x";
+        const char *digits = m_from + (hexadecimal ? 3 : 2);
+        const char *place = digits;
+        char32_t character = 0;
+        for (; place < m_last; ++place) {
+            const auto digit = digitOf(*place, hexadecimal);
+            if (!digit)
+                break;
+            if (character <= 0x10FFFF) // stays too large once it is
+                character = character * (hexadecimal ? 16 : 10) + *digit;
+        }
+        const bool isCharacter = character != 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
+        if (place == digits || place == m_last || *place != ';')
+            m_reason = "character reference without a number or semicolon";
+        else if (!isCharacter)
+            m_reason = "reference to a character that does not exist";
+        else {
+            m_to = putUtf8(m_to, character);
+            m_from = place + 1;
+        }
+    }
+
+    void openMarkup()
+    {
+        constexpr std::string_view DataStart = "<![CDATA[", DataEnd = "]]>";
+        if (rest().substr(0, DataStart.size()) == DataStart) {
+            const char *end = m_from + rest().find(DataEnd);
+            m_from += DataStart.size();
+            while (m_from < end)
+                copyCharacter();
+            m_from = end + DataEnd.size();
+        } else if (m_from[1] == '!') {
+            m_from += rest().find("-->", 4) + 3;
+        } else {
+            m_from += rest().find("?>", 2) + 2;
+        }
+    }
+
+    const char *m_from;
+    const char *m_last;
+    char *m_to;
+    const char *m_reason = nullptr;
+};
+
+} // namespace
+
+Unescaped unescapeInPlace(char *first, const char *last)
+{
+    return Unescaper(first, last).run();
+}
+
+} // namespace platform::PropertyListXmlText
