@@ -5,8 +5,8 @@
 #include <QColor>
 #include <QString>
 
-/// Colours in the user defaults. A colour is stored as data: Qt's data stream of a QColor in its version for Qt 6.0,
-/// eleven bytes, which keeps the colour's model and 16 bits for each component. Any thread.
+/// Colours in the user defaults. A colour is stored as data: Qt's data stream of a QColor in its version for Qt
+/// 6.0, eleven bytes, which keeps the colour's model and 16 bits for each component. Any thread.
 namespace ZRColorSupport {
 
 /// Stores the colour under the key. An invalid colour is stored as one and reads back as none.

@@ -111,8 +111,7 @@ UserDefaults &UserDefaults::standard()
 
 UserDefaults::UserDefaults(std::unique_ptr<QSettings> settings)
     : m_settings(std::move(settings))
-{
-}
+{ }
 
 void UserDefaults::registerDefaults(const QVariantMap &defaults)
 {
@@ -234,8 +233,8 @@ QVariantMap UserDefaults::persistentDomainForName(const QString &name) const
 {
     if (name.isEmpty() || name.contains(u'/'))
         return {};
-    const QString path
-        = FileManager::homeFolder() + QStringLiteral("/Library/Preferences/") + name + QStringLiteral(".plist");
+    const QString path =
+        FileManager::homeFolder() + QStringLiteral("/Library/Preferences/") + name + QStringLiteral(".plist");
     const Result<PropertyListValue> domain = PropertyList::read(path);
     return domain ? domain.value().toVariant().toMap() : QVariantMap();
 }

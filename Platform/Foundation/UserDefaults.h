@@ -9,13 +9,13 @@
 
 namespace platform {
 
-/// What the user prefers: values under keys, kept from one run of the program to the next. A value is looked for among
-/// what was set, which is the host's QSettings, and then among the registered defaults, which programs register anew
-/// at each start and which are never stored.
+/// What the user prefers: values under keys, kept from one run of the program to the next. A value is looked for
+/// among what was set, which is the host's QSettings, and then among the registered defaults, which programs
+/// register anew at each start and which are never stored.
 ///
-/// The file behind it may have been edited by hand, and the settings' own format keeps most values as text: a getter
-/// therefore takes whatever type it finds and makes the best of it, and gives its empty value for what makes no
-/// sense. Names of groups in keys ("group/key") are those of QSettings. The empty key holds nothing.
+/// The file behind it may have been edited by hand, and the settings' own format keeps most values as text: a
+/// getter therefore takes whatever type it finds and makes the best of it, and gives its empty value for what makes
+/// no sense. Names of groups in keys ("group/key") are those of QSettings. The empty key holds nothing.
 ///
 /// Thread safety: every operation may be called on any thread.
 class UserDefaults
@@ -38,8 +38,8 @@ public:
     /// A boolean, or whether a number is not 0. Of a text, whether it begins, after blanks, a sign and zeros, with
     /// one of Y, y, T, t and 1 to 9: "YES", "true" and "12" are true, "NO", "false", "0" and "off" are not.
     bool boolean(const QString &key) const;
-    /// The whole number; the one that a text begins with, after blanks ("12 pixels" is 12); reals are cut towards 0.
-    /// Numbers that 64 bits cannot hold give the nearest that they can; what is no number gives 0.
+    /// The whole number; the one that a text begins with, after blanks ("12 pixels" is 12); reals are cut towards
+    /// 0. Numbers that 64 bits cannot hold give the nearest that they can; what is no number gives 0.
     qint64 integer(const QString &key) const;
     /// The number; the one that a text begins with, after blanks, with a point in every locale. What is no finite
     /// number gives 0.
@@ -59,8 +59,8 @@ public:
     /// @return whether that worked.
     bool synchronize();
 
-    /// The preferences of another application, read from its property list in the folder "Library/Preferences" of the
-    /// user's home: that of "com.apple.iphoto" is "com.apple.iphoto.plist". They are read anew at each call.
+    /// The preferences of another application, read from its property list in the folder "Library/Preferences" of
+    /// the user's home: that of "com.apple.iphoto" is "com.apple.iphoto.plist". They are read anew at each call.
     /// @return nothing when there is no such list, it is damaged, its root is no dictionary, or the name is none.
     QVariantMap persistentDomainForName(const QString &name) const;
 

@@ -75,12 +75,12 @@ TEST_F(ZRColorSupportTest, AnswersNothingForDataThatIsNoColour)
         EXPECT_FALSE(colorForKeyZR(defaults, key).isValid()) << length;
     }
     const char *rows[] = {
-        "06ffffffff000000000000",   // no such model
-        "ffffffffff000000000000",   // nor this
-        "02ffff8ca0ffffffff0000",   // a hue of 360 degrees
-        "0401ffffeeffffffff0000",   // a hue of 655.18 degrees
-        "053c007e00000000000000",   // an extended red that is not a number
-        "053c007c00000000000000",   // an extended red that is infinite
+        "06ffffffff000000000000", // no such model
+        "ffffffffff000000000000", // nor this
+        "02ffff8ca0ffffffff0000", // a hue of 360 degrees
+        "0401ffffeeffffffff0000", // a hue of 655.18 degrees
+        "053c007e00000000000000", // an extended red that is not a number
+        "053c007c00000000000000", // an extended red that is infinite
         "014040ffff80800000000000", // a byte too many
     };
     for (const char *row : rows) {
@@ -91,7 +91,8 @@ TEST_F(ZRColorSupportTest, AnswersNothingForDataThatIsNoColour)
 
 TEST_F(ZRColorSupportTest, AnswersNothingForAValueThatIsNoData)
 {
-    for (const QVariant &value : {QVariant(QStringLiteral("#ff0000")), QVariant(5), QVariant(QVariantList({1, 0, 0}))}) {
+    for (const QVariant &value :
+         {QVariant(QStringLiteral("#ff0000")), QVariant(5), QVariant(QVariantList({1, 0, 0}))}) {
         defaults.set(key, value);
         EXPECT_FALSE(colorForKeyZR(defaults, key).isValid());
     }

@@ -307,8 +307,13 @@ TEST_F(PersistentDomain, IsReadInItsBinaryForm)
 {
     // {"RootDirectory": "/p"}
     const QByteArray binary = QByteArray("bplist00\xD1\x01\x02\x5DRootDirectory\x52/p", 28)
-        + QByteArray::fromHex("080b19") + QByteArray::fromHex("000000000000" "01" "01" "0000000000000003"
-                                                              "0000000000000000" "000000000000001c");
+        + QByteArray::fromHex("080b19")
+        + QByteArray::fromHex("000000000000"
+                              "01"
+                              "01"
+                              "0000000000000003"
+                              "0000000000000000"
+                              "000000000000001c");
     EXPECT_EQ(domainOf(binary).value(QStringLiteral("RootDirectory")).toString(), QStringLiteral("/p"));
 }
 
@@ -327,7 +332,8 @@ TEST_F(PersistentDomain, IsEmptyWhenThereIsNoneOrItIsDamaged)
 
 TEST_F(PersistentDomain, IsNeverReadFromOutsideTheFolderOfPreferences)
 {
-    testSupport::writeFile(testSupport::homePath() + QStringLiteral("/outside.plist"), "<dict><key>a</key><true/></dict>");
+    testSupport::writeFile(testSupport::homePath() + QStringLiteral("/outside.plist"),
+                           "<dict><key>a</key><true/></dict>");
     EXPECT_TRUE(defaults->persistentDomainForName(QStringLiteral("../../outside")).isEmpty());
     EXPECT_TRUE(defaults->persistentDomainForName(QString()).isEmpty());
     EXPECT_TRUE(defaults->persistentDomainForName(QStringLiteral("a") + QChar(u'\0')).isEmpty());
