@@ -1,5 +1,7 @@
 #include "Progress.h"
 
+#include "ZRCommon/ZRLocalizedString.h"
+
 #include <QLocale>
 
 #include <cmath>
@@ -54,13 +56,13 @@ QString Progress::text(const QString &task, const QString &unit, qint64 done, qi
 {
     const QLocale locale;
     QString text = total > 0
-        ? QStringLiteral("%1: %2 of %3 %4").arg(task, locale.toString(done), locale.toString(total), unit)
+        ? ZRLocalizedString("%1: %2 of %3 %4").arg(task, locale.toString(done), locale.toString(total), unit)
         : QStringLiteral("%1: %2 %3").arg(task, locale.toString(done), unit);
     const double rate = seconds > 0 ? double(done) / seconds : 0;
     if (rate > 0)
         text += QStringLiteral(", %1 %2/s").arg(locale.toString(qint64(std::llround(rate))), unit);
     if (rate > 0 && total > done)
-        text += QStringLiteral(", %1 s left").arg(locale.toString(qint64(std::ceil(double(total - done) / rate))));
+        text += ZRLocalizedString(", %1 s left").arg(locale.toString(qint64(std::ceil(double(total - done) / rate))));
     return text;
 }
 

@@ -110,11 +110,14 @@ TEST_F(ZRLocalizedStringTest, EveryTextInTheSourcesIsTranslated)
     const auto german = translatedTexts(root + QStringLiteral("/Resources/translations/zrcommon_de.ts"));
     EXPECT_TRUE(german.count(QStringLiteral("Songs")));
     const QRegularExpression call(QStringLiteral("\\bZRLocalizedString\\(\\s*(\"((?:[^\"\\\\]|\\\\.)*)\"\\s*([,)]))?"));
-    QDirIterator files(root + QStringLiteral("/ZRCommon"), {QStringLiteral("*.cpp"), QStringLiteral("*.h")},
-                       QDir::Files);
-    while (files.hasNext()) {
-        const QString path = files.next();
-        if (files.fileInfo().completeBaseName() == QLatin1String("ZRLocalizedString"))
+    QStringList paths;
+    for (const char *folder : {"/ZRCommon", "/Examples/zrmedia"}) {
+        QDirIterator files(root + QLatin1String(folder), {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files);
+        while (files.hasNext())
+            paths.append(files.next());
+    }
+    for (const QString &path : std::as_const(paths)) {
+        if (QFileInfo(path).completeBaseName() == QLatin1String("ZRLocalizedString"))
             continue;
         const QString code = QString::fromUtf8(testSupport::readFile(path));
         for (QRegularExpressionMatchIterator calls = call.globalMatch(code); calls.hasNext();) {
