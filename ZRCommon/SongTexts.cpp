@@ -7,48 +7,24 @@
 
 #include <unordered_map>
 
-using platform::PropertyListKey;
+using platform::PropertyListColumns;
 using platform::PropertyListValue;
 using platform::PropertyListView;
 
 namespace {
 
-/// Looks the same keys up in song after song.
-class TextsOfSongs
+/// Bytes of the libraries that the songs come from.
+qsizetype memoryOf(const SongList &songs)
 {
-public:
-    explicit TextsOfSongs(std::span<const char *const> keys)
-        : m_keys(keys)
-    { }
-
-    /// Calls `take(text)` for each key.
-    template <class Take>
-    void visit(const PropertyListValue &song, const Take &take)
-    {
-        if (!song.sharesDocumentWith(m_last) || m_prepared.empty())
-            prepare(song);
-        for (const PropertyListKey &key : m_prepared)
-            take(static_cast<const PropertyListView &>(song).value(key));
+    qsizetype bytes = 0;
+    PropertyListView last;
+    for (const PropertyListValue &song : songs) {
+        if (!song.sharesDocumentWith(last))
+            bytes += song.memoryUse();
+        last = song;
     }
-
-    /// Bytes of the libraries that the songs visited so far come from.
-    qsizetype memoryUse() const { return m_memoryUse; }
-
-private:
-    void prepare(const PropertyListValue &song)
-    {
-        m_last = song;
-        m_memoryUse += song.memoryUse();
-        m_prepared.clear();
-        for (const char *key : m_keys)
-            m_prepared.push_back(song.key(QUtf8StringView(key)));
-    }
-
-    std::span<const char *const> m_keys;
-    std::vector<PropertyListKey> m_prepared;
-    PropertyListView m_last;
-    qsizetype m_memoryUse = 0;
-};
+    return bytes;
+}
 
 /// What makes two texts one: the bytes that they stand in, or their place in the library where those are
 /// escaped.
@@ -69,47 +45,45 @@ TextIdentity identityOf(const PropertyListView &text)
 SongTexts::SongTexts(const SongList &songs, std::span<const char *const> keys)
 {
     m_starts.reserve(size_t(songs.size()) + 1);
-    if (!foldSongs(songs, keys)) {
+    const qsizetype libraries = memoryOf(songs);
+    PropertyListColumns columns(keys);
+    if (!foldSongs(songs, columns, libraries)) {
         m_bytes.clear();
         m_starts.assign(1, 0);
-        foldDistinctTexts(songs, keys);
+        foldDistinctTexts(songs, columns, libraries);
     }
     m_bytes.append(platform::SubstringSearch::Padding, '\0');
 }
 
-/// @return false as soon as the texts take more than their libraries, which can only be when they are
-/// repeated.
-bool SongTexts::foldSongs(const SongList &songs, std::span<const char *const> keys)
+/// @return false when the texts took more than the libraries, which can only be when they are repeated.
+bool SongTexts::foldSongs(const SongList &songs, PropertyListColumns &columns, qsizetype libraries)
 {
-    TextsOfSongs texts(keys);
-    for (const PropertyListValue &song : songs) {
-        texts.visit(song, [this](const PropertyListView &text) { appendText(text); });
-        if (m_bytes.size() > texts.memoryUse() + 0x10000)
-            return false;
+    columns.visit(songs, [&](std::span<const PropertyListView> texts) {
+        if (m_bytes.size() > libraries)
+            return;
+        for (const PropertyListView &text : texts)
+            appendText(text);
         endRecord();
-    }
-    return true;
+    });
+    return m_bytes.size() <= libraries;
 }
 
-void SongTexts::foldDistinctTexts(const SongList &songs, std::span<const char *const> keys)
+void SongTexts::foldDistinctTexts(const SongList &songs, PropertyListColumns &columns, qsizetype libraries)
 {
-    TextsOfSongs texts(keys);
     std::unordered_map<TextIdentity, quint32, TextIdentityHash> records;
-    m_recordsOfTexts.reserve(size_t(songs.size()) * keys.size());
-    for (const PropertyListValue &song : songs) {
-        texts.visit(song, [&](const PropertyListView &text) {
-            const auto newRecord = quint32(recordCount());
-            const quint32 record = records.try_emplace(identityOf(text), newRecord).first->second;
-            m_recordsOfTexts.push_back(record);
-            if (record != newRecord)
-                return;
-            // Folding makes no text more than half as long again. Only in a file that was made to overlap its
-            // texts can all of them together be longer than this; the rest then count as empty.
-            if (m_bytes.size() < 2 * texts.memoryUse() + 0x10000)
-                appendText(text);
+    m_recordsOfTexts.reserve(size_t(songs.size() * columns.count()));
+    columns.visit(songs, [&](std::span<const PropertyListView> texts) {
+        for (const PropertyListView &text : texts) {
+            const auto [known, isNew] = records.try_emplace(identityOf(text), quint32(recordCount()));
+            m_recordsOfTexts.push_back(known->second);
+            if (!isNew)
+                continue;
+            // Folding makes no text more than half as long again. Only in a file that was made to overlap its texts can
+            // all of them together be longer than this; the rest then count as empty.
+            appendText(m_bytes.size() < 2 * libraries ? text : PropertyListView());
             endRecord();
-        });
-    }
+        }
+    });
 }
 
 void SongTexts::appendText(const PropertyListView &text)

@@ -6,6 +6,7 @@
 //  may change from version to version.
 //
 
+#include "Platform/Foundation/PropertyListColumns.h"
 #include "ZRCommon/SongList.h"
 
 #include <QByteArray>
@@ -29,10 +30,10 @@ public:
     SongTexts(const SongList &songs, std::span<const char *const> keys);
 
     size_t recordCount() const { return m_starts.size() - 1; }
-    /// All records, with `SubstringSearch::Padding` readable bytes behind their end.
-    QByteArrayView all() const { return QByteArrayView(m_bytes).first(qsizetype(m_starts.back())); }
-    /// Where a record starts in `all`; it ends where the next one starts.
-    size_t start(size_t record) const { return m_starts[record]; }
+    /// The block, with `SubstringSearch::Padding` readable bytes behind the last record.
+    const char *block() const { return m_bytes.constData(); }
+    /// Where each record starts in the block, and where the last one ends.
+    std::span<const size_t> starts() const { return m_starts; }
     QByteArrayView record(size_t record) const
     {
         return QByteArrayView(m_bytes).sliced(qsizetype(m_starts[record]),
@@ -44,8 +45,8 @@ public:
     const std::vector<quint32> &recordsOfTexts() const { return m_recordsOfTexts; }
 
 private:
-    bool foldSongs(const SongList &songs, std::span<const char *const> keys);
-    void foldDistinctTexts(const SongList &songs, std::span<const char *const> keys);
+    bool foldSongs(const SongList &songs, platform::PropertyListColumns &columns, qsizetype libraries);
+    void foldDistinctTexts(const SongList &songs, platform::PropertyListColumns &columns, qsizetype libraries);
     void appendText(const platform::PropertyListView &text);
     void endRecord() { m_starts.push_back(size_t(m_bytes.size())); }
 

@@ -34,7 +34,6 @@ public:
     SongList songsMatchingString(QStringView string);
 
 private:
-    std::vector<quint32> recordsContaining(QByteArrayView needle) const;
     std::vector<quint32> hitsContaining(QByteArrayView needle) const;
     SongList songsOfHits() const;
 

@@ -4,7 +4,6 @@
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/SongTexts_p.h"
 
-using platform::PropertyListKey;
 using platform::PropertyListView;
 
 namespace {
@@ -44,16 +43,11 @@ std::vector<quint32> orderByText(const SongList &songs, const char *key, Qt::Sor
 
 std::vector<quint32> orderByTime(const SongList &songs, Qt::SortOrder order)
 {
+    const char *const keys[] = {"Total Time"};
     std::vector<qint64> times;
     times.reserve(size_t(songs.size()));
-    PropertyListView last;
-    PropertyListKey key;
-    for (const PropertyListView &song : songs) {
-        if (!song.sharesDocumentWith(last))
-            key = song.key(u"Total Time");
-        last = song;
-        times.push_back(song.value(key).toInteger());
-    }
+    platform::PropertyListColumns columns(keys);
+    columns.visit(songs, [&](std::span<const PropertyListView> values) { times.push_back(values[0].toInteger()); });
     return platform::StableOrder::ofNumbers(times, order);
 }
 
@@ -110,9 +104,5 @@ std::weak_ordering iTunesSortingForZR::zrCompareTimeDescending(const PropertyLis
 
 SongList iTunesSortingForZR::sorted(const SongList &songs, Column column, Qt::SortOrder order)
 {
-    SongList result;
-    result.reserve(songs.size());
-    for (const quint32 position : orderOf(songs, column, order))
-        result.append(songs[position]);
-    return result;
+    return platform::PropertyListValue::select(songs, orderOf(songs, column, order));
 }

@@ -56,8 +56,9 @@ void ZRProcessServer::addProcessObserver(const std::shared_ptr<ZRProcessObserver
     ZR_ASSERT_PARAMETER(this, observer);
     const std::lock_guard lock(m_mutex);
     std::erase_if(m_observers, [](const auto &known) { return known.expired(); });
-    const auto isObserver
-        = [&](const auto &known) { return !known.owner_before(observer) && !observer.owner_before(known); };
+    const auto isObserver = [&](const auto &known) {
+        return !known.owner_before(observer) && !observer.owner_before(known);
+    };
     if (std::none_of(m_observers.cbegin(), m_observers.cend(), isObserver))
         m_observers.push_back(observer);
 }
@@ -102,9 +103,9 @@ std::shared_ptr<ZRWorkUnit> ZRProcessServer::takeUnit()
 void ZRProcessServer::process(std::shared_ptr<ZRWorkUnit> unit)
 {
     deliver([this, unit] { tellObservers(*unit, &ZRProcessObserver::processServerDidBeginWorkUnit); });
+    const ZRWorkUnit &worked = *unit;
     const QString what =
-        QStringLiteral("work unit %1 of server \"%2\"")
-            .arg(platform::typeName(typeid(*unit)), m_name); // NOLINT: the run-time type is meant
+        QStringLiteral("work unit %1 of server \"%2\"").arg(platform::typeName(typeid(worked)), m_name);
     platform::callGuarded(processServerLog(), what, [&] { unit->processWithServer(*this); });
     {
         const std::lock_guard lock(m_mutex);

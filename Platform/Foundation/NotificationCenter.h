@@ -20,25 +20,27 @@ namespace platform
 /// filter of a registration, where nothing means anything.
 ///
 /// Two objects are the same when they are the same object in memory, whatever base class they are pointed to
-/// by (for that, a class that is neither a QObject nor polymorphic must be pointed to by the same type). Two
-/// values are the same when they are equal as QVariants. Nothing is the same as nothing only.
+/// by; except that a QObject must be pointed to as one, and an object of a class that is neither a QObject
+/// nor polymorphic by the same type. Two values are the same when they are equal as QVariants. Nothing is the
+/// same as nothing only.
 class NotificationObject
 {
 public:
     /// Nothing.
     NotificationObject(std::nullptr_t = nullptr) { }
-    /// The object by identity; nothing for a null pointer. Not owned.
+    /// The object by identity; nothing for a null pointer. Not owned. A QObject is not looked at, so that a
+    /// filter can be removed after its sender has died; another object must live.
     template <class T>
     requires(std::is_class_v<T> && !std::is_const_v<T>) NotificationObject(T *object)
         : m_type(&typeid(T))
         , m_pointer(object)
     {
-        if constexpr (std::is_polymorphic_v<T>)
+        if constexpr (std::is_convertible_v<T *, QObject *>)
+            m_identity = m_qObject = object;
+        else if constexpr (std::is_polymorphic_v<T>)
             m_identity = dynamic_cast<void *>(object);
         else
             m_identity = object;
-        if constexpr (std::is_convertible_v<T *, QObject *>)
-            m_qObject = object;
     }
     /// The value, of any type that a QVariant can be made from.
     template <class T>

@@ -5,13 +5,16 @@
 #include <QAnyStringView>
 #include <QByteArray>
 #include <QDateTime>
+#include <QList>
 #include <QMetaType>
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -54,7 +57,7 @@ public:
 
 private:
     friend class PropertyListView;
-    friend class PropertyListIndex;
+    friend class PropertyListColumns;
     quint32 m_number = 0xFFE; // in the document's key table; 0xFFE: not there
     std::optional<quint32> m_decimal; // the number that the text is the decimal form of
     QByteArray m_text; // UTF-8, for keys that stand in their dictionary
@@ -161,6 +164,7 @@ protected:
 
 private:
     friend class PropertyListDocument;
+    friend class PropertyListColumns;
     friend class PropertyListIndex;
     friend class PropertyListValue;
 };
@@ -185,6 +189,11 @@ public:
         return PropertyListValue(PropertyListView::value(key));
     }
     PropertyListValue at(qsizetype index) const { return PropertyListValue(PropertyListView::at(index)); }
+
+    /// The values at the positions, in the order of the positions. Cheaper than copying one after the other, since
+    /// neighbours that share a document are counted there at once.
+    static QList<PropertyListValue> select(const QList<PropertyListValue> &values,
+                                           std::span<const quint32> positions);
 
     /// Bytes that the whole document occupies: its text and 8 for every value.
     qsizetype memoryUse() const;
@@ -248,13 +257,15 @@ private:
     quint32 m_valueRow = 0;
 };
 
-/// Finds entries of one large dictionary in constant time. Building it is linear in the entries; it takes 12
-/// bytes for each. Keeps nothing alive: the document must outlive it. Immutable: any thread.
+/// Finds entries of one large dictionary in constant time. Building it is linear in the entries; it takes 12 bytes for
+/// each key that is a decimal number, 48 for others. Keeps nothing alive: the document must outlive it. Immutable: any thread.
 class PropertyListIndex
 {
 public:
     PropertyListIndex() = default;
     explicit PropertyListIndex(const PropertyListView &dictionary);
+    /// Finds only the values that are accepted. Of a key that occurs twice the last value decides.
+    PropertyListIndex(const PropertyListView &dictionary, const std::function<bool(const PropertyListView &)> &accept);
 
     /// The value under the key, of several the last; null when there is none.
     PropertyListView value(QAnyStringView key) const;
@@ -262,19 +273,24 @@ public:
     PropertyListView value(qint64 number) const;
 
 private:
-    struct Slot {
-        quint32 hash = 0;
-        quint32 row = 0; // where the entry starts; 0 for an empty slot, since row 0 is the root
+    struct NumberSlot {
+        quint32 number = 0;
+        quint32 valueRow = 0; // 0 for an empty slot, since row 0 is the root
     };
-    static PropertyListKey keyOf(const QByteArray &text);
-    static quint32 hashOf(const PropertyListKey &key);
-    PropertyListKey keyAt(quint32 row) const;
-    bool holds(const Slot &slot, quint32 hash, const PropertyListKey &key) const;
-    size_t slotFor(quint32 hash, const PropertyListKey &key) const;
-    PropertyListView find(const PropertyListKey &key) const;
+    struct TextSlot {
+        quint32 hash = 0;
+        quint32 valueRow = 0;
+        QByteArray key; // borrowed from the document unless it is escaped there
+    };
+    static constexpr quint32 Rejected = 0xFFFF'FFFF; // in place of a value's row
 
-    PropertyListView m_dictionary;
-    std::vector<Slot> m_slots;
+    size_t slotOf(quint32 number) const;
+    size_t slotOf(quint32 hash, const QByteArray &key) const;
+    PropertyListView valueAt(quint32 row) const;
+
+    const PropertyListDocument *m_document = nullptr;
+    std::vector<NumberSlot> m_numbers; // keys that are the decimal text of a number
+    std::vector<TextSlot> m_texts; // all others
 };
 
 /// A reference number of a keyed archive, as it stands in a QVariant.

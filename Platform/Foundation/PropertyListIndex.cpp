@@ -12,9 +12,9 @@ using namespace PropertyListTape;
 
 namespace {
 
-// Spreads a number over 32 bits; different numbers stay different. Seeded, so that no document can be made to
-// put all its keys into one place. The finalizer of Austin Appleby's MurmurHash3.
-quint32 hashOfNumber(quint32 number)
+// Spreads a number over 32 bits, so that numbers in a row do not crowd. Seeded, so that no document can be made to put
+// all its keys into one place. The finalizer of Austin Appleby's MurmurHash3.
+quint32 hashOf(quint32 number)
 {
     static const auto seed = quint32(QHashSeed::globalSeed());
     number ^= seed;
@@ -23,90 +23,101 @@ quint32 hashOfNumber(quint32 number)
     return number ^ number >> 16;
 }
 
-quint32 hashOfText(QByteArrayView text)
+quint32 hashOf(const QByteArray &text)
 {
     const quint64 hash = qHash(text, QHashSeed::globalSeed());
     return quint32(hash ^ hash >> 32);
 }
 
-} // namespace
-
-// A key that is the decimal text of a number is found by the number, however the document holds it.
-PropertyListKey PropertyListIndex::keyOf(const QByteArray &text)
+// Spreads a hash evenly over any number of slots: Daniel Lemire, "Fast random integer generation in an interval", 2019.
+template <class Slots>
+size_t homeOf(quint32 hash, const Slots &slots)
 {
-    PropertyListKey key;
-    key.m_decimal = PropertyListScalars::parseCanonicalNumber(text);
-    key.m_text = text;
-    return key;
+    return size_t(quint64(hash) * slots.size() >> 32);
 }
 
-PropertyListKey PropertyListIndex::keyAt(quint32 row) const
+// The first slot from `home` on that is empty or the one that is looked for. Some slots are always empty.
+template <class Slots, class IsWanted>
+size_t probe(const Slots &slots, size_t home, const IsWanted &isWanted)
 {
-    const PropertyListDocument *document = m_dictionary.m_document;
-    if (kindOf(document->rows[row]) != NumberKey)
-        return keyOf(PropertyListView::EntryIterator(document, row).utf8Key());
-    PropertyListKey key;
-    key.m_decimal = offsetOf(document->rows[row]);
-    return key;
-}
-
-quint32 PropertyListIndex::hashOf(const PropertyListKey &key)
-{
-    return key.m_decimal ? hashOfNumber(*key.m_decimal) : hashOfText(key.m_text);
-}
-
-bool PropertyListIndex::holds(const Slot &slot, quint32 hash, const PropertyListKey &key) const
-{
-    if (slot.hash != hash)
-        return false;
-    const PropertyListKey other = keyAt(slot.row);
-    return key.m_decimal ? key.m_decimal == other.m_decimal : !other.m_decimal && key.m_text == other.m_text;
-}
-
-// The slot that holds the key, or the empty one where it would be.
-size_t PropertyListIndex::slotFor(quint32 hash, const PropertyListKey &key) const
-{
-    // Spreads the hash evenly over any number of slots: Daniel Lemire, "Fast random integer generation in an
-    // interval", 2019.
-    size_t slot = size_t(quint64(hash) * m_slots.size() >> 32);
-    while (m_slots[slot].row != 0 && !holds(m_slots[slot], hash, key))
-        slot = slot + 1 < m_slots.size() ? slot + 1 : 0;
+    size_t slot = home;
+    while (slots[slot].valueRow != 0 && !isWanted(slots[slot]))
+        slot = slot + 1 < slots.size() ? slot + 1 : 0;
     return slot;
 }
 
-PropertyListIndex::PropertyListIndex(const PropertyListView &dictionary)
-    : m_dictionary(dictionary)
+size_t slotsFor(size_t entries)
 {
-    std::vector<Slot> entries;
-    for (const auto &entry : dictionary.entries())
-        entries.push_back({hashOf(keyAt(entry.m_row)), entry.m_row});
-    m_slots.resize(entries.size() + entries.size() / 2 + 1);
-    for (const Slot &entry : entries)
-        m_slots[slotFor(entry.hash, keyAt(entry.row))] = entry; // the last of several
+    return entries + entries / 2 + 1;
 }
 
-PropertyListView PropertyListIndex::find(const PropertyListKey &key) const
+} // namespace
+
+size_t PropertyListIndex::slotOf(quint32 number) const
 {
-    if (m_slots.empty())
-        return {};
-    const Slot &slot = m_slots[slotFor(hashOf(key), key)];
-    if (slot.row == 0)
-        return {};
-    return PropertyListView::EntryIterator(m_dictionary.m_document, slot.row).value();
+    return probe(m_numbers, homeOf(hashOf(number), m_numbers),
+                 [&](const NumberSlot &slot) { return slot.number == number; });
+}
+
+size_t PropertyListIndex::slotOf(quint32 hash, const QByteArray &key) const
+{
+    return probe(m_texts, homeOf(hash, m_texts),
+                 [&](const TextSlot &slot) { return slot.hash == hash && slot.key == key; });
+}
+
+PropertyListIndex::PropertyListIndex(const PropertyListView &dictionary)
+    : PropertyListIndex(dictionary, nullptr)
+{ }
+
+PropertyListIndex::PropertyListIndex(const PropertyListView &dictionary,
+                                     const std::function<bool(const PropertyListView &)> &accept)
+    : m_document(dictionary.m_document)
+{
+    std::vector<NumberSlot> numbers;
+    std::vector<TextSlot> texts;
+    for (const auto &entry : dictionary.entries()) {
+        const quint32 valueRow = accept && !accept(entry.value()) ? Rejected : entry.m_valueRow;
+        const PropertyListRow row = m_document->rows[entry.m_row];
+        if (kindOf(row) == NumberKey) {
+            numbers.push_back({offsetOf(row), valueRow});
+            continue;
+        }
+        const QByteArray key = entry.utf8Key();
+        if (const auto number = PropertyListScalars::parseCanonicalNumber(key))
+            numbers.push_back({*number, valueRow});
+        else
+            texts.push_back({hashOf(key), valueRow, key});
+    }
+    m_numbers.resize(slotsFor(numbers.size()));
+    for (const NumberSlot &entry : numbers)
+        m_numbers[slotOf(entry.number)] = entry; // the last of several
+    m_texts.resize(slotsFor(texts.size()));
+    for (TextSlot &entry : texts)
+        m_texts[slotOf(entry.hash, entry.key)] = std::move(entry);
+}
+
+PropertyListView PropertyListIndex::valueAt(quint32 row) const
+{
+    return row == 0 || row == Rejected ? PropertyListView() : PropertyListView(m_document, row);
 }
 
 PropertyListView PropertyListIndex::value(QAnyStringView key) const
 {
-    return find(keyOf(PropertyListScalars::utf8Of(key)));
+    if (!m_document)
+        return {};
+    const QByteArray text = PropertyListScalars::utf8Of(key);
+    if (const auto number = PropertyListScalars::parseCanonicalNumber(text))
+        return value(qint64(*number));
+    return valueAt(m_texts[slotOf(hashOf(text), text)].valueRow);
 }
 
 PropertyListView PropertyListIndex::value(qint64 number) const
 {
+    if (!m_document)
+        return {};
     if (number < 0 || number > std::numeric_limits<quint32>::max())
-        return find(keyOf(QByteArray::number(number)));
-    PropertyListKey key;
-    key.m_decimal = quint32(number);
-    return find(key);
+        return value(QLatin1StringView(QByteArray::number(number)));
+    return valueAt(m_numbers[slotOf(quint32(number))].valueRow);
 }
 
 } // namespace platform

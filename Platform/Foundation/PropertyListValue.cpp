@@ -157,6 +157,30 @@ PropertyListValue::~PropertyListValue()
         delete m_document;
 }
 
+QList<PropertyListValue> PropertyListValue::select(const QList<PropertyListValue> &values,
+                                                   std::span<const quint32> positions)
+{
+    QList<PropertyListValue> selected(qsizetype(positions.size()));
+    const PropertyListDocument *document = nullptr;
+    int uncounted = 0; // new handles to `document`
+    const auto count = [&] {
+        if (document)
+            document->references.fetch_add(std::exchange(uncounted, 0), std::memory_order_relaxed);
+    };
+    PropertyListValue *next = selected.data();
+    for (const quint32 position : positions) {
+        const PropertyListView &value = values[qsizetype(position)];
+        if (value.m_document != document) {
+            count();
+            document = value.m_document;
+        }
+        static_cast<PropertyListView &>(*next++) = value;
+        ++uncounted;
+    }
+    count();
+    return selected;
+}
+
 qsizetype PropertyListValue::memoryUse() const
 {
     if (!m_document)

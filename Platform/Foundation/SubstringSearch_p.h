@@ -9,9 +9,14 @@
 
 #include <QByteArrayView>
 
+#include <span>
+#include <vector>
+
 namespace platform::SubstringSearch {
 
-/// `find` with the instructions named.
+// The same with the instructions named.
 const char *findUsing(InstructionSet instructions, const char *begin, const char *end, QByteArrayView needle);
+std::vector<quint32> recordsContainingUsing(InstructionSet instructions, const char *text,
+                                            std::span<const size_t> starts, QByteArrayView needle);
 
 } // namespace platform::SubstringSearch
