@@ -114,12 +114,11 @@ QString helpText()
 std::variant<Arguments, Information, UsageError> parseArguments(const QStringList &words)
 {
     QCommandLineParser parser;
-    parser.addOptions({{searchName, {}, QStringLiteral("text")},
-                       {sortName, {}, QStringLiteral("column")},
-                       {descendingName},
-                       {timingsName},
-                       {{QStringLiteral("h"), helpName}},
-                       {versionName}});
+    parser.addOption({searchName, {}, QStringLiteral("text")});
+    parser.addOption({sortName, {}, QStringLiteral("column")});
+    parser.addOption(QCommandLineOption(QStringList{QStringLiteral("h"), helpName}));
+    for (const QString &name : {descendingName, timingsName, versionName})
+        parser.addOption(QCommandLineOption(name));
     // The parser takes the first word for the program's name.
     if (!parser.parse(QStringList{QStringLiteral("zrmedia")} + words))
         return UsageError{parser.errorText()};

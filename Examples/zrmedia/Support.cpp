@@ -5,8 +5,6 @@
 #include "Progress.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
-#include "Platform/Foundation/NotificationCenter.h"
-
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>

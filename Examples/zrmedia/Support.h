@@ -2,14 +2,12 @@
 
 #include "Commands.h"
 
+#include "Platform/Foundation/NotificationCenter.h"
+
 #include <QList>
 #include <QStringList>
 
 #include <functional>
-
-namespace platform {
-class NotificationObject;
-}
 
 /// What the commands share.
 

@@ -136,5 +136,9 @@
         <source>, %1 s left</source>
         <translation>, noch %1 s</translation>
     </message>
+    <message>
+        <source>the album lists a photo that is not there</source>
+        <translation>das Album führt ein Foto auf, das es nicht gibt</translation>
+    </message>
 </context>
 </TS>

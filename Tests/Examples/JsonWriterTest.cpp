@@ -28,7 +28,7 @@ QByteArray written(int linesToDepth, const std::function<void(JsonWriter &)> &wr
 
 QByteArray jsonOf(const QByteArray &xml, int linesToDepth = 0)
 {
-    const auto list = platform::PropertyList::parse("<plist>" + xml + "</plist>");
+    const auto list = platform::PropertyList::parse(QByteArray("<plist>" + xml + "</plist>"));
     EXPECT_TRUE(bool(list)) << (list ? "" : qPrintable(list.error().toString()));
     return list ? written(linesToDepth, [&](JsonWriter &json) { json.value(list.value()); }) : QByteArray();
 }
