@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ZRCommon/MediaDatabase.h"
+#include "ZRFoundation/ZRWorkUnit.h"
+
+class iPhotoAlbumReader;
+
+/// Reads an album database for an `iPhotoAlbumReader` in the background and hands it to the reader on the main thread.
+class AlbumReaderWorkUnit : public ZRWorkUnit
+{
+public:
+    /// @param albumReader told when the database is read; not owned, and not told when it has died by then
+    /// @param albumPath the database file
+    AlbumReaderWorkUnit(std::weak_ptr<iPhotoAlbumReader> albumReader, const QString &albumPath);
+
+    /// Reads the file and has `workUnitDidLoadDictionary` called on the reader. Does nothing when cancelled. Called by
+    /// the server, on its worker thread.
+    void processWithServer(ZRProcessServer &server) override;
+
+    /// The database, whose index finds photos by their image keys. Null before the unit was processed. It is set on the
+    /// worker thread: on the main thread it may be asked for from the reader's notification on.
+    const std::shared_ptr<const MediaDatabase> &dictionary() const { return m_dictionary; }
+
+private:
+    std::weak_ptr<iPhotoAlbumReader> m_album_reader;
+    QString m_album_path;
+    std::shared_ptr<const MediaDatabase> m_dictionary;
+};

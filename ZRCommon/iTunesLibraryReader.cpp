@@ -1,0 +1,120 @@
+#include "ZRCommon/iTunesLibraryReader.h"
+
+#include "Platform/Foundation/FileManager.h"
+#include "Platform/Foundation/NotificationCenter.h"
+#include "ZRCommon/LibraryReaderWorkUnit.h"
+#include "ZRCommon/MediaDatabase.h"
+#include "ZRCommon/ZRFileManagerExtensions.h"
+#include "ZRFoundation/ZRProcessServer.h"
+
+using platform::PropertyListKey;
+using platform::PropertyListType;
+using platform::PropertyListValue;
+using platform::PropertyListView;
+
+namespace {
+
+const QString libraryFileName = QStringLiteral("iTunes Music Library.xml");
+
+/// The number whose decimal text the value stands for.
+std::optional<qint64> numberOf(const PropertyListView &trackId)
+{
+    if (trackId.type() == PropertyListType::Integer)
+        return trackId.toInteger(-1);
+    if (trackId.type() == PropertyListType::Real && double(trackId.toInteger()) == trackId.toReal())
+        return trackId.toInteger();
+    return std::nullopt;
+}
+
+} // namespace
+
+std::shared_ptr<iTunesLibraryReader> iTunesLibraryReader::iTunesDefaultLibraryReader()
+{
+    using ZRFileManagerExtensions::pathResolved;
+    const QString home = platform::FileManager::homeFolder();
+    const QString music = pathResolved(home + QStringLiteral("/Music"));
+    QString path = pathResolved(music + QStringLiteral("/iTunes")) + QLatin1Char('/') + libraryFileName;
+    if (!platform::FileManager::fileExists(path))
+        path = home + QStringLiteral("/Documents/iTunes/") + libraryFileName;
+    return std::make_shared<iTunesLibraryReader>(path);
+}
+
+iTunesLibraryReader::iTunesLibraryReader(const QString &libraryPath)
+    : m_library_path(libraryPath)
+{ }
+
+iTunesLibraryReader::~iTunesLibraryReader()
+{
+    if (m_library_reader_work_unit)
+        m_library_reader_work_unit->setCancelFlag(true);
+}
+
+QStringList iTunesLibraryReader::playlistNames()
+{
+    QStringList names;
+    const PropertyListValue playlists = libraryDataDictionary().dictionary.value(u"Playlists");
+    for (const PropertyListView playlist : playlists.elements()) {
+        const PropertyListView name = playlist.value(u"Name");
+        if (name.isString())
+            names.append(name.toString());
+    }
+    return names;
+}
+
+PropertyListValue iTunesLibraryReader::playlistInfoForName(const QString &name)
+{
+    const PropertyListValue playlists = libraryDataDictionary().dictionary.value(u"Playlists");
+    for (const PropertyListView playlist : playlists.elements()) {
+        const PropertyListView itsName = playlist.value(u"Name");
+        if (itsName.isString() && itsName.toString() == name)
+            return PropertyListValue(playlist);
+    }
+    return {};
+}
+
+iTunesLibraryReader::SongList iTunesLibraryReader::songsInPlaylist(const QString &name)
+{
+    SongList songs;
+    const PropertyListValue items = playlistInfoForName(name).value(u"Playlist Items");
+    const PropertyListKey trackId = items.key(u"Track ID");
+    songs.reserve(items.count());
+    for (const PropertyListView item : items.elements()) {
+        const auto number = numberOf(item.value(trackId));
+        const PropertyListView track = number ? m_library_data_dict->items.value(*number) : PropertyListView();
+        if (track.isDictionary())
+            songs.append(PropertyListValue(track));
+    }
+    return songs;
+}
+
+iTunesLibraryReader::SongList iTunesLibraryReader::songsMatchingString(const SongList &songs, const QString &string)
+{
+    if (!m_search || !m_search->songs().isSharedWith(songs))
+        m_search = std::make_unique<ZRSongSearch>(songs);
+    return m_search->songsMatchingString(string);
+}
+
+std::optional<platform::Error> iTunesLibraryReader::readError() const
+{
+    return m_library_data_dict ? m_library_data_dict->error : std::nullopt;
+}
+
+const MediaDatabase &iTunesLibraryReader::libraryDataDictionary()
+{
+    if (!m_library_data_dict) {
+        m_library_data_dict = std::make_shared<MediaDatabase>();
+        m_library_reader_work_unit = std::make_shared<LibraryReaderWorkUnit>(weak_from_this(), m_library_path);
+        m_is_reading = true;
+        ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("library_reader_server"), 1);
+        server.addProcessObserver(shared_from_this());
+        server.addWorkUnit(m_library_reader_work_unit);
+    }
+    return *m_library_data_dict;
+}
+
+void iTunesLibraryReader::workUnitDidLoadDictionary(LibraryReaderWorkUnit *workUnit)
+{
+    m_library_data_dict = workUnit->dictionary();
+    m_is_reading = false;
+    platform::NotificationCenter::defaultCenter().postNotification(ZRITunesLibraryChangedNotification, this);
+}
