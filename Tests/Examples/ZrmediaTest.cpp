@@ -237,7 +237,8 @@ TEST(Zrmedia, SaysWhereAnInputIsBroken)
         const Outcome result = run(arguments);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.output, "");
-        EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte "))) << result.errors.constData();
+        EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte ")))
+            << result.errors.constData();
         EXPECT_EQ(result.errors.count('\n'), 1);
     }
 }
@@ -251,7 +252,8 @@ TEST(Zrmedia, SaysWhereAnAlbumDatabaseIsBroken)
         const Outcome result = run(arguments);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.output, "");
-        EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte "))) << result.errors.constData();
+        EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte ")))
+            << result.errors.constData();
     }
 }
 
@@ -310,7 +312,8 @@ TEST(Zrmedia, ShortensALongListOfNames)
     testSupport::writeFile(file, "<plist><dict><key>Playlists</key><array>" + playlists + "</array></dict></plist>");
     const Outcome result = run({"songs", file, "x"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(result.errors.endsWith(QByteArray("\"" + QByteArray(40, 'h') + "…\" and 12 more\n"))) << result.errors.constData();
+    EXPECT_TRUE(result.errors.endsWith(QByteArray("\"" + QByteArray(40, 'h') + "…\" and 12 more\n")))
+        << result.errors.constData();
 }
 
 TEST(Zrmedia, ExplainsItselfAfterAWrongCall)
@@ -442,8 +445,9 @@ TEST(Zrmedia, AgreesWithAnotherReaderOnRealFiles)
     script.setProcessEnvironment(english());
     script.start(QStringLiteral(ZR_PYTHON),
                  {QStringLiteral(ZR_SOURCE_DIR "/Tests/Examples/compare_with_plistlib.py"), program,
-                  QStringLiteral(ZR_SAMPLE_DATA "/plists"), QStringLiteral(ZR_SAMPLE_DATA "/itunes"),
-                  QStringLiteral(ZR_SAMPLE_DATA "/iphoto"), QFileInfo(musicLibrary).path()});
+                  QStringLiteral(ZR_SAMPLE_DATA "/EXPECTED.json"), QStringLiteral(ZR_SAMPLE_DATA "/plists"),
+                  QStringLiteral(ZR_SAMPLE_DATA "/itunes"), QStringLiteral(ZR_SAMPLE_DATA "/iphoto"),
+                  QFileInfo(musicLibrary).path()});
     const Outcome result = finished(script);
     EXPECT_EQ(result.status, 0) << result.output.constData() << result.errors.constData();
 }
