@@ -33,6 +33,9 @@ public:
 enum class State { Closed, Open, Closing };
 
 struct Queue {
+    // With the lock held.
+    void wake() { QCoreApplication::postEvent(waker.get(), new QEvent(QEvent::User)); }
+
     std::mutex mutex; // guards all below
     State state = State::Closed;
     std::deque<Call> calls;
@@ -48,15 +51,16 @@ Queue &queue()
 
 bool Waker::event(QEvent *event)
 {
-    if (event->type() != QEvent::User)
-        return QObject::event(event);
     Call call;
     {
+        // The event itself was made under the lock by another thread: it is not looked at before.
         const std::lock_guard lock(queue().mutex);
-        if (queue().calls.empty())
+        if (event->type() != QEvent::User || queue().calls.empty())
             return true;
         call = std::move(queue().calls.front());
         queue().calls.pop_front();
+        if (!queue().calls.empty())
+            queue().wake();
     }
     callGuarded(*call.category, QStringLiteral("exception in a call on the main thread"), call.function);
     return true;
@@ -73,13 +77,15 @@ void close()
     for (const auto routine : routines)
         routine();
 
-    // Destroyed without the lock: what a call captured may post while it dies.
     std::deque<Call> dropped;
     std::unique_ptr<Waker> waker;
-    const std::lock_guard lock(queue().mutex);
-    queue().state = State::Closed;
-    dropped.swap(queue().calls);
-    waker.swap(queue().waker);
+    {
+        const std::lock_guard lock(queue().mutex);
+        queue().state = State::Closed;
+        dropped.swap(queue().calls);
+        waker.swap(queue().waker);
+    }
+    // Both are destroyed without the lock: what a call captured may post while it dies.
 }
 
 void open()
@@ -106,7 +112,8 @@ void MainThreadQueue::post(const QLoggingCategory &category, std::function<void(
     if (queue().state == State::Closed)
         return;
     queue().calls.push_back({&category, std::move(call)});
-    QCoreApplication::postEvent(queue().waker.get(), new QEvent(QEvent::User));
+    if (queue().calls.size() == 1)
+        queue().wake();
 }
 
 void MainThreadQueue::addClosingRoutine(void (*routine)())

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "Platform/Foundation/Object.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+
+#include <variant>
+
+/// @file
+/// Plain values as objects, for where an object is asked for. All are immutable and compare by value.
+
+namespace platform
+{
+
+/// A whole or real number. A whole number equals the real one of exactly the same value; not-a-number equals
+/// itself.
+class Number : public Object
+{
+    ZR_OBJECT(Number, platform::Object)
+public:
+    explicit Number(qint64 value)
+        : m_value(value)
+    {
+    }
+    explicit Number(int value)
+        : Number(qint64(value))
+    {
+    }
+    /// A real number without a fraction is the same as the whole one.
+    explicit Number(double value);
+
+    /// The number, a real one cut towards zero and to the type's range; 0 for not-a-number.
+    qint64 toInteger() const;
+    double toReal() const;
+
+    bool isEqual(const Object &other) const override;
+    size_t hash() const override;
+
+private:
+    std::variant<qint64, double> m_value; // a double only when no qint64 has the value
+};
+
+/// A text.
+class String : public Object
+{
+    ZR_OBJECT(String, platform::Object)
+public:
+    explicit String(QString value)
+        : m_value(std::move(value))
+    {
+    }
+    const QString &value() const { return m_value; }
+
+    bool isEqual(const Object &other) const override;
+    size_t hash() const override;
+
+private:
+    QString m_value;
+};
+
+/// Objects in order. Equal to an array with equal objects in the same order.
+class Array : public Object
+{
+    ZR_OBJECT(Array, platform::Object)
+public:
+    explicit Array(QList<ObjectPointer> objects)
+        : m_objects(std::move(objects))
+    {
+    }
+    const QList<ObjectPointer> &objects() const { return m_objects; }
+
+    bool isEqual(const Object &other) const override;
+    size_t hash() const override;
+
+private:
+    QList<ObjectPointer> m_objects;
+};
+
+/// A QObject that takes part as a model object, such as a document that an inspector shows. Not owned. Equal
+/// to another wrapper of the same QObject, and to none but itself once that has died. Main thread.
+class WrappedQObject : public Object
+{
+    ZR_OBJECT(WrappedQObject, platform::Object)
+public:
+    explicit WrappedQObject(QObject *object)
+        : m_object(object)
+        , m_address(object)
+    {
+    }
+    /// Null once it has died.
+    QObject *object() const { return m_object; }
+
+    bool isEqual(const Object &other) const override;
+    size_t hash() const override;
+
+private:
+    QPointer<QObject> m_object;
+    const void *m_address; // keeps the hash when the object dies
+};
+
+} // namespace platform
