@@ -94,7 +94,8 @@ public:
     /// The boolean; an integer or real counts as true when it is not 0.
     bool toBoolean(bool fallback = false) const;
     /// The date in UTC, to the millisecond; invalid for anything else and beyond what a QDateTime can hold. Dates that
-    /// the calendar lacks (a 32nd day) are carried on into the next month, as the formats' own readers do.
+    /// the calendar lacks (a 32nd day) are carried on into the next month, and dates before 1582-10-15 are taken from
+    /// the Julian calendar, as the formats' own readers do. (QDateTime itself shows such dates in the Gregorian one.)
     QDateTime toDateTime() const;
     /// The date in seconds since 2001-01-01T00:00:00Z, the formats' own epoch; nothing for anything else.
     std::optional<double> toReferenceSeconds() const;
@@ -284,8 +285,9 @@ Result<PropertyListValue> parse(QByteArrayView bytes);
 
 /// Writes the XML form: tabs, keys sorted by code unit, the platform's DOCTYPE, a line feed at the end. Takes what
 /// `PropertyListView::toVariant` gives, and all integer types, float, QStringList and QVariantHash. Errors:
-/// `Malformed` for a type that no property list can hold or a string with a character that XML cannot (the path of
-/// keys to it is in `reason`), `TooDeep`.
+/// `Malformed` for a type that no property list can hold, an invalid date, or a string with a character that XML
+/// cannot hold (the keys and indexes that lead to it are in `reason`), `TooDeep`. To write without building a QVariant
+/// first see `PropertyListXmlWriter`.
 Result<QByteArray> writeXml(const QVariant &root);
 
 /// Writes the XML form to a file, whole or not at all. Further error: `NotWritable`.

@@ -255,7 +255,7 @@ TEST(PropertyListText, SampleFilesAreReadOrRefusedAsTheyShould)
         }
         ++count;
     }
-    EXPECT_EQ(count, 42);
+    EXPECT_EQ(count, 43);
 }
 
 TEST(PropertyListText, EscapesOfSampleFilesGiveWhatTheirBinaryFormsHold)
