@@ -82,8 +82,8 @@ private:
             *m_to++ = *m_from++;
             return;
         }
-        *m_to++ = '\n';
         m_from += rest().substr(0, 2) == "\r\n" ? 2 : 1;
+        *m_to++ = '\n'; // last, for it may stand where the text was read
     }
 
     void replaceReference()
