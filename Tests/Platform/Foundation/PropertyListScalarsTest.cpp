@@ -64,17 +64,26 @@ TEST(PropertyListScalars, ZeroIsNotNegative)
 
 TEST(PropertyListScalars, RefusesWhatIsNoInteger)
 {
-    for (const char *text : {"", " ", "-", "+-1", "--1", "0x", "0xG", "1.5", "1e3", "12a", "a12", "1234567x", "123456789x",
-                             "1 2", "/1", ":1", "1\xC2\xB2"})
+    for (const char *text : {"", " ", "-", "+-1", "--1", "0x", "0xG", "1.5", "1e3", "12a", "a12", "1234567x",
+                             "123456789x", "1 2", "/1", ":1", "1\xC2\xB2"})
         EXPECT_FALSE(parsePadded(text)) << text;
 }
 
 TEST(PropertyListScalars, ReadsReals)
 {
-    const std::pair<const char *, double> cases[] = {
-        {"1.5", 1.5}, {"2", 2}, {"  -3.14", -3.14}, {"1.000000000000000000000001", 1}, {"31415.9e-4", 3.14159},
-        {"+.5", .5}, {"- 1E+2 ", -100}, {"1e999", HUGE_VAL}, {"-1e999", -HUGE_VAL}, {"1e-999", 0},
-        {"-iNf", -HUGE_VAL}, {"infInItY", HUGE_VAL}, {"+infinity", HUGE_VAL}};
+    const std::pair<const char *, double> cases[] = {{"1.5", 1.5},
+                                                     {"2", 2},
+                                                     {"  -3.14", -3.14},
+                                                     {"1.000000000000000000000001", 1},
+                                                     {"31415.9e-4", 3.14159},
+                                                     {"+.5", .5},
+                                                     {"- 1E+2 ", -100},
+                                                     {"1e999", HUGE_VAL},
+                                                     {"-1e999", -HUGE_VAL},
+                                                     {"1e-999", 0},
+                                                     {"-iNf", -HUGE_VAL},
+                                                     {"infInItY", HUGE_VAL},
+                                                     {"+infinity", HUGE_VAL}};
     for (const auto &[text, expected] : cases) {
         const auto number = parseReal(text);
         ASSERT_TRUE(number) << text;
@@ -96,6 +105,9 @@ TEST(PropertyListScalars, ReadsDates)
         {"2024-02-29T00:00:00Z", 730857600},
         {"0000-01-02T00:00:00Z", -63145612800},
         {"-0001-12-31T23:59:59Z", -63145699201},
+        {"1582-10-04T00:00:00Z", -13197600000},
+        {"1582-10-15T00:00:00Z", -13197513600},
+        {"1500-02-29T00:00:00Z", -15804201600},
         {"12001-01-01T00:00:00Z", 315569520000},
     };
     for (const auto &[text, seconds] : cases)
@@ -126,11 +138,12 @@ TEST(PropertyListScalars, RefusesWhatIsNoDate)
 
 TEST(PropertyListScalars, CivilDatesAndDaysAreInverse)
 {
-    EXPECT_EQ(daysFromCivil(1970, 1, 1), 0);
-    EXPECT_EQ(daysFromCivil(2000, 2, 29), 11016);
+    EXPECT_EQ(daysFromCivil({1970, 1, 1}), 0);
+    EXPECT_EQ(daysFromCivil({2000, 2, 29}), 11016);
+    EXPECT_EQ(daysFromCivil({1582, 10, 15}) - daysFromCivil({1582, 10, 4}), 1);
     for (qint64 days = -800'000; days < 800'000; days += 37) {
         const auto [year, month, day] = civilFromDays(days);
-        EXPECT_EQ(daysFromCivil(year, month, day), days);
+        EXPECT_EQ(daysFromCivil({year, month, day}), days);
         EXPECT_TRUE(month >= 1 && month <= 12 && day >= 1 && day <= 31) << days;
     }
 }

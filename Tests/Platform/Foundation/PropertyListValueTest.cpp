@@ -18,8 +18,7 @@ class Builder : public PropertyListTapeBuilder
 public:
     explicit Builder(qsizetype maximumRows = 1'000'000)
         : PropertyListTapeBuilder("", maximumRows)
-    {
-    }
+    { }
     Builder &key(QByteArrayView text, Kind kind = Tape::Key)
     {
         PropertyListTapeBuilder::key(appendPiece(kind, text));
@@ -201,7 +200,7 @@ TEST(PropertyListValue, UidsAreNoIntegers)
     EXPECT_EQ(uid.type(), PropertyListType::UID);
     EXPECT_EQ(uid.toUid(), 17u);
     EXPECT_EQ(uid.toInteger(-1), -1);
-    EXPECT_EQ(uid.toVariant().value<PropertyListUid>(), PropertyListUid {17});
+    EXPECT_EQ(uid.toVariant().value<PropertyListUid>(), PropertyListUid{17});
 }
 
 // Dictionaries
@@ -265,18 +264,19 @@ TEST(PropertyListValue, OfAKeyThatOccursTwiceTheLastCountsInWhateverForm)
 
 TEST(PropertyListValue, HoldsMoreKeysThanTheTableHasRoomFor)
 {
+    const auto name = [](int i) { return QByteArray("key" + QByteArray::number(i)); };
     Builder builder;
     builder.beginDictionary();
     for (int i = 0; i < 5000; ++i)
-        builder.key("key" + QByteArray::number(i)).number(quint64(i));
+        builder.key(name(i)).number(quint64(i));
     builder.end();
     const auto list = builder.list();
     ASSERT_EQ(list.count(), 5000);
     for (const int i : {0, 4093, 4094, 4095, 4999})
-        EXPECT_EQ(list.value(QUtf8StringView("key" + QByteArray::number(i))).toInteger(-1), i);
+        EXPECT_EQ(list.value(QUtf8StringView(name(i))).toInteger(-1), i);
     int expected = 0;
     for (const auto &entry : list.entries())
-        EXPECT_EQ(entry.utf8Key(), "key" + QByteArray::number(expected++));
+        EXPECT_EQ(entry.utf8Key(), name(expected++));
     EXPECT_EQ(expected, 5000);
 }
 
@@ -434,8 +434,7 @@ TEST(PropertyListTapeBuilder, AllowsFiveHundredAndTwelveContainersWithinOneAnoth
         EXPECT_EQ(bool(list), depth == 512);
         if (!list) {
             EXPECT_EQ(list.error().code, ErrorCode::TooDeep);
-            EXPECT_EQ(list.error().reason,
-                      QStringLiteral("more than 512 dictionaries and arrays within one another"));
+            EXPECT_EQ(list.error().reason, QStringLiteral("more than 512 dictionaries and arrays within one another"));
         }
     }
 }
