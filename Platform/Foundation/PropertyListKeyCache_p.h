@@ -2,8 +2,8 @@
 
 //
 //  W A R N I N G
-//  This file is not part of the public interface. It belongs to the XML property-list reader, and may change from
-//  version to version.
+//  This file is not part of the public interface. It belongs to the XML property-list reader, and may change
+//  from version to version.
 //
 
 #include "Platform/Foundation/PropertyListTape_p.h"
@@ -13,11 +13,12 @@
 
 namespace platform {
 
-/// A small table before a `PropertyListKeyTable` for keys that come again and again: it compares the first and last
-/// eight bytes and the length, which is all there is to a key of up to sixteen bytes.
+/// A small table before a `PropertyListKeyTable` for keys that come again and again: it compares the first
+/// and last eight bytes and the length, which is all there is to a key of up to sixteen bytes.
 ///
-/// Keys are read as they stand between "<key>" and "</key>", so that the eight bytes from their start, and the eight
-/// bytes up to their end, can be read and depend on nothing but the key if it has three bytes or more.
+/// Keys are read as they stand between "<key>" and "</key>", so that the eight bytes from their start, and
+/// the eight bytes up to their end, can be read and depend on nothing but the key if it has three bytes or
+/// more.
 class PropertyListKeyCache
 {
 public:

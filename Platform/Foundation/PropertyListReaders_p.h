@@ -13,8 +13,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
-namespace platform
-{
+namespace platform {
 
 /// Reads the binary form. The bytes begin with "bplist"; they are copied.
 Result<PropertyListValue> parseBinaryPropertyList(QByteArrayView bytes);
@@ -28,13 +27,15 @@ Result<PropertyListValue> parseTextPropertyList(QByteArrayView utf8);
 /// names; it is copied. Offsets of errors count bytes of the text given.
 Result<PropertyListValue> parseXmlPropertyList(QByteArrayView text);
 
-/// The Unicode form of a text, as its first bytes tell it.
+/// The encodings of text that the readers know.
 enum class TextEncoding {
     Utf8,
     Utf16LittleEndian,
     Utf16BigEndian,
     Utf32LittleEndian,
     Utf32BigEndian,
+    Latin1, ///< ISO 8859-1.
+    Windows1252, ///< ISO 8859-1 with further characters where that has control characters.
 };
 
 struct TextForm {
@@ -42,8 +43,12 @@ struct TextForm {
     qsizetype markLength = 0; ///< Bytes of the byte-order mark, 0 without one.
 };
 
-/// Recognises the form by a byte-order mark, otherwise by the zero bytes around the text's first characters.
+/// Recognises the Unicode forms by a byte-order mark, otherwise by the zero bytes around the text's first
+/// characters.
 TextForm detectTextForm(QByteArrayView bytes);
+/// The same for an XML text: where its bytes leave it open, its declaration names the encoding. The head of
+/// the text is enough. Error: `UnsupportedEncoding`, with the offset of the name.
+Result<TextForm> detectXmlForm(QByteArrayView head);
 
 /// The text without its byte-order mark as UTF-8. Error: `Malformed`, with the offset in the bytes given, for
 /// a surrogate without its other half, a number that is no character, or a cut-off last character. Text that

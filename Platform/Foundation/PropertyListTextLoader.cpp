@@ -15,8 +15,8 @@ namespace {
 // Bytes between two announcements of progress: small enough that the parser follows closely.
 constexpr qsizetype ChunkSize = 256 * 1024;
 
-// A large buffer is asked for in huge pages, which saves the kernel most of its work for memory that is touched for
-// the first time.
+// A large buffer is asked for in huge pages, which saves the kernel most of its work for memory that is
+// touched for the first time.
 char *allocateText(size_t size)
 {
 #ifdef Q_OS_LINUX

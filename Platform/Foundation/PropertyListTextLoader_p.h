@@ -2,8 +2,8 @@
 
 //
 //  W A R N I N G
-//  This file is not part of the public interface. It brings the text of property lists into memory, and may change
-//  from version to version.
+//  This file is not part of the public interface. It brings the text of property lists into memory, and may
+//  change from version to version.
 //
 
 #include "Platform/Foundation/PropertyListTape_p.h"
@@ -22,11 +22,12 @@
 
 namespace platform {
 
-/// A private copy of a text, padded with zeros as a document wants it, which may still be arriving from its file.
+/// A private copy of a text, padded with zeros as a document wants it, which may still be arriving from its
+/// file.
 ///
-/// Large files are read by a thread of the loader's own while their beginning is being parsed. The copy holds what the
-/// file held when it was read, up to the size that it had when it was opened: what becomes of the file afterwards is
-/// of no account.
+/// Large files are read by a thread of the loader's own while their beginning is being parsed. The copy holds
+/// what the file held when it was read, up to the size that it had when it was opened: what becomes of the
+/// file afterwards is of no account.
 ///
 /// Belongs to one thread. The destructor stops the reading.
 class PropertyListTextLoader
@@ -37,14 +38,16 @@ public:
     /// Files from this size on are read by a thread.
     static constexpr qint64 ThreadSize = 1 << 20;
 
-    /// Opens a file and begins to read it. Errors: `NotFound`, `NotReadable`, `NotARegularFile`, `TooLarge`, without
-    /// the path.
+    /// Opens a file and begins to read it. Errors: `NotFound`, `NotReadable`, `NotARegularFile`, `TooLarge`,
+    /// without the path.
     static Result<Pointer> open(const QString &path, qint64 threadSize = ThreadSize);
     /// Copies the bytes. Error: `TooLarge`.
     static Result<Pointer> copy(QByteArrayView bytes);
 
     ~PropertyListTextLoader();
 
+    /// Size that the text had at first. It may turn out shorter.
+    qsizetype expectedSize() const { return m_expectedSize; }
     /// The text, of which `available` bytes may be read.
     char *text() const { return m_buffer.get() + PropertyListTape::Padding; }
     /// Waits until so many bytes are there, or the text ended before.

@@ -51,24 +51,23 @@ ZR_AVX2 Found findAvx2(const char *text, quint32 from, quint32 to, quint32 *offs
     for (quint32 position = from; position < to; position += 64) {
         const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(text + position));
         const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(text + position + 32));
-        const __m256i lowMarks
-            = _mm256_or_si256(_mm256_cmpeq_epi8(low, lessThan), _mm256_cmpeq_epi8(low, ampersand));
-        const __m256i highMarks
-            = _mm256_or_si256(_mm256_cmpeq_epi8(high, lessThan), _mm256_cmpeq_epi8(high, ampersand));
-        quint64 marks = quint64(quint32(_mm256_movemask_epi8(lowMarks)))
-            | quint64(quint32(_mm256_movemask_epi8(highMarks))) << 32;
-        returns = _mm256_or_si256(returns,
-                                  _mm256_or_si256(_mm256_cmpeq_epi8(low, carriageReturn),
-                                                  _mm256_cmpeq_epi8(high, carriageReturn)));
+        const __m256i lowMarks = _mm256_or_si256(_mm256_cmpeq_epi8(low, lessThan), _mm256_cmpeq_epi8(low, ampersand));
+        const __m256i highMarks =
+            _mm256_or_si256(_mm256_cmpeq_epi8(high, lessThan), _mm256_cmpeq_epi8(high, ampersand));
+        quint64 marks =
+            quint64(quint32(_mm256_movemask_epi8(lowMarks))) | quint64(quint32(_mm256_movemask_epi8(highMarks))) << 32;
+        returns = _mm256_or_si256(
+            returns, _mm256_or_si256(_mm256_cmpeq_epi8(low, carriageReturn), _mm256_cmpeq_epi8(high, carriageReturn)));
         if (to - position < 64)
             marks &= (quint64(1) << (to - position)) - 1;
         const int count = std::popcount(marks);
-        // Most blocks hold fewer than eight; writing eight without asking costs less than a branch that is often
-        // guessed wrong. The surplus is overwritten by the next block.
+        // Most blocks hold fewer than eight; writing eight without asking costs less than a branch that is
+        // often guessed wrong, and so would be std::countr_zero's question for zero. The surplus is overwritten by the
+        // next block.
         for (int i = 0; i < 8; ++i, marks &= marks - 1)
-            offsets[i] = position + quint32(std::countr_zero(marks));
+            offsets[i] = position + quint32(_tzcnt_u64(marks));
         for (int i = 8; i < count; ++i, marks &= marks - 1)
-            offsets[i] = position + quint32(std::countr_zero(marks));
+            offsets[i] = position + quint32(_tzcnt_u64(marks));
         offsets += count;
     }
     return {offsets, _mm256_testz_si256(returns, returns) == 0};

@@ -2,8 +2,8 @@
 
 //
 //  W A R N I N G
-//  This file is not part of the public interface. It is the first stage of the XML property-list reader, and may
-//  change from version to version.
+//  This file is not part of the public interface. It is the first stage of the XML property-list reader, and
+//  may change from version to version.
 //
 
 #include "Platform/Foundation/InstructionSet_p.h"
@@ -16,7 +16,7 @@ namespace platform {
 namespace PropertyListXmlIndex {
 
 struct Found {
-    quint32 *end = nullptr;      ///< Behind the last offset written.
+    quint32 *end = nullptr; ///< Behind the last offset written.
     bool carriageReturn = false; ///< Whether the stretch holds one.
 };
 

@@ -15,8 +15,8 @@ constexpr const char *UnfinishedText = "the text ends before the list does";
 bool isNameCharacter(char character)
 {
     const auto byte = static_cast<unsigned char>(character);
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9')
-        || byte == '_' || byte == ':' || byte == '-' || byte == '.' || byte >= 0x80;
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') || byte == '_'
+        || byte == ':' || byte == '-' || byte == '.' || byte >= 0x80;
 }
 
 } // namespace
@@ -25,8 +25,7 @@ PropertyListXmlScanner::PropertyListXmlScanner(PropertyListTextLoader &loader)
     : m_loader(loader)
     , m_text(loader.text())
     , m_end(loader.text())
-{
-}
+{ }
 
 bool PropertyListXmlScanner::arrives(const char *place)
 {
@@ -118,7 +117,7 @@ const char *PropertyListXmlScanner::skipInternalSubset(const char *place)
         else
             return fail("the document type holds something that is no declaration", place);
     }
-    return error() ? nullptr : fail("document type without an end", start);
+    return fail("document type without an end", start); // unless something in it failed before
 }
 
 const char *PropertyListXmlScanner::skipDocumentType(const char *place)
@@ -144,7 +143,7 @@ const char *PropertyListXmlScanner::skipDocumentType(const char *place)
             ++place;
         }
     }
-    return error() ? nullptr : fail("document type without an end", start);
+    return fail("document type without an end", start); // unless something in it failed before
 }
 
 // An attribute from its name on.
@@ -174,6 +173,8 @@ auto PropertyListXmlScanner::scanOpeningTag(const char *place) -> std::optional<
     const char *name = place + 1;
     place = skipName(name);
     tag.name = QByteArrayView(name, place - name);
+    if (tag.name.isEmpty() && !isAtEnd(name))
+        return fail("unexpected character in a tag", name);
     while (true) {
         const char *const before = place;
         place = skipSpace(place);
@@ -186,12 +187,10 @@ auto PropertyListXmlScanner::scanOpeningTag(const char *place) -> std::optional<
             tag.next = place + 2;
             return tag;
         }
-        if (place == before || tag.name.isEmpty()) { // attributes stand apart from what is before them
+        if (place == before) { // attributes stand apart from what is before them
             if (isAtEnd(place) || (*place == '/' && isAtEnd(place + 1)))
-                failAtEnd(UnfinishedText);
-            else
-                fail("unexpected character in a tag", place);
-            return std::nullopt;
+                return failAtEnd(UnfinishedText);
+            return fail("unexpected character in a tag", place);
         }
         place = skipAttribute(place);
         if (!place)
@@ -207,10 +206,8 @@ auto PropertyListXmlScanner::scanClosingTag(const char *place) -> std::optional<
     if (at(place) == '>')
         return Tag{QByteArrayView(name, nameEnd - name), place + 1, false};
     if (isAtEnd(place))
-        failAtEnd(UnfinishedText);
-    else
-        fail("unexpected character in a tag", place);
-    return std::nullopt;
+        return failAtEnd(UnfinishedText);
+    return fail("unexpected character in a tag", place);
 }
 
 auto PropertyListXmlScanner::scanContent(char *place, QByteArrayView elementName) -> std::optional<Content>
@@ -223,10 +220,8 @@ auto PropertyListXmlScanner::scanContent(char *place, QByteArrayView elementName
             const auto closing = scanClosingTag(markup);
             if (!closing)
                 return std::nullopt;
-            if (closing->name != elementName) {
-                fail("closing tag does not match", markup);
-                return std::nullopt;
-            }
+            if (closing->name != elementName)
+                return fail("closing tag does not match", markup);
             content.last = markup;
             content.next = closing->next;
             return content;
@@ -247,18 +242,17 @@ auto PropertyListXmlScanner::scanContent(char *place, QByteArrayView elementName
         if (!markup)
             return std::nullopt;
     }
-    failAtEnd(UnfinishedText);
-    return std::nullopt;
+    return failAtEnd(UnfinishedText);
 }
 
-std::nullptr_t PropertyListXmlScanner::fail(const char *reason, const char *place, ErrorCode code)
+auto PropertyListXmlScanner::fail(const char *reason, const char *place, ErrorCode code) -> Failure
 {
     if (!m_error)
         m_error = Error{code, QString::fromLatin1(reason), place - m_text, {}};
-    return nullptr;
+    return {};
 }
 
-std::nullptr_t PropertyListXmlScanner::failAtEnd(const char *reason)
+auto PropertyListXmlScanner::failAtEnd(const char *reason) -> Failure
 {
     return fail(reason, m_text + m_loader.waitForAll());
 }

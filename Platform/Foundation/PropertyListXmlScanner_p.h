@@ -2,8 +2,8 @@
 
 //
 //  W A R N I N G
-//  This file is not part of the public interface. It belongs to the XML property-list reader, and may change from
-//  version to version.
+//  This file is not part of the public interface. It belongs to the XML property-list reader, and may change
+//  from version to version.
 //
 
 #include "Platform/Foundation/PropertyListTextLoader_p.h"
@@ -15,11 +15,11 @@
 
 namespace platform {
 
-/// Finds the limits of all kinds of XML markup in a text that may still be arriving: tags with attributes, comments,
-/// processing instructions, document types, and the content of elements that hold text.
+/// Finds the limits of all kinds of XML markup in a text that may still be arriving: tags with attributes,
+/// comments, processing instructions, document types, and the content of elements that hold text.
 ///
-/// The operations take the place where something begins and answer where it ends. On an error they keep it and answer
-/// null. Only the first error counts.
+/// The operations take the place where something begins and answer where it ends. On an error they keep it
+/// and answer null. Only the first error counts.
 class PropertyListXmlScanner
 {
 public:
@@ -38,7 +38,7 @@ protected:
         char *first = nullptr;
         const char *last = nullptr;
         const char *next = nullptr; ///< Behind the closing tag.
-        bool hasMarkup = false;     ///< Comments, CDATA sections or processing instructions.
+        bool hasMarkup = false; ///< Comments, CDATA sections or processing instructions.
     };
 
     /// The byte at the place, once it is there; 0 behind the end of the text.
@@ -53,7 +53,8 @@ protected:
     const char *skipComment(const char *place);
     /// "<?" to "?>".
     const char *skipInstruction(const char *place);
-    /// "<!DOCTYPE" to its ">", with or without an internal subset. Entity declarations and references are refused.
+    /// "<!DOCTYPE" to its ">", with or without an internal subset. Entity declarations and references are
+    /// refused.
     const char *skipDocumentType(const char *place);
     /// An opening tag or the tag of an empty element, with any attributes.
     std::optional<Tag> scanOpeningTag(const char *place);
@@ -61,8 +62,18 @@ protected:
     /// The content of an element without child elements, from behind its opening tag.
     std::optional<Content> scanContent(char *place, QByteArrayView elementName);
 
-    std::nullptr_t fail(const char *reason, const char *place, ErrorCode code = ErrorCode::Malformed);
-    std::nullptr_t failAtEnd(const char *reason);
+    /// What an operation that failed returns: null, false or nothing.
+    struct Failure {
+        operator const char *() const { return nullptr; }
+        operator bool() const { return false; }
+        template <class T>
+        operator std::optional<T>() const
+        {
+            return std::nullopt;
+        }
+    };
+    Failure fail(const char *reason, const char *place, ErrorCode code = ErrorCode::Malformed);
+    Failure failAtEnd(const char *reason);
 
     qsizetype offsetOf(const char *place) const { return place - m_text; }
 

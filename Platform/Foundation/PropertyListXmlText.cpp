@@ -12,8 +12,8 @@ struct NamedReference {
     std::string_view text;
     char character;
 };
-constexpr NamedReference NamedReferences[]
-    = {{"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+constexpr NamedReference NamedReferences[] = {
+    {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
 
 char *putUtf8(char *to, char32_t character)
 {
@@ -54,8 +54,7 @@ public:
         : m_from(first)
         , m_last(last)
         , m_to(first)
-    {
-    }
+    { }
 
     Unescaped run()
     {
@@ -83,8 +82,8 @@ private:
             *m_to++ = *m_from++;
             return;
         }
-        *m_to++ = '\n';
         m_from += rest().substr(0, 2) == "\r\n" ? 2 : 1;
+        *m_to++ = '\n'; // last, for it may stand where the text was read
     }
 
     void replaceReference()
@@ -116,8 +115,7 @@ private:
             if (character <= 0x10FFFF) // stays too large once it is
                 character = character * (hexadecimal ? 16 : 10) + *digit;
         }
-        const bool isCharacter
-            = character != 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
+        const bool isCharacter = character != 0 && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
         if (place == digits || place == m_last || *place != ';')
             m_reason = "character reference without a number or semicolon";
         else if (!isCharacter)

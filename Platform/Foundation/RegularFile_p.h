@@ -13,8 +13,8 @@
 
 namespace platform {
 
-/// A regular file, open for reading. Opening never blocks and never reaches anything but a regular file: a pipe,
-/// device, socket or folder at the path is refused.
+/// A regular file, open for reading. Opening never blocks and never reaches anything but a regular file: a
+/// pipe, device, socket or folder at the path is refused.
 class RegularFile
 {
 public:

@@ -17,8 +17,8 @@ bool isContinuation(char byte)
     return (Byte(byte) & 0xC0) == 0x80;
 }
 
-// Length of the valid character at the front of the bytes, 0 if there is none. The ranges of the second byte are
-// those of table 3-7 of the Unicode standard.
+// Length of the valid character at the front of the bytes, 0 if there is none. The ranges of the second byte
+// are those of table 3-7 of the Unicode standard.
 qsizetype characterLength(const char *text, qsizetype size)
 {
     const Byte lead = Byte(text[0]);
@@ -64,14 +64,14 @@ qsizetype validLengthPlain(const char *text, qsizetype size)
 #if ZR_HAS_AVX2
 
 // What can be wrong with two neighbouring bytes; a set bit in all three tables at once is an error.
-constexpr char TooShort = 1 << 0;      // lead byte, then no continuation
-constexpr char TooLong = 1 << 1;       // ASCII, then a continuation
-constexpr char Overlong3 = 1 << 2;     // E0, then below A0
-constexpr char TooLarge = 1 << 3;      // above U+10FFFF
-constexpr char Surrogate = 1 << 4;     // ED, then above 9F
-constexpr char Overlong2 = 1 << 5;     // C0 or C1
-constexpr char TooLarge1000 = 1 << 6;  // F5 and more, then 80 to 8F
-constexpr char Overlong4 = 1 << 6;     // F0, then 80 to 8F
+constexpr char TooShort = 1 << 0; // lead byte, then no continuation
+constexpr char TooLong = 1 << 1; // ASCII, then a continuation
+constexpr char Overlong3 = 1 << 2; // E0, then below A0
+constexpr char TooLarge = 1 << 3; // above U+10FFFF
+constexpr char Surrogate = 1 << 4; // ED, then above 9F
+constexpr char Overlong2 = 1 << 5; // C0 or C1
+constexpr char TooLarge1000 = 1 << 6; // F5 and more, then 80 to 8F
+constexpr char Overlong4 = 1 << 6; // F0, then 80 to 8F
 constexpr char TwoContinuations = char(1 << 7);
 constexpr char Carry = TooShort | TooLong | TwoContinuations;
 
@@ -107,12 +107,12 @@ ZR_AVX2 inline __m256i pairErrors(__m256i bytes, __m256i previous)
               Large, Large, Large, Large, Large, Large, Large, Large | Surrogate, Large, Large),
         _mm256_and_si256(previous, _mm256_set1_epi8(0x0F)));
     constexpr char Continuation = TooLong | Overlong2 | TwoContinuations;
-    const __m256i byHigh = _mm256_shuffle_epi8(
-        table(TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort,
-              Continuation | Overlong3 | TooLarge1000 | Overlong4, Continuation | Overlong3 | TooLarge,
-              Continuation | Surrogate | TooLarge, Continuation | Surrogate | TooLarge, TooShort, TooShort, TooShort,
-              TooShort),
-        highNibbles(bytes));
+    const __m256i byHigh =
+        _mm256_shuffle_epi8(table(TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort, TooShort,
+                                  Continuation | Overlong3 | TooLarge1000 | Overlong4,
+                                  Continuation | Overlong3 | TooLarge, Continuation | Surrogate | TooLarge,
+                                  Continuation | Surrogate | TooLarge, TooShort, TooShort, TooShort, TooShort),
+                            highNibbles(bytes));
     return _mm256_and_si256(_mm256_and_si256(byPreviousHigh, byPreviousLow), byHigh);
 }
 
@@ -129,9 +129,9 @@ ZR_AVX2 inline __m256i blockErrors(__m256i bytes, __m256i before)
 // Not zero where the last three bytes begin a character that the next block must end.
 ZR_AVX2 inline __m256i unfinished(__m256i bytes)
 {
-    alignas(32) static constexpr Byte Highest[32] = {
-        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,    0xFF,
-        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xEF, 0xDF,    0xBF};
+    alignas(32) static constexpr Byte Highest[32] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+                                                     0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+                                                     0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xEF, 0xDF, 0xBF};
     return _mm256_subs_epu8(bytes, _mm256_load_si256(reinterpret_cast<const __m256i *>(Highest)));
 }
 
