@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/PropertyList.h"
 #include "Platform/Foundation/PropertyListXmlParser_p.h"
 
 #include <QByteArray>
@@ -44,12 +45,12 @@ inline QByteArray contentOf(const ParsedXml &parsed)
 }
 
 /// Parses with every set of instructions and expects the same of all.
-inline ParsedXml parseXmlEveryWay(QByteArrayView text)
+inline ParsedXml parseXmlEveryWay(const QByteArray &text)
 {
     ParsedXml plain = parseXml(text, platform::InstructionSet::Plain);
     const ParsedXml best = parseXml(text, platform::bestInstructionSet());
     EXPECT_TRUE(contentOf(plain) == contentOf(best))
-        << text.first(qMin(text.size(), qsizetype(2000))).toByteArray().constData();
+        << text.left(2000).constData();
     return plain;
 }
 

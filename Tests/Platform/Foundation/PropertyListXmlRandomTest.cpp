@@ -24,7 +24,7 @@ PropertyListValue valueOf(testSupport::ParsedXml parsed)
 QByteArray withoutUsualTags(QByteArray text)
 {
     for (const char *name : {"key", "dict", "array", "string", "integer", "date", "data", "real"})
-        text.replace('<' + QByteArray(name) + '>', '<' + QByteArray(name) + " >");
+        text.replace(QByteArray('<' + QByteArray(name) + '>'), QByteArray('<' + QByteArray(name) + " >"));
     return text.replace("<true/>", "<true />").replace("<false/>", "<false />");
 }
 
