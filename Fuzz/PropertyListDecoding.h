@@ -34,3 +34,20 @@ inline void decodeEverything(const platform::PropertyListView &value)
     if (entries != value.count())
         qFatal("a container counts wrong");
 }
+
+/// What every reader of property lists must do with any input: tell where an error stands, or give a list that can be
+/// decoded and written.
+inline void judge(const platform::Result<platform::PropertyListValue> &list, std::size_t size)
+{
+    if (!list) {
+        if (list.error().byteOffset < 0 || list.error().byteOffset > qint64(size))
+            qFatal("an error without its place");
+        return;
+    }
+    constexpr qsizetype Bound = 1 << 20; // a few bytes may expand to millions of values
+    if (list.value().memoryUse() > Bound)
+        return;
+    decodeEverything(list.value());
+    if (const auto xml = platform::PropertyList::writeXml(list.value().toVariant()); xml && xml.value().isEmpty())
+        qFatal("a list was written as nothing");
+}

@@ -76,14 +76,12 @@ public:
 
     /// The string; empty for anything else.
     QString toString() const;
-    /// The string as UTF-8; empty for anything else. No text is copied when it holds no escapes: the result then
-    /// borrows the document's bytes (QByteArray::fromRawData) and must not outlive it.
+    /// The string as UTF-8; empty for anything else. No text is copied: the result borrows the document's bytes
+    /// (QByteArray::fromRawData) and must not outlive it.
     QByteArray toUtf8() const;
-    /// The bytes of the string as they stand in the document when they need no unescaping (then this is what
-    /// `toUtf8` holds), nothing otherwise. For scanning many strings without a copy.
+    /// The same as a view; nothing for anything else.
     std::optional<QByteArrayView> plainUtf8() const;
-    /// Bytes of text that the string occupies in the document, an upper bound for the length of `toUtf8` and known
-    /// without touching the text; 0 for anything else.
+    /// Length of `toUtf8` in bytes, known without touching the text; 0 for anything else.
     qsizetype storedLength() const;
     /// The integer, or a real cut towards zero. An integer above 2^63-1 answers the default; see `toUnsigned`.
     qint64 toInteger(qint64 fallback = 0) const;
@@ -228,7 +226,7 @@ public:
     friend bool operator==(const EntryIterator &a, const EntryIterator &b) { return a.m_row == b.m_row; }
 
     QString key() const;
-    /// The key as UTF-8. Borrows the document's bytes where it can, as `toUtf8` of a value does.
+    /// The key as UTF-8. Borrows the document's bytes, as `toUtf8` of a value does.
     QByteArray utf8Key() const;
     PropertyListView value() const { return PropertyListView(m_document, m_valueRow); }
 

@@ -67,11 +67,6 @@ CivilDate civilFromDays(qint64 days);
 /// The number that the text is the canonical decimal form of ("0", "17", but not "+1" or "01"), if it fits.
 std::optional<quint32> parseCanonicalNumber(QByteArrayView text);
 
-/// The character data of XML text in UTF-8: references replaced, CDATA sections opened, comments and
-/// processing instructions left out, line ends made line feeds. What is no valid reference stays as it
-/// stands.
-QByteArray unescape(QByteArrayView text);
-
 /// Writes a character in UTF-8, one to four bytes; U+FFFD for what is no Unicode scalar value.
 /// @return just behind the bytes written.
 char *writeUtf8(char *output, char32_t character);

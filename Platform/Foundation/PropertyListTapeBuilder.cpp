@@ -104,13 +104,12 @@ void PropertyListTapeBuilder::end()
 void PropertyListTapeBuilder::key(const Piece &piece)
 {
     const QByteArrayView text = textOf(piece);
-    const bool isPlain = piece.kind == Key;
-    if (const auto number = PropertyListScalars::parseCanonicalNumber(text); isPlain && number) {
+    if (const auto number = PropertyListScalars::parseCanonicalNumber(text)) {
         addRow(makeRow(NumberKey, NoKey, 0, *number));
         m_nextKey = InlineKey;
         return;
     }
-    m_nextKey = isPlain && text.size() <= LongestInternedKey ? m_keys.intern(text) : InlineKey;
+    m_nextKey = text.size() <= LongestInternedKey ? m_keys.intern(text) : InlineKey;
     if (m_nextKey == InlineKey)
         addText(piece, NoKey);
 }

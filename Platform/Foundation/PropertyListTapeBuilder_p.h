@@ -94,7 +94,7 @@ public:
     void beginArray() { begin(PropertyListTape::Array); }
     void end();
 
-    /// The key of the next value: a piece of kind `Key` or `EscapedKey`.
+    /// The key of the next value: a piece of kind `Key`.
     void key(const Piece &piece);
     void value(const Piece &piece);
     void boolean(bool value);

@@ -157,28 +157,17 @@ TEST(PropertyListScalars, KnowsCanonicalNumbers)
         EXPECT_FALSE(parseCanonicalNumber(text)) << text;
 }
 
-TEST(PropertyListScalars, OpensEscapedText)
+TEST(PropertyListScalars, WritesCharactersInUtf8)
 {
-    const std::pair<const char *, const char *> cases[] = {
-        {"plain", "plain"},
-        {"&amp;&lt;&gt;&quot;&apos;", "&<>\"'"},
-        {"&#65;&#x42;&#x1F698;&#xe9;", "AB\xF0\x9F\x9A\x98\xC3\xA9"},
-        {"<![CDATA[Test &amp; &33; <![CDATA[]]]> outside", "Test &amp; &33; <![CDATA[] outside"},
-        {"a<!-- < & \r -->b<?target & ?>c", "abc"},
-        {"1\r\n2\r3\n4<![CDATA[\r\n\r]]>\r", "1\n2\n3\n4\n\n\n"},
-        {"&#13;&#13;\r\n", "\r\r\n"},
-        {"&#xD800;", "\xEF\xBF\xBD"},
-    };
-    for (const auto &[text, expected] : cases)
-        EXPECT_EQ(unescape(text), QByteArray(expected)) << text;
-}
-
-TEST(PropertyListScalars, LeavesWhatIsNoReferenceAsItStands)
-{
-    for (const char *text : {"&", "&;", "&unknown;", "&#;", "&#x;", "&#x110000;", "&amp", "&#99999999999999999999;"})
-        EXPECT_EQ(unescape(text), QByteArray(text)) << text;
-    EXPECT_EQ(unescape("a<![CDATA[b"), "ab");
-    EXPECT_EQ(unescape("a<!--b"), "a");
+    QByteArray text;
+    for (const char32_t character : {U'a', U'\x7F', U'\x80', U'\x7FF', U'\x800', U'\xFFFF', U'\x10000', U'\x10FFFF'})
+        appendUtf8(text, character);
+    EXPECT_EQ(text, "a\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
+    for (const char32_t character : {char32_t(0xD800), char32_t(0xDFFF), char32_t(0x110000)}) {
+        QByteArray replaced;
+        appendUtf8(replaced, character);
+        EXPECT_EQ(replaced, "\xEF\xBF\xBD");
+    }
 }
 
 } // namespace
