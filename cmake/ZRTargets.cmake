@@ -4,6 +4,13 @@
 include_guard()
 include(GNUInstallDirs)
 
+# Installed libraries find each other beside themselves, so that the installed tree may be moved.
+if(APPLE)
+    set(ZR_LIBRARY_RPATH "@loader_path")
+else()
+    set(ZR_LIBRARY_RPATH "$ORIGIN")
+endif()
+
 set(ZR_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/ZRCommon-${PROJECT_VERSION_MAJOR})
 define_property(GLOBAL PROPERTY ZR_LIBRARIES BRIEF_DOCS "Libraries that are installed" FULL_DOCS "Libraries")
 
@@ -26,7 +33,8 @@ function(zr_add_library name)
     target_compile_features(${name} PUBLIC cxx_std_20)
     target_precompile_headers(${name} PRIVATE <QtCore/QtCore>)
     set_target_properties(${name} PROPERTIES
-        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} WINDOWS_EXPORT_ALL_SYMBOLS ON)
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} WINDOWS_EXPORT_ALL_SYMBOLS ON
+        INSTALL_RPATH "${ZR_LIBRARY_RPATH}")
     set_property(GLOBAL APPEND PROPERTY ZR_LIBRARIES ${name})
 
     list(FILTER headers EXCLUDE REGEX "_p\\.h$")

@@ -1,13 +1,8 @@
 #include "Platform/Foundation/FileManager.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
-
-#ifndef Q_OS_WIN
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
 
 namespace platform::FileManager {
 
@@ -66,31 +61,6 @@ std::optional<QString> resolvedLink(const QString &path)
     if (target.isEmpty())
         return std::nullopt;
     return target;
-}
-
-std::unique_ptr<QFile> openRegularFile(const QString &path)
-{
-    // Judged before opening, since opening a device may do something to it, and again after, since another
-    // process may have put something else there.
-    if (!canBePath(path) || !QFileInfo(path).isFile())
-        return nullptr;
-#ifdef Q_OS_WIN
-    auto file = std::make_unique<QFile>(path);
-    if (!file->open(QIODevice::ReadOnly))
-        return nullptr;
-#else
-    const int descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0)
-        return nullptr;
-    auto file = std::make_unique<QFile>();
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)
-        || !file->open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
-        close(descriptor);
-        return nullptr;
-    }
-#endif
-    return file;
 }
 
 QString homeFolder()

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QFile>
+#include <QFileDevice>
 #include <QString>
 
-#include <memory>
 #include <optional>
 
 namespace platform {
@@ -38,12 +37,6 @@ bool createDirectory(const QString &path, const FileAttributes &attributes = {})
 /// @return nothing when the path names no link, and when the link leads nowhere: its target is missing, cannot be
 /// reached, or the chain comes back to itself.
 std::optional<QString> resolvedLink(const QString &path);
-
-/// Opens a regular file, or a link to one, for reading. Never blocks, and touches nothing else: no pipe, device or
-/// folder.
-/// @return the open file, which need not know its name; nothing when there is no such file or the system does not
-/// let us read it.
-std::unique_ptr<QFile> openRegularFile(const QString &path);
 
 /// The user's home folder: the environment's HOME where it is set, without a slash at its end.
 QString homeFolder();

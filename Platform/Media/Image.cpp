@@ -1,9 +1,8 @@
 #include "Platform/Media/Image.h"
 
-#include "Platform/Foundation/FileManager.h"
+#include "Platform/Foundation/RegularFile_p.h"
 
 #include <QBuffer>
-#include <QFile>
 #include <QImageReader>
 #include <QPixelFormat>
 #include <QTransform>
@@ -106,10 +105,15 @@ Page readPage(QImageReader &reader)
 
 QByteArray bytesOf(const QString &path)
 {
-    const std::unique_ptr<QFile> file = FileManager::openRegularFile(path);
-    if (!file || file->size() > Image::maximumFileSize)
+    Result<RegularFile> opened = RegularFile::open(path);
+    if (!opened || opened.value().size() > Image::maximumFileSize)
         return {};
-    return file->read(Image::maximumFileSize);
+    RegularFile file = std::move(opened).value();
+    QByteArray bytes(file.size(), Qt::Uninitialized);
+    qsizetype length = 0;
+    for (qint64 count = 1; count > 0 && length < bytes.size(); length += std::max<qint64>(count, 0))
+        count = file.read(bytes.data() + length, bytes.size() - length);
+    return bytes.first(length);
 }
 
 } // namespace

@@ -129,28 +129,6 @@ TEST_F(FileManagerTest, AnswersNothingForWhatIsNoLinkOrLeadsNowhere)
     EXPECT_FALSE(FileManager::resolvedLink(QStringLiteral("/")));
 }
 
-TEST_F(FileManagerTest, OpensRegularFilesAndLinksToThem)
-{
-    testSupport::writeFile(in("file"), "content");
-    link("file", "toFile");
-    for (const char *name : {"file", "toFile"}) {
-        const std::unique_ptr<QFile> file = FileManager::openRegularFile(in(name));
-        ASSERT_TRUE(file) << name;
-        EXPECT_EQ(file->size(), 7);
-        EXPECT_EQ(file->readAll(), "content");
-    }
-}
-
-TEST_F(FileManagerTest, OpensNothingElseAndNeverWaits)
-{
-    ASSERT_EQ(mkfifo(in("pipe").toUtf8().constData(), 0600), 0);
-    link("pipe", "toPipe");
-    link("missing", "dangling");
-    for (const QString &path :
-         {in("pipe"), in("toPipe"), in("dangling"), in("missing"), folder, QString(), QStringLiteral("/dev/null")})
-        EXPECT_FALSE(FileManager::openRegularFile(path)) << qPrintable(path);
-}
-
 TEST_F(FileManagerTest, TheHomeFolderIsThatOfTheEnvironment)
 {
     EXPECT_EQ(FileManager::homeFolder(), testSupport::homePath());

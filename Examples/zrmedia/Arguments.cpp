@@ -1,0 +1,140 @@
+#include "Arguments.h"
+
+#include "ZRCommon/ZRLocalizedString.h"
+
+#include <QCommandLineParser>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+using Command = Arguments::Command;
+using iTunesSortingForZR::Column;
+
+struct Syntax {
+    const char *name;
+    Command command;
+    qsizetype positional; // words behind the command
+    bool takesSearch;
+    bool takesSort;
+};
+
+constexpr std::array syntaxes{
+    Syntax{"plist", Command::Plist, 1, false, false}, Syntax{"playlists", Command::Playlists, 1, false, false},
+    Syntax{"songs", Command::Songs, 2, true, true}, Syntax{"albums", Command::Albums, 1, false, false},
+    Syntax{"photos", Command::Photos, 2, true, false}};
+
+const Syntax *syntaxNamed(const QString &name)
+{
+    const auto found = std::find_if(syntaxes.begin(), syntaxes.end(),
+                                    [&](const Syntax &syntax) { return name == QLatin1String(syntax.name); });
+    return found == syntaxes.end() ? nullptr : found;
+}
+
+std::optional<Column> columnNamed(const QString &name)
+{
+    if (name == QLatin1String("Song"))
+        return Column::Song;
+    if (name == QLatin1String("Artist"))
+        return Column::Artist;
+    if (name == QLatin1String("Time"))
+        return Column::Time;
+    return {};
+}
+
+const QString searchName = QStringLiteral("search");
+const QString sortName = QStringLiteral("sort");
+const QString descendingName = QStringLiteral("descending");
+const QString timingsName = QStringLiteral("timings");
+const QString helpName = QStringLiteral("help");
+const QString versionName = QStringLiteral("version");
+
+std::variant<Arguments, Information, UsageError> checked(const QCommandLineParser &parser)
+{
+    QStringList words = parser.positionalArguments();
+    if (words.isEmpty())
+        return UsageError{ZRLocalizedString("no command given")};
+    const QString name = words.takeFirst();
+    const Syntax *syntax = syntaxNamed(name);
+    if (!syntax)
+        return UsageError{ZRLocalizedString("there is no command \"%1\"").arg(name)};
+    if (words.size() < syntax->positional)
+        return UsageError{ZRLocalizedString("too few arguments for \"%1\"").arg(name)};
+    if (words.size() > syntax->positional)
+        return UsageError{ZRLocalizedString("too many arguments for \"%1\"").arg(name)};
+    if (parser.isSet(searchName) && !syntax->takesSearch)
+        return UsageError{ZRLocalizedString("\"%1\" takes no %2").arg(name, QStringLiteral("--search"))};
+    if (parser.isSet(sortName) && !syntax->takesSort)
+        return UsageError{ZRLocalizedString("\"%1\" takes no %2").arg(name, QStringLiteral("--sort"))};
+    if (parser.isSet(descendingName) && !parser.isSet(sortName))
+        return UsageError{ZRLocalizedString("--descending needs --sort")};
+
+    Arguments arguments;
+    arguments.command = syntax->command;
+    arguments.file = words.value(0);
+    arguments.collection = words.value(1);
+    arguments.search = parser.value(searchName);
+    if (parser.isSet(sortName)) {
+        arguments.sortColumn = columnNamed(parser.value(sortName));
+        if (!arguments.sortColumn)
+            return UsageError{ZRLocalizedString("\"%1\" is none of Song, Artist and Time").arg(parser.value(sortName))};
+    }
+    arguments.isDescending = parser.isSet(descendingName);
+    arguments.showsTimings = parser.isSet(timingsName);
+    return arguments;
+}
+
+QString helpText()
+{
+    const QStringList lines{
+        ZRLocalizedString("plist      any property list as JSON"),
+        ZRLocalizedString("playlists  the names of a music library's playlists"),
+        ZRLocalizedString("songs      the songs of a playlist, with every key of their track dictionaries"),
+        ZRLocalizedString("albums     the names of a photo library's albums"),
+        ZRLocalizedString("photos     the photos of an album: title, imagePath, creationDate"),
+        QString(),
+        ZRLocalizedString(
+            "--search TEXT  songs with the text in their name, artist, album or genre, photos with the text"),
+        ZRLocalizedString("               in their caption, without regard to case"),
+        ZRLocalizedString("--sort COLUMN  songs in the order of Song, Artist or Time"),
+        ZRLocalizedString("--descending   in the opposite order"),
+        ZRLocalizedString("--timings      a line of JSON on standard error: seconds for reading, parsing, listing,"),
+        ZRLocalizedString("               searching and sorting"),
+        QStringLiteral("--help, --version"),
+        QString(),
+        ZRLocalizedString("JSON in UTF-8 goes to standard output, everything else to standard error."),
+        ZRLocalizedString("Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted."),
+    };
+    return usageText() + QLatin1Char('\n') + lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
+}
+
+} // namespace
+
+std::variant<Arguments, Information, UsageError> parseArguments(const QStringList &words)
+{
+    QCommandLineParser parser;
+    parser.addOption({searchName, {}, QStringLiteral("text")});
+    parser.addOption({sortName, {}, QStringLiteral("column")});
+    parser.addOption(QCommandLineOption(QStringList{QStringLiteral("h"), helpName}));
+    for (const QString &name : {descendingName, timingsName, versionName})
+        parser.addOption(QCommandLineOption(name));
+    // The parser takes the first word for the program's name.
+    if (!parser.parse(QStringList{QStringLiteral("zrmedia")} + words))
+        return UsageError{parser.errorText()};
+    if (parser.isSet(helpName))
+        return Information{helpText()};
+    if (parser.isSet(versionName))
+        return Information{QStringLiteral("zrmedia " ZR_VERSION "\n")};
+    return checked(parser);
+}
+
+QString usageText()
+{
+    return QStringLiteral("zrmedia plist FILE\n"
+                          "zrmedia playlists LIBRARY\n"
+                          "zrmedia songs LIBRARY PLAYLIST [--search TEXT] [--sort Song|Artist|Time] [--descending]\n"
+                          "zrmedia albums ALBUMDATA\n"
+                          "zrmedia photos ALBUMDATA ALBUM [--search TEXT]\n")
+        + ZRLocalizedString("Each also takes --timings; --help tells more.") + QLatin1Char('\n');
+}

@@ -1,0 +1,66 @@
+#include "Support.h"
+
+#include "JsonWriter.h"
+#include "Output.h"
+#include "Progress.h"
+#include "ZRCommon/ZRLocalizedString.h"
+
+#include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
+
+#include <array>
+
+void fetchFile(const Arguments &arguments, Timings &timings)
+{
+    // Opening a pipe or device could wait for ever; the parser refuses them.
+    if ((!arguments.showsTimings && !standardErrorIsTerminal()) || !QFileInfo(arguments.file).isFile())
+        return;
+    constexpr qint64 megabyte = 1'000'000;
+    Timings::measured(timings.reading, [&] {
+        QFile file(arguments.file);
+        std::array<char, 256 * 1024> block;
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            return false;
+        Progress progress(ZRLocalizedString("Reading"), QStringLiteral("MB"), file.size(), megabyte);
+        qint64 done = 0;
+        for (qint64 count = 0; (count = file.read(block.data(), qint64(block.size()))) > 0;)
+            progress.setDone(done += count);
+        return true;
+    });
+}
+
+void waitForNotification(const QString &name, const platform::NotificationObject &object,
+                         const std::function<void()> &start)
+{
+    QEventLoop loop;
+    const platform::Observation observation = platform::NotificationCenter::defaultCenter().addObserver(
+        [&loop](const platform::Notification &) { loop.quit(); }, name, object);
+    start();
+    loop.exec();
+}
+
+QString unknownName(const Arguments &arguments, const QString &text, const QStringList &names)
+{
+    constexpr qsizetype shownNames = 8;
+    constexpr qsizetype longestName = 40;
+    QStringList shown;
+    for (const QString &name : names.first(std::min(names.size(), shownNames))) {
+        const bool isShort = name.size() <= longestName;
+        shown += QLatin1Char('"') + (isShort ? name : name.first(longestName) + QChar(0x2026)) + QLatin1Char('"');
+    }
+    QString list = shown.isEmpty() ? ZRLocalizedString("none") : shown.join(QStringLiteral(", "));
+    if (names.size() > shown.size())
+        list = ZRLocalizedString("%1 and %2 more").arg(list).arg(names.size() - shown.size());
+    return arguments.file + QStringLiteral(": ") + text.arg(arguments.collection, list);
+}
+
+void writeNames(const QStringList &names, Output &output)
+{
+    JsonWriter json(output, 1);
+    json.beginArray();
+    for (const QString &name : names)
+        json.string(name);
+    json.endArray();
+    json.finish();
+}

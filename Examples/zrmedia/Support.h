@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Commands.h"
+
+#include "Platform/Foundation/NotificationCenter.h"
+
+#include <QList>
+#include <QStringList>
+
+#include <functional>
+
+/// What the commands share.
+
+/// Brings a file's bytes into the system's cache, telling how far it is, so that the parser behind it does not wait
+/// for the disk. Only done when somebody watches or wants the time; a file that cannot be read is left to the parser
+/// to judge.
+void fetchFile(const Arguments &arguments, Timings &timings);
+
+/// Runs the event loop until the notification is posted about the object.
+/// @param start what makes it come; called when the observer stands
+void waitForNotification(const QString &name, const platform::NotificationObject &object,
+                         const std::function<void()> &start);
+
+/// `text` with the name asked for in place of %1 and those that there are, shortened, in place of %2, behind the file.
+QString unknownName(const Arguments &arguments, const QString &text, const QStringList &names);
+
+/// Writes the names as an array, one to a line.
+void writeNames(const QStringList &names, Output &output);

@@ -1,0 +1,104 @@
+// The media browser's libraries on the command line: a host of the framework without a window. It does what any host
+// does: asks a reader, waits for its notification, asks again. See usageText() for how it is called.
+
+#include "Arguments.h"
+#include "Commands.h"
+#include "Output.h"
+#include "Progress.h"
+#include "ZRCommon/ZRLocalizedString.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr int done = 0;
+constexpr int inputNotUsable = 1;
+constexpr int wrongUsage = 2;
+constexpr int interrupted = 130;
+
+volatile std::sig_atomic_t wipesLine = 0;
+
+// Nothing is left half-written on disk, so that the program may end at any instruction. Only what may be called in a
+// signal handler is.
+extern "C" void endInterrupted(int)
+{
+    if (wipesLine)
+        Progress::wipeFromSignalHandler();
+    std::_Exit(interrupted);
+}
+
+void say(const QString &message)
+{
+    std::fputs(QByteArray("zrmedia: " + message.toUtf8() + '\n').constData(), stderr);
+}
+
+Failure run(const Arguments &arguments, Output &output, Timings &timings)
+{
+    switch (arguments.command) {
+    case Arguments::Command::Plist:
+        return runPlist(arguments, output, timings);
+    case Arguments::Command::Playlists:
+        return runPlaylists(arguments, output, timings);
+    case Arguments::Command::Songs:
+        return runSongs(arguments, output, timings);
+    case Arguments::Command::Albums:
+        return runAlbums(arguments, output, timings);
+    case Arguments::Command::Photos:
+        return runPhotos(arguments, output, timings);
+    }
+    Q_UNREACHABLE();
+}
+
+int finish(Output &output)
+{
+    if (output.flush())
+        return done;
+    say(ZRLocalizedString("standard output: %1").arg(output.failure()));
+    return inputNotUsable;
+}
+
+int run(const Arguments &arguments)
+{
+    Output output(stdout);
+    Timings timings;
+    const Failure failure = run(arguments, output, timings);
+    if (failure)
+        say(*failure);
+    if (arguments.showsTimings) {
+        Output errors(stderr);
+        timings.write(errors);
+        errors.flush();
+    }
+    const int status = finish(output);
+    return failure ? inputNotUsable : status;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+#ifdef SIGPIPE
+    // A reader that has gone away is reported like a full disk.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+    wipesLine = standardErrorIsTerminal();
+    std::signal(SIGINT, endInterrupted);
+
+    const auto parsed = parseArguments(QCoreApplication::arguments().mid(1));
+    if (const auto *error = std::get_if<UsageError>(&parsed)) {
+        say(error->reason);
+        std::fputs(usageText().toUtf8().constData(), stderr);
+        return wrongUsage;
+    }
+    if (const auto *information = std::get_if<Information>(&parsed)) {
+        Output output(stdout);
+        output.write(information->text.toUtf8());
+        return finish(output);
+    }
+    return run(std::get<Arguments>(parsed));
+}

@@ -1,0 +1,144 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE" sourcelanguage="en_US">
+<context>
+    <name>ZRCommon</name>
+    <message>
+        <source>Songs</source>
+        <extracomment>Follows the number of songs in the list: &quot;12 Songs&quot;.</extracomment>
+        <translation>Titel</translation>
+    </message>
+    <message>
+        <source>no command given</source>
+        <translation>kein Befehl angegeben</translation>
+    </message>
+    <message>
+        <source>there is no command &quot;%1&quot;</source>
+        <translation>den Befehl „%1“ gibt es nicht</translation>
+    </message>
+    <message>
+        <source>too few arguments for &quot;%1&quot;</source>
+        <translation>zu wenige Argumente für „%1“</translation>
+    </message>
+    <message>
+        <source>too many arguments for &quot;%1&quot;</source>
+        <translation>zu viele Argumente für „%1“</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; takes no %2</source>
+        <translation>„%1“ kennt kein %2</translation>
+    </message>
+    <message>
+        <source>--descending needs --sort</source>
+        <translation>--descending braucht --sort</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is none of Song, Artist and Time</source>
+        <translation>„%1“ ist nicht Song, Artist oder Time</translation>
+    </message>
+    <message>
+        <source>plist      any property list as JSON</source>
+        <translation>plist      eine beliebige Property-List als JSON</translation>
+    </message>
+    <message>
+        <source>playlists  the names of a music library&apos;s playlists</source>
+        <translation>playlists  die Namen der Wiedergabelisten einer Musikmediathek</translation>
+    </message>
+    <message>
+        <source>songs      the songs of a playlist, with every key of their track dictionaries</source>
+        <translation>songs      die Titel einer Wiedergabeliste mit allen Schlüsseln ihrer Einträge</translation>
+    </message>
+    <message>
+        <source>albums     the names of a photo library&apos;s albums</source>
+        <translation>albums     die Namen der Alben einer Fotomediathek</translation>
+    </message>
+    <message>
+        <source>photos     the photos of an album: title, imagePath, creationDate</source>
+        <translation>photos     die Fotos eines Albums: title, imagePath, creationDate</translation>
+    </message>
+    <message>
+        <source>--search TEXT  songs with the text in their name, artist, album or genre, photos with the text</source>
+        <translation>--search TEXT  Titel mit dem Text in Name, Interpret, Album oder Genre, Fotos mit dem Text</translation>
+    </message>
+    <message>
+        <source>               in their caption, without regard to case</source>
+        <translation>               in der Bildunterschrift, Groß- und Kleinschreibung gleich</translation>
+    </message>
+    <message>
+        <source>--sort COLUMN  songs in the order of Song, Artist or Time</source>
+        <translation>--sort COLUMN  Titel in der Ordnung von Song, Artist oder Time</translation>
+    </message>
+    <message>
+        <source>--descending   in the opposite order</source>
+        <translation>--descending   in umgekehrter Ordnung</translation>
+    </message>
+    <message>
+        <source>--timings      a line of JSON on standard error: seconds for reading, parsing, listing,</source>
+        <translation>--timings      eine Zeile JSON auf der Fehlerausgabe: Sekunden für Einlesen, Zerlegen, Auflisten,</translation>
+    </message>
+    <message>
+        <source>               searching and sorting</source>
+        <translation>               Suchen und Sortieren</translation>
+    </message>
+    <message>
+        <source>JSON in UTF-8 goes to standard output, everything else to standard error.</source>
+        <translation>JSON in UTF-8 geht auf die Standardausgabe, alles andere auf die Fehlerausgabe.</translation>
+    </message>
+    <message>
+        <source>Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted.</source>
+        <translation>Ende mit 0: getan, 1: Eingabe nicht brauchbar, 2: falsch aufgerufen, 130: unterbrochen.</translation>
+    </message>
+    <message>
+        <source>Each also takes --timings; --help tells more.</source>
+        <translation>Alle kennen auch --timings; --help sagt mehr.</translation>
+    </message>
+    <message>
+        <source>Reading</source>
+        <translation>Einlesen</translation>
+    </message>
+    <message>
+        <source>Writing</source>
+        <translation>Schreiben</translation>
+    </message>
+    <message>
+        <source>songs</source>
+        <translation>Titel</translation>
+    </message>
+    <message>
+        <source>photos</source>
+        <translation>Fotos</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>keine</translation>
+    </message>
+    <message>
+        <source>%1 and %2 more</source>
+        <translation>%1 und %2 weitere</translation>
+    </message>
+    <message>
+        <source>standard output: %1</source>
+        <translation>Standardausgabe: %1</translation>
+    </message>
+    <message>
+        <source>no playlist is called &quot;%1&quot;; there are: %2</source>
+        <translation>keine Wiedergabeliste heißt „%1“; es gibt: %2</translation>
+    </message>
+    <message>
+        <source>no album is called &quot;%1&quot;; there are: %2</source>
+        <translation>kein Album heißt „%1“; es gibt: %2</translation>
+    </message>
+    <message>
+        <source>%1: %2 of %3 %4</source>
+        <translation>%1: %2 von %3 %4</translation>
+    </message>
+    <message>
+        <source>, %1 s left</source>
+        <translation>, noch %1 s</translation>
+    </message>
+    <message>
+        <source>the album lists a photo that is not there</source>
+        <translation>das Album führt ein Foto auf, das es nicht gibt</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,453 @@
+#include "Support/TestSupport.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+
+namespace {
+
+const QString program = QStringLiteral(ZR_BIN_DIR "/zrmedia");
+const QString musicLibrary = QStringLiteral(ZR_SAMPLE_LIBRARY "/iTunes/iTunes Music Library.xml");
+const QString albumData = QStringLiteral(ZR_SAMPLE_LIBRARY "/iPhoto Library/AlbumData.xml");
+
+struct Outcome {
+    int status = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+Outcome finished(QProcess &process)
+{
+    EXPECT_TRUE(process.waitForFinished(120'000)) << qPrintable(process.errorString());
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+QProcessEnvironment english()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    return environment;
+}
+
+Outcome run(const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessEnvironment(english());
+    process.start(program, arguments);
+    return finished(process);
+}
+
+/// The JSON that a run must print, with nothing on standard error.
+QJsonArray arrayOf(const QStringList &arguments)
+{
+    const Outcome result = run(arguments);
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
+    EXPECT_EQ(result.errors, "");
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(result.output, &error);
+    EXPECT_TRUE(document.isArray()) << qPrintable(error.errorString());
+    return document.array();
+}
+
+QStringList texts(const QJsonArray &array, const QString &key = {})
+{
+    QStringList result;
+    for (const QJsonValue &value : array)
+        result.append(key.isEmpty() ? value.toString() : value[key].toString());
+    return result;
+}
+
+QString path(const char *name)
+{
+    return testSupport::homePath() + QLatin1Char('/') + QLatin1String(name);
+}
+
+} // namespace
+
+TEST(Zrmedia, PrintsAPropertyListIndented)
+{
+    const QString file = path("list.plist");
+    testSupport::writeFile(file,
+                           "<plist><dict><key>z</key><array><integer>1</integer><real>2</real></array>"
+                           "<key>a</key><date>2004-01-31T12:00:00Z</date></dict></plist>");
+    const Outcome result = run({"plist", file});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "{\n  \"z\": [\n    1,\n    2.0\n  ],\n  \"a\": \"2004-01-31T12:00:00Z\"\n}\n");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST(Zrmedia, PrintsAScalarRoot)
+{
+    const QString file = path("scalar.plist");
+    testSupport::writeFile(file, "<plist><string>ü</string></plist>");
+    EXPECT_EQ(run({"plist", file}).output, "\"ü\"\n");
+}
+
+TEST(Zrmedia, ListsPlaylistsInTheOrderOfTheFile)
+{
+    EXPECT_EQ(texts(arrayOf({"playlists", musicLibrary})),
+              QStringList({"Library", "Podcasts", "Late Night Radio", "Jazz & Blues", "Müßiggang – 日曜日",
+                           "From the Sixties"}));
+}
+
+TEST(Zrmedia, ListsTheSongsOfAPlaylistInItsOrderWithEveryKey)
+{
+    const QJsonArray songs = arrayOf({"songs", musicLibrary, "Late Night Radio"});
+    EXPECT_EQ(texts(songs, "Name"),
+              QStringList({"Rue des Rosiers, 4 h du matin", "Nachtzug nach Görlitz", "Midnight Oil Lamp", "夜の電車",
+                           "Orbit 9", "Rue des Rosiers, 4 h du matin", "Small Hours", "Тихий город"}));
+    const QJsonObject song = songs[0].toObject();
+    EXPECT_EQ(song["Artist"], "Trio Vermeil");
+    EXPECT_EQ(song["Total Time"], 415800);
+    EXPECT_TRUE(song["Date Added"].toString().endsWith('Z'));
+    EXPECT_TRUE(song["Location"].toString().startsWith("file://localhost/"));
+    EXPECT_EQ(song["Track ID"], 45);
+}
+
+TEST(Zrmedia, WritesOneSongToALineWithItsKeysInTheOrderOfTheFile)
+{
+    const QString file = path("small.xml");
+    testSupport::writeFile(
+        file,
+        "<plist><dict><key>Tracks</key><dict><key>7</key><dict><key>Name</key><string>B</string>"
+        "<key>Album</key><string>A</string><key>Track ID</key><integer>7</integer></dict></dict>"
+        "<key>Playlists</key><array><dict><key>Name</key><string>P</string><key>Playlist Items</key>"
+        "<array><dict><key>Track ID</key><integer>7</integer></dict>"
+        "<dict><key>Track ID</key><integer>7</integer></dict></array></dict></array></dict></plist>");
+    const QByteArray song = "  {\"Name\": \"B\", \"Album\": \"A\", \"Track ID\": 7}";
+    EXPECT_EQ(run({"songs", file, "P"}).output, "[\n" + song + ",\n" + song + "\n]\n");
+}
+
+TEST(Zrmedia, LeavesOutPodcastsAndFilms)
+{
+    const QStringList names = texts(arrayOf({"songs", musicLibrary, "Library"}), "Name");
+    EXPECT_EQ(names.size(), 40);
+    EXPECT_FALSE(names.contains("Letters to the Night Desk"));
+    EXPECT_FALSE(names.contains("Harbour Songs: The Film"));
+    EXPECT_EQ(run({"songs", musicLibrary, "Podcasts"}).output, "[]\n");
+}
+
+TEST(Zrmedia, SearchesNameArtistAlbumAndGenreWithoutRegardToCase)
+{
+    EXPECT_EQ(texts(arrayOf({"songs", musicLibrary, "Library", "--search", "CAFÉ"}), "Name"),
+              QStringList({"Café Lumière", "Midnight Oil Lamp", "Lowland Freight", "Ain't No Compass",
+                           "Encore: Goodnight, Meridian"}));
+    EXPECT_EQ(arrayOf({"songs", musicLibrary, "Library", "--search", ""}).size(), 40);
+    EXPECT_EQ(arrayOf({"songs", musicLibrary, "Library", "--search", "no such text"}).size(), 0);
+}
+
+TEST(Zrmedia, SortsByColumnInBothDirections)
+{
+    const auto names = [](const QStringList &options) {
+        return texts(arrayOf(QStringList{"songs", musicLibrary, "Jazz & Blues"} + options), "Name");
+    };
+    const QStringList byTime{"Blue Tram",
+                             "L'été indigo",
+                             "Ain't No Compass",
+                             "Café Lumière",
+                             "Rue des Rosiers, 4 h du matin",
+                             "Midnight Oil Lamp",
+                             "Lowland Freight",
+                             "Encore: Goodnight, Meridian"};
+    EXPECT_EQ(names({"--sort", "Time"}), byTime);
+    EXPECT_EQ(names({"--sort", "Time", "--descending"}), QStringList(byTime.rbegin(), byTime.rend()));
+    EXPECT_EQ(names({"--sort", "Song"}).first(), "Ain't No Compass");
+    const QStringList byArtist = names({"--sort", "Artist", "--descending"});
+    EXPECT_EQ(byArtist.first(), "Café Lumière") << "songs of one artist keep their order";
+}
+
+TEST(Zrmedia, ListsAlbumsAndTheirPhotos)
+{
+    EXPECT_EQ(
+        texts(arrayOf({"albums", albumData})),
+        QStringList({"Library", "Coast and Mountains", "Kitchen Table", "Plakate – Posters", "Best of the Year"}));
+    const QJsonArray photos = arrayOf({"photos", albumData, "Best of the Year"});
+    EXPECT_EQ(texts(photos, "title"), QStringList({"Heading home", "Three pears", "Beach", "Klang – Neue Musik"}));
+    for (const QJsonValue &photo : photos) {
+        EXPECT_EQ(photo.toObject().keys(), QStringList({"creationDate", "imagePath", "title"}));
+        EXPECT_TRUE(photo["creationDate"].isNull());
+        EXPECT_TRUE(QFileInfo::exists(photo["imagePath"].toString())) << qPrintable(photo["imagePath"].toString());
+    }
+}
+
+TEST(Zrmedia, LeavesOutFilmsAndKeepsPhotosWithoutAMediaType)
+{
+    const QStringList titles = texts(arrayOf({"photos", albumData, "Library"}), "title");
+    EXPECT_EQ(titles.size(), 36);
+    EXPECT_FALSE(titles.contains("Waves, filmed"));
+    EXPECT_TRUE(titles.contains("New snow"));
+}
+
+TEST(Zrmedia, SearchesTheCaptionAsItStandsInTheFile)
+{
+    EXPECT_EQ(texts(arrayOf({"photos", albumData, "Best of the Year", "--search", "jpg"}), "title"),
+              QStringList({"Beach"}));
+}
+
+TEST(Zrmedia, TheSamplePhotosLookLikeTheirThumbnails)
+{
+    const QDir thumbs(QFileInfo(albumData).path() + "/Thumbs");
+    QStringList originals = texts(arrayOf({"photos", albumData, "Library"}), "imagePath");
+    ASSERT_EQ(thumbs.entryList(QDir::Files).size(), originals.size());
+    QSet<QByteArray> formats;
+    int turned = 0;
+    for (int number = 301, i = 0; i < originals.size(); ++number) {
+        const QString thumb = thumbs.filePath(QString::number(number) + ".jpg");
+        if (!QFileInfo::exists(thumb))
+            continue; // the film
+        QImageReader reader(originals[i++]);
+        reader.setAutoTransform(true);
+        formats.insert(reader.format());
+        turned += reader.transformation() != QImageIOHandler::TransformationNone;
+        const QSize size(8, 8);
+        const QImage photo = reader.read().scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        const QImage small = QImage(thumb).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        int difference = 0;
+        for (int y = 0; y < size.height(); ++y) {
+            for (int x = 0; x < size.width(); ++x)
+                difference += std::abs(qGray(photo.pixel(x, y)) - qGray(small.pixel(x, y)));
+        }
+        EXPECT_LT(difference / (size.width() * size.height()), 6) << qPrintable(reader.fileName());
+    }
+    EXPECT_GE(turned, 6);
+    EXPECT_GE(formats.size(), 3);
+}
+
+TEST(Zrmedia, TheSampleSongsAreSoundFiles)
+{
+    for (const QJsonValue &song : arrayOf({"songs", musicLibrary, "Library"})) {
+        const QString file = QUrl(song["Location"].toString().replace("file://localhost", "file://")).toLocalFile();
+        const QByteArray bytes = testSupport::readFile(file);
+        EXPECT_EQ(bytes.size(), song["Size"].toInt()) << qPrintable(file);
+        EXPECT_TRUE(bytes.startsWith("RIFF") && bytes.mid(8, 8) == "WAVEfmt ");
+    }
+}
+
+TEST(Zrmedia, SaysWhereAnInputIsBroken)
+{
+    const QString file = path("broken.plist");
+    testSupport::writeFile(file, "<plist><dict><key>a</key></plist>");
+    for (const QStringList &arguments : {QStringList{"plist", file}, {"playlists", file}, {"songs", file, "p"}}) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte ")))
+            << result.errors.constData();
+        EXPECT_EQ(result.errors.count('\n'), 1);
+    }
+}
+
+TEST(Zrmedia, SaysWhereAnAlbumDatabaseIsBroken)
+{
+    const QString file = path("AlbumData.xml");
+    testSupport::writeFile(file, "<plist><dict><key>a</key></plist>");
+    for (const QStringList &arguments :
+         {QStringList{"albums", file}, {"photos", file, "a"}, {"albums", testSupport::homePath()}}) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte ")))
+            << result.errors.constData();
+    }
+}
+
+TEST(Zrmedia, ReadsAnAlbumDatabaseOfAnyName)
+{
+    const QString file = path("library/copy of albums.xml");
+    testSupport::writeFile(file,
+                           "<plist><dict><key>List of Albums</key><array><dict><key>AlbumName</key><string>A</string>"
+                           "<key>KeyList</key><array><string>1</string><string>2</string></array></dict></array>"
+                           "<key>Master Image List</key><dict><key>1</key><dict><key>Caption</key><string>c</string>"
+                           "<key>ThumbPath</key><string>t</string><key>ImagePath</key>"
+                           "<string>/nowhere/iPhoto Library/x/y.jpg</string></dict></dict></dict></plist>");
+    EXPECT_EQ(run({"albums", file}).output, "[\n  \"A\"\n]\n");
+    const QJsonArray photos = arrayOf({"photos", file, "A"});
+    EXPECT_EQ(photos[0]["imagePath"].toString(), path("library/x/y.jpg"));
+    const Outcome missing = run({"photos", file, "A", "--search", "c"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.errors.contains("the album lists a photo that is not there"));
+    testSupport::writeFile(file, "<plist><dict><key>a</key></plist>");
+    EXPECT_TRUE(run({"albums", file}).errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte ")));
+}
+
+TEST(Zrmedia, SaysThatAFileIsMissing)
+{
+    for (const char *command : {"plist", "playlists", "albums"}) {
+        const Outcome result = run({command, path("none/AlbumData.xml"), "--timings"});
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + path("none/AlbumData.xml").toUtf8() + ": ")))
+            << result.errors.constData();
+    }
+}
+
+TEST(Zrmedia, NamesThePlaylistsAndAlbumsThatThereAre)
+{
+    const Outcome songs = run({"songs", musicLibrary, "late night radio"});
+    EXPECT_EQ(songs.status, 1);
+    EXPECT_EQ(songs.output, "");
+    EXPECT_EQ(QString::fromUtf8(songs.errors),
+              "zrmedia: " + musicLibrary
+                  + ": no playlist is called \"late night radio\"; there are: \"Library\", \"Podcasts\", \"Late Night "
+                    "Radio\", \"Jazz & Blues\", \"Müßiggang – 日曜日\", \"From the Sixties\"\n");
+    EXPECT_EQ(run({"songs", musicLibrary, "From the Sixties"}).output, "[]\n") << "an empty playlist is none unknown";
+    const Outcome photos = run({"photos", albumData, "Nope %2"});
+    EXPECT_EQ(photos.status, 1);
+    EXPECT_TRUE(photos.errors.contains("no album is called \"Nope %2\"; there are: \"Library\""))
+        << photos.errors.constData();
+}
+
+TEST(Zrmedia, ShortensALongListOfNames)
+{
+    QByteArray playlists;
+    for (int i = 0; i < 20; ++i)
+        playlists += "<dict><key>Name</key><string>" + QByteArray(60, 'a' + char(i)) + "</string></dict>";
+    const QString file = path("many.xml");
+    testSupport::writeFile(file, "<plist><dict><key>Playlists</key><array>" + playlists + "</array></dict></plist>");
+    const Outcome result = run({"songs", file, "x"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.errors.endsWith(QByteArray("\"" + QByteArray(40, 'h') + "…\" and 12 more\n")))
+        << result.errors.constData();
+}
+
+TEST(Zrmedia, ExplainsItselfAfterAWrongCall)
+{
+    for (const QStringList &arguments :
+         {QStringList{}, {"play"}, {"plist"}, {"plist", "a", "b"}, {"songs", "a", "b", "--sort", "Name"}, {"--what"}}) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.status, 2) << qPrintable(arguments.join(' '));
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(result.errors.startsWith("zrmedia: "));
+        EXPECT_TRUE(result.errors.contains("zrmedia songs LIBRARY PLAYLIST"));
+    }
+}
+
+TEST(Zrmedia, AnswersHelpAndVersionOnStandardOutput)
+{
+    const Outcome help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.output.contains("zrmedia photos ALBUMDATA ALBUM"));
+    EXPECT_EQ(help.errors, "");
+    EXPECT_TRUE(run({"--version"}).output.startsWith("zrmedia "));
+}
+
+TEST(Zrmedia, SpeaksGermanToGermans)
+{
+    QProcess process;
+    QProcessEnvironment environment = english();
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8"));
+    process.setProcessEnvironment(environment);
+    process.start(program, {"plist"});
+    const Outcome result = finished(process);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(result.errors.startsWith("zrmedia: zu wenige Argumente für „plist“")) << result.errors.constData();
+}
+
+TEST(Zrmedia, AddsOneLineOfTimings)
+{
+    const auto timingsOf = [](const QStringList &arguments) {
+        const Outcome result = run(arguments + QStringList{"--timings"});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.errors.count('\n'), 1);
+        const QJsonObject timings = QJsonDocument::fromJson(result.errors).object();
+        EXPECT_EQ(timings.keys(), QStringList({"listing", "parsing", "reading", "searching", "sorting"}));
+        QStringList measured;
+        for (const QString &key : timings.keys()) {
+            if (timings[key].isDouble())
+                measured.append(key);
+            else
+                EXPECT_TRUE(timings[key].isNull());
+        }
+        return measured;
+    };
+    EXPECT_EQ(timingsOf({"plist", albumData}), QStringList({"listing", "parsing", "reading"}));
+    EXPECT_EQ(timingsOf({"playlists", musicLibrary}), QStringList({"listing", "parsing", "reading"}));
+    EXPECT_EQ(timingsOf({"songs", musicLibrary, "Library", "--search", "a", "--sort", "Song"}),
+              QStringList({"listing", "parsing", "reading", "searching", "sorting"}));
+    EXPECT_EQ(timingsOf({"photos", albumData, "Library", "--search", "a"}),
+              QStringList({"listing", "parsing", "reading", "searching"}));
+}
+
+TEST(Zrmedia, FailsWhenItsOutputTakesNoMore)
+{
+    if (!QFileInfo::exists(QStringLiteral("/dev/full")))
+        GTEST_SKIP() << "needs /dev/full";
+    QProcess process;
+    process.setProcessEnvironment(english());
+    process.setStandardOutputFile(QStringLiteral("/dev/full"));
+    process.start(program, {"songs", musicLibrary, "Library"});
+    const Outcome result = finished(process);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.errors.startsWith("zrmedia: standard output: ")) << result.errors.constData();
+}
+
+TEST(Zrmedia, FailsWhenTheReaderOfItsOutputGoesAway)
+{
+    QByteArray strings;
+    for (int i = 0; i < 100'000; ++i)
+        strings += "<string>many bytes, far more than a pipe holds</string>";
+    const QString file = path("large.plist");
+    testSupport::writeFile(file, "<plist><array>" + strings + "</array></plist>");
+    QProcess shell;
+    shell.setProcessEnvironment(english());
+    shell.start(QStringLiteral("bash"),
+                {"-c", "\"$0\" plist \"$1\" | head -n 1; exit ${PIPESTATUS[0]}", program, file});
+    const Outcome result = finished(shell);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "[\n");
+    EXPECT_TRUE(result.errors.startsWith("zrmedia: standard output: ")) << result.errors.constData();
+}
+
+TEST(Zrmedia, EndsWithAClosedStandardOutput)
+{
+    QProcess shell;
+    shell.setProcessEnvironment(english());
+    shell.start(QStringLiteral("bash"), {"-c", "\"$0\" albums \"$1\" >&-", program, albumData});
+    const Outcome result = finished(shell);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.errors.startsWith("zrmedia: standard output: ")) << result.errors.constData();
+}
+
+TEST(Zrmedia, EndsWhenInterrupted)
+{
+    const QString file = path("long.plist");
+    testSupport::writeFile(
+        file, "<plist><array>" + QByteArray("<integer>1</integer>").repeated(200'000) + "</array></plist>");
+    // Nobody reads the pipe, so that the program is still writing when the interrupt comes.
+    QProcess shell;
+    shell.setProcessEnvironment(english());
+    shell.start(
+        QStringLiteral("bash"),
+        {"-c",
+         "exec 3< <(trap - INT; exec \"$0\" plist \"$1\"); pid=$!; read -r line <&3; kill -INT $pid; wait $pid; "
+         "echo \"$line $?\"",
+         program, file});
+    const Outcome result = finished(shell);
+    EXPECT_EQ(result.output, "[ 130\n");
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST(Zrmedia, ShowsNoProgressWhereNobodyLooks)
+{
+    EXPECT_EQ(run({"songs", musicLibrary, "Library"}).errors, "");
+}
+
+TEST(Zrmedia, AgreesWithAnotherReaderOnRealFiles)
+{
+    ZR_REQUIRE_SAMPLE_DATA();
+    QProcess script;
+    script.setProcessEnvironment(english());
+    script.start(QStringLiteral(ZR_PYTHON),
+                 {QStringLiteral(ZR_SOURCE_DIR "/Tests/Examples/compare_with_plistlib.py"), program,
+                  QStringLiteral(ZR_SAMPLE_DATA "/EXPECTED.json"), QStringLiteral(ZR_SAMPLE_DATA "/plists"),
+                  QStringLiteral(ZR_SAMPLE_DATA "/itunes"), QStringLiteral(ZR_SAMPLE_DATA "/iphoto"),
+                  QFileInfo(musicLibrary).path()});
+    const Outcome result = finished(script);
+    EXPECT_EQ(result.status, 0) << result.output.constData() << result.errors.constData();
+}
