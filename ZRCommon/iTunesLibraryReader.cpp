@@ -7,6 +7,8 @@
 #include "ZRCommon/ZRFileManagerExtensions.h"
 #include "ZRFoundation/ZRProcessServer.h"
 
+#include <limits>
+
 using platform::PropertyListKey;
 using platform::PropertyListType;
 using platform::PropertyListValue;
@@ -16,14 +18,17 @@ namespace {
 
 const QString libraryFileName = QStringLiteral("iTunes Music Library.xml");
 
-/// The number whose decimal text the value stands for.
-std::optional<qint64> numberOf(const PropertyListView &trackId)
+/// The track under the decimal text of the number; null for what is no whole number.
+PropertyListView trackFor(const PropertyListView &trackId, const platform::PropertyListIndex &tracks)
 {
-    if (trackId.type() == PropertyListType::Integer)
-        return trackId.toInteger(-1);
-    if (trackId.type() == PropertyListType::Real && double(trackId.toInteger()) == trackId.toReal())
-        return trackId.toInteger();
-    return std::nullopt;
+    const bool isWholeReal =
+        trackId.type() == PropertyListType::Real && double(trackId.toInteger()) == trackId.toReal();
+    if (trackId.type() != PropertyListType::Integer && !isWholeReal)
+        return {};
+    constexpr quint64 maximum = std::numeric_limits<qint64>::max();
+    if (const quint64 large = trackId.toUnsigned(); large > maximum)
+        return tracks.value(QString::number(large));
+    return tracks.value(trackId.toInteger());
 }
 
 } // namespace
@@ -79,8 +84,7 @@ iTunesLibraryReader::SongList iTunesLibraryReader::songsInPlaylist(const QString
     const PropertyListKey trackId = items.key(u"Track ID");
     songs.reserve(items.count());
     for (const PropertyListView item : items.elements()) {
-        const auto number = numberOf(item.value(trackId));
-        const PropertyListView track = number ? m_library_data_dict->items.value(*number) : PropertyListView();
+        const PropertyListView track = trackFor(item.value(trackId), m_library_data_dict->items);
         if (track.isDictionary())
             songs.append(PropertyListValue(track));
     }

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <future>
 
@@ -223,7 +224,7 @@ TEST_F(ITunesLibraryReader, LeavesOutPodcastsAndMoviesWhateverTheirCase)
 TEST(LibraryReaderWorkUnit, DecidesByGenreAndKindHoweverTheyAreSpelt)
 {
     const auto included = [](const QByteArray &entries) {
-        const auto list = platform::PropertyList::parse("<dict>" + entries + "</dict>");
+        const auto list = platform::PropertyList::parse(QByteArray("<dict>" + entries + "</dict>"));
         EXPECT_TRUE(bool(list)) << entries.constData();
         return LibraryReaderWorkUnit::shouldIncludeSongEntry(list.value());
     };
@@ -268,7 +269,7 @@ TEST_F(ITunesLibraryReader, SkipsItemsThatNameNoTrack)
         "<dict><key>Track ID</key><integer>99</integer></dict>"
         "</array></dict></array></dict>");
     const auto reader = readerOf(xml);
-    EXPECT_EQ(names(reader->songsInPlaylist(QStringLiteral("Odd"))), u"five five minus-one nine huge");
+    EXPECT_EQ(names(reader->songsInPlaylist(QStringLiteral("Odd"))).toStdString(), "five five minus-one nine huge");
 }
 
 TEST_F(ITunesLibraryReader, PassesOverWhatIsOfTheWrongType)

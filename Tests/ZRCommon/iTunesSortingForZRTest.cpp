@@ -145,8 +145,8 @@ TEST(iTunesSortingForZR, SortsListsAsTheComparisonsSay)
 TEST(iTunesSortingForZR, SortsSongsThatAreRepeatedWithoutFoldingEachAgain)
 {
     const QByteArray longName(200'000, 'm');
-    const SongList once = songs(
-        {song("n"), song((longName + 'b').constData()), song((longName + 'A').constData()), song("N"), song("l")});
+    const SongList once = songs({song("n"), song(QByteArray(longName + 'b').constData()),
+                                 song(QByteArray(longName + 'A').constData()), song("N"), song("l")});
     SongList list;
     for (int i = 0; i < 20'000; ++i)
         list += once;
