@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/Object.h"
 #include "Platform/Media/Image.h"
 
 #include <QDateTime>
@@ -17,8 +18,10 @@
 ///
 /// Thread safety: a record may be made on any thread and handed over; it belongs to one thread at a time. Pictures
 /// are meant to be loaded on the main thread, while drawing, and nothing is locked.
-class ZRImageThumbnail
+class ZRImageThumbnail : public platform::Object
 {
+    ZR_OBJECT(ZRImageThumbnail, platform::Object)
+
 public:
     /// Keeps the thumbnail path as given. The image path is passed through `ZRFileManagerExtensions::pathResolved`:
     /// what an alias or symbolic link stands for is handed out in its place; whether anything is there is not

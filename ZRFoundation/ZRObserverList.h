@@ -11,26 +11,24 @@
 #include <memory>
 #include <vector>
 
-/// An ordered list of observers, to each of which one message at a time is sent. `Observer` is the class that
-/// declares the messages.
+/// An ordered list of observers, to each of which one message at a time is sent. `Observer` is the class
+/// that declares the messages.
 ///
 ///     ZRObserverList<DocumentObserver> m_observer_list;
 ///     ...
 ///     m_observer_list.makeObjectsPerformSelector(&DocumentObserver::documentDidChange, this);
 ///
-/// Observers are not owned. One that dies has to be removed before: by `removeObserver`, or by the end of the
-/// `platform::Observation` that `observe` returns.
+/// Observers are not owned. One that dies has to be removed before: by `removeObserver`, or by the end of
+/// the `platform::Observation` that `observe` returns.
 ///
 /// While a message is being delivered:
 /// - An observer that is removed is not told any more, whoever removed it; it may be destroyed at once.
 /// - An observer that is added is told of the next message first, and so is one that is removed and added
-/// again.
+///   again.
 /// - An observer may have another message delivered. That one reaches all observers that are in the list by
-/// then,
-///   before the outer delivery goes on.
+///   then, before the outer delivery goes on.
 /// - An observer that throws ends the delivery: the observers behind it are not told, and the exception
-/// leaves
-///   `makeObjectsPerformSelector`. The list stays usable.
+///   leaves `makeObjectsPerformSelector`. The list stays usable.
 /// - The list itself may be destroyed. The delivery ends; nobody else is told.
 ///
 /// Cost: a delivery is one walk over an array of pointers; adding and removing are linear in the number of

@@ -71,8 +71,7 @@ public:
     /// A work unit passed as argument (`this`, in a unit) is shared until the call has returned; everything
     /// else is copied.
     /// @param receiver a weak or shared pointer, which is not kept alive, or a QPointer that was made on the
-    /// main
-    ///        thread; its object must be destroyed on the main thread
+    ///        main thread; its object must be destroyed on the main thread
     template <class Receiver, class Selector, class Argument>
     void performSelectorOnObject(const Receiver &receiver, Selector selector, Argument argument)
     {

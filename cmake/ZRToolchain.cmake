@@ -48,3 +48,8 @@ if(ZR_SANITIZE)
     add_compile_options(-fsanitize=${ZR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${ZR_SANITIZE})
 endif()
+
+# Fuzzing is optimised, and checks all the same what a debug build checks.
+if(ZR_BUILD_FUZZERS)
+    add_compile_definitions(QT_FORCE_ASSERTS)
+endif()

@@ -2,13 +2,13 @@
 
 #include "Platform/Foundation/AssertionHandler.h"
 
-#include <QHash>
 #include <QScopeGuard>
 #include <QVarLengthArray>
 
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <map>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -74,7 +74,7 @@ private:
     std::mutex m_mutex; // guards all below
     std::condition_variable m_callReturned;
     quint64 m_nextSerial = 0;
-    QHash<QString, std::vector<RegistrationPointer>> m_byName; // under the empty name: those for any name
+    std::map<QString, std::vector<RegistrationPointer>> m_byName; // under the empty name: those for any name
 };
 
 RegistrationPointer NotificationCenter::Registrations::make(QObject *observer, Handler handler,
@@ -105,8 +105,8 @@ void NotificationCenter::Registrations::add(const RegistrationPointer &registrat
 void NotificationCenter::Registrations::unlist(const RegistrationPointer &registration)
 {
     const auto list = m_byName.find(registration->name);
-    std::erase(*list, registration);
-    if (list->empty())
+    std::erase(list->second, registration);
+    if (list->second.empty())
         m_byName.erase(list);
     --m_count;
 }
@@ -134,7 +134,7 @@ void NotificationCenter::Registrations::endIf(const std::function<bool(const Reg
     std::vector<RegistrationPointer> ending;
     {
         const std::lock_guard lock(m_mutex);
-        for (const auto &list : std::as_const(m_byName))
+        for (const auto &[name, list] : m_byName)
             std::copy_if(list.cbegin(), list.cend(), std::back_inserter(ending),
                          [&](const RegistrationPointer &registration) { return condition(*registration); });
     }
@@ -160,10 +160,10 @@ NotificationCenter::Registrations::recipients(const QString &name, const Notific
 {
     Recipients result;
     const auto appendFrom = [&](const QString &listName) {
-        const auto list = m_byName.constFind(listName);
+        const auto list = m_byName.find(listName);
         if (list == m_byName.cend())
             return;
-        for (const RegistrationPointer &registration : *list) {
+        for (const RegistrationPointer &registration : list->second) {
             if (registration->object.isNothing() || registration->object == object)
                 result.append(registration);
         }

@@ -123,28 +123,26 @@ private:
 /// - A registration that is added is told of the next notification first.
 /// - An observer may post: the nested notification is delivered before the outer one goes on.
 /// - An observer that throws ends the delivery: the observers behind it are not told, and the exception
-/// leaves
-///   `postNotification`.
+///   leaves `postNotification`.
 /// - An observer may destroy itself, other observers, and the sender. The remaining observers that asked for
-/// any
-///   sender are still told; `Notification::object` is null for them when the sender was a QObject. A sender
-///   of another kind must not be used by observers behind one that destroys it.
+///   any sender are still told; `Notification::object` is null for them when the sender was a QObject. A
+///   sender of another kind must not be used by observers behind one that destroys it.
 /// - The centre itself may be destroyed; the delivery ends.
 ///
-/// A registration ends with its observer: by itself when that is a QObject, with its `Observation` otherwise.
-/// It also ends with the sender that it asks for when that is a QObject, so that another object at the same
-/// address is not mistaken for it; the death of another sender cannot be seen, and its observers have to end
-/// their registrations. A QObject observer that is registered through one of its member functions is told
-/// only while it is still of that class, not while its base classes are being destroyed.
+/// A registration ends with its observer: by itself when that is a QObject, with its `Observation`
+/// otherwise. It also ends with the sender that it asks for when that is a QObject, so that another object
+/// at the same address is not mistaken for it; the death of another sender cannot be seen, and its observers
+/// have to end their registrations. A QObject observer that is registered through one of its member
+/// functions is told only while it is still of that class, not while its base classes are being destroyed.
 ///
-/// Thread safety: all operations may be called on any thread. An observer is called on whatever thread posts,
-/// which for the default centre is by custom the main thread, and for the workspace's may be any. When the
-/// end of a registration returns (also in the destruction of a QObject observer), no other thread is calling
-/// it any more: the end waits for such a call to return, and so must not be asked for while holding what that
-/// call waits for. An observer that is notified by other threads should end its registrations first thing in
-/// its destructor.
+/// Thread safety: all operations may be called on any thread. An observer is called on whatever thread
+/// posts, which for the default centre is by custom the main thread, and for the workspace's may be any.
+/// When the end of a registration returns (also in the destruction of a QObject observer), no other thread
+/// is calling it any more: the end waits for such a call to return, and so must not be asked for while
+/// holding what that call waits for. An observer that is notified by other threads should end its
+/// registrations first thing in its destructor.
 ///
-/// Cost: posting a name that nobody asked for is one lock and one hash lookup, or less while nobody is
+/// Cost: posting a name that nobody asked for is one lock and two look-ups by name, or less while nobody is
 /// registered at all.
 class NotificationCenter
 {

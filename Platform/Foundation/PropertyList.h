@@ -80,14 +80,12 @@ public:
 
     /// The string; empty for anything else.
     QString toString() const;
-    /// The string as UTF-8; empty for anything else. No text is copied when it holds no escapes: the result then
-    /// borrows the document's bytes (QByteArray::fromRawData) and must not outlive it.
+    /// The string as UTF-8; empty for anything else. No text is copied: the result borrows the document's bytes
+    /// (QByteArray::fromRawData) and must not outlive it.
     QByteArray toUtf8() const;
-    /// The bytes of the string as they stand in the document when they need no unescaping (then this is what
-    /// `toUtf8` holds), nothing otherwise. For scanning many strings without a copy.
+    /// The same as a view; nothing for anything else.
     std::optional<QByteArrayView> plainUtf8() const;
-    /// Bytes of text that the string occupies in the document, an upper bound for the length of `toUtf8` and known
-    /// without touching the text; 0 for anything else.
+    /// Length of `toUtf8` in bytes, known without touching the text; 0 for anything else.
     qsizetype storedLength() const;
     /// The integer, or a real cut towards zero. An integer above 2^63-1 answers the default; see `toUnsigned`.
     qint64 toInteger(qint64 fallback = 0) const;
@@ -98,7 +96,8 @@ public:
     /// The boolean; an integer or real counts as true when it is not 0.
     bool toBoolean(bool fallback = false) const;
     /// The date in UTC, to the millisecond; invalid for anything else and beyond what a QDateTime can hold. Dates that
-    /// the calendar lacks (a 32nd day) are carried on into the next month, as the formats' own readers do.
+    /// the calendar lacks (a 32nd day) are carried on into the next month, and dates before 1582-10-15 are taken from
+    /// the Julian calendar, as the formats' own readers do. (QDateTime itself shows such dates in the Gregorian one.)
     QDateTime toDateTime() const;
     /// The date in seconds since 2001-01-01T00:00:00Z, the formats' own epoch; nothing for anything else.
     std::optional<double> toReferenceSeconds() const;
@@ -243,7 +242,7 @@ public:
     friend bool operator==(const EntryIterator &a, const EntryIterator &b) { return a.m_row == b.m_row; }
 
     QString key() const;
-    /// The key as UTF-8. Borrows the document's bytes where it can, as `toUtf8` of a value does.
+    /// The key as UTF-8. Borrows the document's bytes, as `toUtf8` of a value does.
     QByteArray utf8Key() const;
     PropertyListView value() const { return PropertyListView(m_document, m_valueRow); }
 
@@ -315,8 +314,9 @@ Result<PropertyListValue> parse(QByteArrayView bytes);
 
 /// Writes the XML form: tabs, keys sorted by code unit, the platform's DOCTYPE, a line feed at the end. Takes what
 /// `PropertyListView::toVariant` gives, and all integer types, float, QStringList and QVariantHash. Errors:
-/// `Malformed` for a type that no property list can hold or a string with a character that XML cannot (the path of
-/// keys to it is in `reason`), `TooDeep`.
+/// `Malformed` for a type that no property list can hold, an invalid date, or a string with a character that XML
+/// cannot hold (the keys and indexes that lead to it are in `reason`), `TooDeep`. To write without building a QVariant
+/// first see `PropertyListXmlWriter`.
 Result<QByteArray> writeXml(const QVariant &root);
 
 /// Writes the XML form to a file, whole or not at all. Further error: `NotWritable`.

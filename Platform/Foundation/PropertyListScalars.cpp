@@ -6,6 +6,9 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
+#include <locale>
+#include <sstream>
+#include <tuple>
 
 namespace platform::PropertyListScalars {
 
@@ -72,6 +75,15 @@ std::optional<quint64> parseDigits(QByteArrayView digits, int base)
     return number;
 }
 
+// Days from the first of March of the year 0 to 1970-01-01.
+constexpr qint64 GregorianEpoch = 719468;
+constexpr qint64 JulianEpoch = 719470;
+
+constexpr qint64 floorDivided(qint64 number, qint64 divisor)
+{
+    return (number >= 0 ? number : number - divisor + 1) / divisor;
+}
+
 std::optional<int> parseTwoDigits(const char *text)
 {
     const unsigned tens = unsigned(text[0] - '0');
@@ -79,6 +91,16 @@ std::optional<int> parseTwoDigits(const char *text)
     if (tens > 9 || ones > 9)
         return std::nullopt;
     return int(tens * 10 + ones);
+}
+
+// What becomes of a number that no double can hold.
+double infinityOrZero(QByteArrayView text)
+{
+    std::istringstream stream(std::string(text.data(), std::size_t(text.size())));
+    stream.imbue(std::locale::classic());
+    double number = 0;
+    stream >> number; // the largest double for what is too large
+    return number > 1 ? std::numeric_limits<double>::infinity() : 0;
 }
 
 } // namespace
@@ -117,8 +139,46 @@ std::optional<double> parseReal(QByteArrayView text)
     if (end != text.end() || error == std::errc::invalid_argument)
         return std::nullopt;
     if (error == std::errc::result_out_of_range)
-        number = text.toDouble(); // tells too large from too small
+        number = infinityOrZero(text);
     return negative ? -number : number;
+}
+
+qint64 daysFromCivil(const CivilDate &date)
+{
+    const auto [civilYear, month, day] = date;
+    const qint64 year = civilYear - (month <= 2); // years begin in March, so that the leap day is their last
+    const qint64 dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
+    const bool isJulian = std::tuple(civilYear, month, day) < std::tuple(1582, 10, 15);
+    if (isJulian)
+        return year * 365 + floorDivided(year, 4) + dayOfYear - JulianEpoch;
+    const qint64 era = floorDivided(year, 400);
+    const qint64 yearOfEra = year - era * 400;
+    return era * 146097 + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - GregorianEpoch;
+}
+
+CivilDate civilFromDays(qint64 days)
+{
+    constexpr qint64 FirstGregorianDay = -141427; // 1582-10-15
+    qint64 year = 0;
+    qint64 dayOfYear = 0;
+    if (days < FirstGregorianDay) {
+        days += JulianEpoch;
+        const qint64 era = floorDivided(days, 1461);
+        const qint64 dayOfEra = days - era * 1461;
+        const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460) / 365;
+        dayOfYear = dayOfEra - 365 * yearOfEra;
+        year = yearOfEra + era * 4;
+    } else {
+        days += GregorianEpoch;
+        const qint64 era = floorDivided(days, 146097);
+        const qint64 dayOfEra = days - era * 146097;
+        const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+        dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+        year = yearOfEra + era * 400;
+    }
+    const int shiftedMonth = int((5 * dayOfYear + 2) / 153);
+    const int month = shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9;
+    return {year + (month <= 2), month, int(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1)};
 }
 
 std::optional<qint64> parseDate(QByteArrayView text)
@@ -143,7 +203,7 @@ std::optional<qint64> parseDate(QByteArrayView text)
         return std::nullopt;
     const int monthsOn = *month + 11; // counted from one year before, so that month 00 is the December before
     const qint64 fullYear = (negative ? -qint64(*year) : qint64(*year)) - 1 + monthsOn / 12;
-    const qint64 days = daysFromCivil(fullYear, monthsOn % 12 + 1, *day);
+    const qint64 days = daysFromCivil({fullYear, monthsOn % 12 + 1, *day});
     return days * 86400 + *hour * 3600 + *minute * 60 + *second - ReferenceEpoch;
 }
 
@@ -190,98 +250,6 @@ void appendUtf8(QByteArray &text, char32_t character)
 {
     char bytes[4];
     text.append(bytes, writeUtf8(bytes, character) - bytes);
-}
-
-namespace {
-
-// The character that a reference ("&amp;" without the ampersand and semicolon) stands for.
-std::optional<char32_t> characterOfReference(QByteArrayView name)
-{
-    if (name.size() > 1 && name.front() == '#') {
-        const bool hexadecimal = name[1] == 'x';
-        const auto number = parseDigits(name.sliced(hexadecimal ? 2 : 1), hexadecimal ? 16 : 10);
-        return number && *number <= 0x10FFFF ? std::optional(char32_t(*number)) : std::nullopt;
-    }
-    if (name == "amp")
-        return U'&';
-    if (name == "lt")
-        return U'<';
-    if (name == "gt")
-        return U'>';
-    if (name == "quot")
-        return U'"';
-    if (name == "apos")
-        return U'\'';
-    return std::nullopt;
-}
-
-void appendWithLineFeeds(QByteArray &result, QByteArrayView text)
-{
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] != '\r')
-            result += text[i];
-        else if (i + 1 == text.size() || text[i + 1] != '\n')
-            result += '\n';
-    }
-}
-
-// Consumes the markup or reference at the front of the text, or the one character.
-void appendMarkup(QByteArray &result, QByteArrayView &text)
-{
-    const auto takeThrough = [&text](QByteArrayView opening, QByteArrayView closing) {
-        const qsizetype end = text.indexOf(closing, opening.size());
-        const QByteArrayView content = text.first(end < 0 ? text.size() : end).sliced(opening.size());
-        text = end < 0 ? QByteArrayView() : text.sliced(end + closing.size());
-        return content;
-    };
-    if (text.startsWith("<![CDATA[")) {
-        appendWithLineFeeds(result, takeThrough("<![CDATA[", "]]>"));
-        return;
-    }
-    if (text.startsWith("<!--")) {
-        takeThrough("<!--", "-->");
-        return;
-    }
-    if (text.startsWith("<?")) {
-        takeThrough("<?", "?>");
-        return;
-    }
-    if (text.front() == '&') {
-        const qsizetype end = text.indexOf(';');
-        const auto character = end < 0 ? std::nullopt : characterOfReference(text.sliced(1, end - 1));
-        if (character) {
-            appendUtf8(result, *character);
-            text = text.sliced(end + 1);
-            return;
-        }
-    }
-    result += text.front();
-    text = text.sliced(1);
-}
-
-} // namespace
-
-QByteArray unescape(QByteArrayView text)
-{
-    QByteArray result;
-    result.reserve(text.size());
-    while (!text.isEmpty()) {
-        const auto *special = std::find_if(text.begin(), text.end(), [](char character) {
-            return character == '&' || character == '<' || character == '\r';
-        });
-        result.append(text.data(), special - text.begin());
-        text = text.sliced(special - text.begin());
-        if (text.isEmpty())
-            break;
-        if (text.front() == '\r') {
-            const qsizetype length = text.size() > 1 && text[1] == '\n' ? 2 : 1;
-            result += '\n';
-            text = text.sliced(length);
-        } else {
-            appendMarkup(result, text);
-        }
-    }
-    return result;
 }
 
 QByteArray utf8Of(QAnyStringView text)

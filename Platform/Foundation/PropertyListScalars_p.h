@@ -42,52 +42,31 @@ std::optional<IntegerNumber> parseInteger(QByteArrayView text);
 std::optional<double> parseReal(QByteArrayView text);
 
 /// "2024-01-31T20:43:14Z" with white space around: a sign if any, four to nine digits of the year, two for
-/// everything else. Fields beyond their range are carried on: the 32nd of January is the 1st of February.
+/// everything else. Fields beyond their range are carried on: the 32nd of January is the 1st of February. Dates before
+/// 1582-10-15 are in the Julian calendar.
 /// @return seconds since 2001-01-01T00:00:00Z.
 std::optional<qint64> parseDate(QByteArrayView text);
 
 /// Seconds from 1970-01-01T00:00:00Z to 2001-01-01T00:00:00Z.
 constexpr qint64 ReferenceEpoch = 978'307'200;
 
-/// Days from 1970-01-01 to a date of the proleptic Gregorian calendar. The month is from 1 to 12; the day may
-/// be any. Howard Hinnant's `days_from_civil`, https://howardhinnant.github.io/date_algorithms.html.
-constexpr qint64 daysFromCivil(qint64 year, int month, qint64 day)
-{
-    year -= month <= 2;
-    const qint64 era = (year >= 0 ? year : year - 399) / 400;
-    const qint64 yearOfEra = year - era * 400;
-    const qint64 dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    const qint64 dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + dayOfEra - 719468;
-}
-
-/// A date of the proleptic Gregorian calendar.
+/// A date of the calendar that the formats' dates are in: Julian until 1582-10-04, Gregorian from 1582-10-15.
 struct CivilDate {
-    qint64 year;
-    int month;
+    qint64 year; ///< 0 is the year before 1.
+    int month; ///< From 1 to 12.
     int day;
 };
 
+/// Days from 1970-01-01 to a date, whose day may be any. Cost: a dozen operations.
+/// Howard Hinnant's `days_from_civil`, https://howardhinnant.github.io/date_algorithms.html, and the same for the
+/// Julian calendar.
+qint64 daysFromCivil(const CivilDate &date);
+
 /// The reverse of `daysFromCivil`: Howard Hinnant's `civil_from_days`.
-constexpr CivilDate civilFromDays(qint64 days)
-{
-    days += 719468;
-    const qint64 era = (days >= 0 ? days : days - 146096) / 146097;
-    const qint64 dayOfEra = days - era * 146097;
-    const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const int shiftedMonth = int((5 * dayOfYear + 2) / 153);
-    const int month = shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9;
-    return {yearOfEra + era * 400 + (month <= 2), month, int(dayOfYear - (153 * shiftedMonth + 2) / 5 + 1)};
-}
+CivilDate civilFromDays(qint64 days);
 
 /// The number that the text is the canonical decimal form of ("0", "17", but not "+1" or "01"), if it fits.
 std::optional<quint32> parseCanonicalNumber(QByteArrayView text);
-
-/// The character data of XML text in UTF-8: references replaced, CDATA sections opened, comments and
-/// processing instructions left out, line ends made line feeds. What is no valid reference stays as it
-/// stands.
-QByteArray unescape(QByteArrayView text);
 
 /// The text in UTF-8, without a copy where it is that already.
 QByteArray utf8Of(QAnyStringView text);

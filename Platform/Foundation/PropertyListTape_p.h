@@ -21,7 +21,7 @@ namespace platform {
 ///
 ///     bits  0-3   kind
 ///     bits  4-15  key: index into the key table, `NoKey` outside dictionaries, `InlineKey` when the row before this
-///                 one is a key row (`Key`, `EscapedKey`, `NumberKey`)
+///                 one is a key row (`Key`, `NumberKey`)
 ///     bits 16-31  length of the scalar's text in bytes, or number of a container's entries; both stop at `Saturated`
 ///     bits 32-63  scalar: where its text starts; container: rows to just behind its last one, counted from itself;
 ///                 `NumberKey`: the number
@@ -36,8 +36,7 @@ namespace PropertyListTape {
 enum Kind : quint8 {
     Dictionary,
     Array,
-    String, ///< UTF-8 as it stands.
-    EscapedString, ///< Holds references, CDATA sections, comments, processing instructions or carriage returns.
+    String, ///< UTF-8, with references and the like replaced already.
     Integer, ///< As in XML: white space, sign, decimal or 0x digits; from -2^63 to 2^64-1.
     Real, ///< As in XML: white space, a number, or nan, inf, infinity with sign, any case.
     Date, ///< ISO 8601 text, "2024-01-31T20:43:14Z", as in XML.
@@ -47,8 +46,7 @@ enum Kind : quint8 {
     True,
     False,
     UID, ///< Decimal text (reference number in a keyed archive).
-    Key, ///< UTF-8 as it stands; belongs to the next row that is no length row.
-    EscapedKey, ///< As `EscapedString`; belongs to the next row that is no length row.
+    Key, ///< UTF-8; belongs to the next row that is no length row.
     NumberKey, ///< A key that is the canonical decimal text of the number in bits 32-63; has no text.
 };
 

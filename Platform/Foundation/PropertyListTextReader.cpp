@@ -419,8 +419,9 @@ private:
     bool readTyped(QByteArrayView content, qsizetype closing)
     {
         const char type = content.isEmpty() ? '\0' : content.front();
-        const qsizetype start = m_at + 2;
-        const QByteArrayView rest = m_builder.textOf(m_builder.sourcePiece(String, start, closing - start));
+        const qsizetype length = std::max<qsizetype>(content.size() - 1, 0);
+        const qsizetype start = closing - length;
+        const QByteArrayView rest = m_builder.textOf(m_builder.sourcePiece(String, start, length));
         if (type == 'I' && PropertyListScalars::parseInteger(rest)) {
             m_builder.value(m_builder.sourcePiece(Integer, start, rest.size()));
         } else if (type == 'R' && PropertyListScalars::parseReal(rest)) {

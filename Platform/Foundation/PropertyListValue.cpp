@@ -22,7 +22,6 @@ PropertyListType typeOf(PropertyListRow row)
     case Array:
         return PropertyListType::Array;
     case String:
-    case EscapedString:
         return PropertyListType::String;
     case Integer:
         return PropertyListType::Integer;
@@ -40,7 +39,6 @@ PropertyListType typeOf(PropertyListRow row)
     case UID:
         return PropertyListType::UID;
     case Key:
-    case EscapedKey:
     case NumberKey:
         break;
     }
@@ -89,8 +87,7 @@ QByteArray keyText(const PropertyListDocument &document, quint32 row, quint32 va
         return document.keys.name(keyOf(content));
     if (kindOf(content) == NumberKey)
         return QByteArray::number(offsetOf(content));
-    const QByteArrayView text = textOf(document, row);
-    return kindOf(content) == Key ? borrowed(text) : PropertyListScalars::unescape(text);
+    return borrowed(textOf(document, row));
 }
 
 // QString::fromUtf8 takes a first U+FEFF for a byte-order mark and drops it, but here it is a character.
@@ -197,22 +194,17 @@ PropertyListType PropertyListView::type() const
 
 QString PropertyListView::toString() const
 {
-    if (const auto plain = plainUtf8())
-        return fromUtf8(*plain);
-    return fromUtf8(toUtf8());
+    return fromUtf8(plainUtf8().value_or(QByteArrayView()));
 }
 
 QByteArray PropertyListView::toUtf8() const
 {
-    if (type() != PropertyListType::String)
-        return {};
-    const QByteArrayView text = textOf(*m_document, m_row);
-    return kindOf(m_document->rows[m_row]) == String ? borrowed(text) : PropertyListScalars::unescape(text);
+    return borrowed(plainUtf8().value_or(QByteArrayView()));
 }
 
 std::optional<QByteArrayView> PropertyListView::plainUtf8() const
 {
-    if (!m_document || kindOf(m_document->rows[m_row]) != String)
+    if (type() != PropertyListType::String)
         return std::nullopt;
     return textOf(*m_document, m_row);
 }
@@ -402,12 +394,8 @@ PropertyListView PropertyListView::value(const PropertyListKey &key) const
             matches = keyOf(content) == key.m_number;
         } else {
             valueRow = rowBehind(document, row);
-            if (kindOf(content) == NumberKey)
-                matches = key.m_decimal == offsetOf(content);
-            else if (kindOf(content) == Key)
-                matches = textOf(document, row) == key.m_text;
-            else
-                matches = PropertyListScalars::unescape(textOf(document, row)) == key.m_text;
+            matches =
+                kindOf(content) == NumberKey ? key.m_decimal == offsetOf(content) : textOf(document, row) == key.m_text;
         }
         if (matches)
             found = valueRow;

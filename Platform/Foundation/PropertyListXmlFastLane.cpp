@@ -4,7 +4,9 @@
 #include "Platform/Foundation/PropertyListXmlText_p.h"
 
 #include <array>
+#include <bit>
 #include <cstring>
+#include <string_view>
 
 namespace platform {
 
@@ -19,11 +21,16 @@ struct Words {
     std::array<quint64, 2> bytes{};
     std::array<quint64, 2> mask{};
 
-    Words() = default;
-    explicit Words(QByteArrayView text)
+    constexpr Words() = default;
+    explicit constexpr Words(std::string_view text)
     {
-        std::memcpy(bytes.data(), text.data(), size_t(text.size()));
-        std::memset(mask.data(), 0xFF, size_t(text.size()));
+        std::array<char, 16> texts{}, masks{};
+        for (size_t i = 0; i < text.size(); ++i) {
+            texts[i] = text[i];
+            masks[i] = char(0xFF);
+        }
+        bytes = std::bit_cast<std::array<quint64, 2>>(texts);
+        mask = std::bit_cast<std::array<quint64, 2>>(masks);
     }
     /// 0 where the text begins with these bytes. An empty one fits everywhere.
     quint64 difference(const char *text) const
@@ -53,7 +60,7 @@ public:
     Shapes()
     {
         for (Shape &empty : m_shapes) // fits no tag
-            empty.opening = Words(QByteArrayView("\0\0\0\0\0\0\0\0", 8));
+            empty.opening = Words(std::string_view("\0\0\0\0\0\0\0\0", 8));
         add("dict", Dictionary, Filling::Container);
         add("array", Array, Filling::Container);
         add("true", True, Filling::None);
@@ -84,7 +91,12 @@ private:
         const QByteArray closing = filling == Filling::Text ? QByteArray("</" + name + '>') : QByteArray();
         Shape &shape = m_shapes[slotOf(name.constData())];
         Q_ASSERT(shape.openingLength == 0);
-        shape = {Words(opening), Words(closing), quint8(opening.size()), quint8(closing.size()), kind, filling};
+        shape = {Words(opening.toStdString()),
+                 Words(closing.toStdString()),
+                 quint8(opening.size()),
+                 quint8(closing.size()),
+                 kind,
+                 filling};
     }
 
     std::array<Shape, 32> m_shapes;
@@ -96,10 +108,10 @@ const Shapes &shapes()
     return all;
 }
 
-const Words KeyOpening(QByteArrayView("<key>"));
-const Words KeyClosing(QByteArrayView("</key>"));
-const Words DictionaryClosing(QByteArrayView("</dict>"));
-const Words ArrayClosing(QByteArrayView("</array>"));
+constexpr Words KeyOpening("<key>");
+constexpr Words KeyClosing("</key>");
+constexpr Words DictionaryClosing("</dict>");
+constexpr Words ArrayClosing("</array>");
 
 } // namespace
 

@@ -62,11 +62,12 @@ ZR_AVX2 Found findAvx2(const char *text, quint32 from, quint32 to, quint32 *offs
             marks &= (quint64(1) << (to - position)) - 1;
         const int count = std::popcount(marks);
         // Most blocks hold fewer than eight; writing eight without asking costs less than a branch that is
-        // often guessed wrong. The surplus is overwritten by the next block.
+        // often guessed wrong, and so would be std::countr_zero's question for zero. The surplus is overwritten by the
+        // next block.
         for (int i = 0; i < 8; ++i, marks &= marks - 1)
-            offsets[i] = position + quint32(std::countr_zero(marks));
+            offsets[i] = position + quint32(_tzcnt_u64(marks));
         for (int i = 8; i < count; ++i, marks &= marks - 1)
-            offsets[i] = position + quint32(std::countr_zero(marks));
+            offsets[i] = position + quint32(_tzcnt_u64(marks));
         offsets += count;
     }
     return {offsets, _mm256_testz_si256(returns, returns) == 0};

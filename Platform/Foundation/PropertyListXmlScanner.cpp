@@ -173,6 +173,8 @@ auto PropertyListXmlScanner::scanOpeningTag(const char *place) -> std::optional<
     const char *name = place + 1;
     place = skipName(name);
     tag.name = QByteArrayView(name, place - name);
+    if (tag.name.isEmpty() && !isAtEnd(name))
+        return fail("unexpected character in a tag", name);
     while (true) {
         const char *const before = place;
         place = skipSpace(place);
@@ -185,7 +187,7 @@ auto PropertyListXmlScanner::scanOpeningTag(const char *place) -> std::optional<
             tag.next = place + 2;
             return tag;
         }
-        if (place == before || tag.name.isEmpty()) { // attributes stand apart from what is before them
+        if (place == before) { // attributes stand apart from what is before them
             if (isAtEnd(place) || (*place == '/' && isAtEnd(place + 1)))
                 return failAtEnd(UnfinishedText);
             return fail("unexpected character in a tag", place);

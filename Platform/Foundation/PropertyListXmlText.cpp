@@ -1,5 +1,7 @@
 #include "Platform/Foundation/PropertyListXmlText_p.h"
 
+#include "Platform/Foundation/PropertyListScalars_p.h"
+
 #include <cstring>
 #include <optional>
 #include <string_view>
@@ -14,27 +16,6 @@ struct NamedReference {
 };
 constexpr NamedReference NamedReferences[] = {
     {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
-
-char *putUtf8(char *to, char32_t character)
-{
-    if (character < 0x80) {
-        *to++ = char(character);
-        return to;
-    }
-    if (character < 0x800) {
-        *to++ = char(0xC0 | character >> 6);
-    } else {
-        if (character < 0x10000) {
-            *to++ = char(0xE0 | character >> 12);
-        } else {
-            *to++ = char(0xF0 | character >> 18);
-            *to++ = char(0x80 | (character >> 12 & 0x3F));
-        }
-        *to++ = char(0x80 | (character >> 6 & 0x3F));
-    }
-    *to++ = char(0x80 | (character & 0x3F));
-    return to;
-}
 
 std::optional<unsigned> digitOf(char character, bool hexadecimal)
 {
@@ -82,8 +63,8 @@ private:
             *m_to++ = *m_from++;
             return;
         }
-        *m_to++ = '\n';
         m_from += rest().substr(0, 2) == "\r\n" ? 2 : 1;
+        *m_to++ = '\n'; // last, for it may stand where the text was read
     }
 
     void replaceReference()
@@ -121,7 +102,7 @@ private:
         else if (!isCharacter)
             m_reason = "reference to a character that does not exist";
         else {
-            m_to = putUtf8(m_to, character);
+            m_to = PropertyListScalars::writeUtf8(m_to, character);
             m_from = place + 1;
         }
     }

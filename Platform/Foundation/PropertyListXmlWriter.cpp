@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/PropertyListScalars_p.h"
 #include "Platform/Foundation/PropertyListTape_p.h"
+#include "Platform/Foundation/PropertyListXmlText_p.h"
 
 #include <QStringList>
 
@@ -318,8 +319,10 @@ QString PropertyListXmlWriter::path(Place place) const
         if (innermost && place == Place::Key)
             continue;
         if (open.kind == Container::Dictionary) {
-            const QByteArray key = m_output.mid(open.key, open.keyLength);
-            steps += QString::fromUtf8(PropertyListScalars::unescape(key));
+            QByteArray key = m_output.mid(open.key, open.keyLength);
+            char *const first = key.data();
+            const char *const last = PropertyListXmlText::unescapeInPlace(first, first + key.size()).last;
+            steps += QString::fromUtf8(first, last - first);
         } else {
             steps += QString::number(innermost && place == Place::NextValue ? open.entries : open.entries - 1);
         }

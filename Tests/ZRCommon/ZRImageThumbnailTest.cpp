@@ -123,6 +123,14 @@ TEST_F(ZRImageThumbnailTest, KeepsAPictureOnceLoadedAndReadsItAgainAfterUnloadin
     EXPECT_EQ(first->size(), QSizeF(240, 180)) << "who holds a picture keeps it";
 }
 
+TEST_F(ZRImageThumbnailTest, IsAModelObjectThatEqualsOnlyItself)
+{
+    const platform::ObjectPointer record = std::make_shared<ZRImageThumbnail>(thumbnail, photo);
+    EXPECT_TRUE(record->isKindOfClass(ZRImageThumbnail::staticClass()));
+    EXPECT_TRUE(record->isEqual(*record));
+    EXPECT_FALSE(record->isEqual(ZRImageThumbnail(thumbnail, photo)));
+}
+
 TEST_F(ZRImageThumbnailTest, MayBeMadeOnAWorkerAndHandedOver)
 {
     writeThumbnail();

@@ -86,4 +86,33 @@ TEST(SubstringSearch, FindsZerosAndHighBytes)
     }
 }
 
+TEST(SubstringSearch, NamesTheRecordsThatHoldTheNeedle)
+{
+    std::mt19937 random(4);
+    for (int round = 0; round < 4000; ++round) {
+        const unsigned letters = 1 + random() % 3;
+        QByteArray text, needle;
+        std::vector<size_t> starts{0};
+        std::vector<quint32> expected;
+        for (auto i = 1 + random() % (round % 2 ? 3 : 12); i > 0; --i)
+            needle += char('a' + random() % letters);
+        for (auto record = random() % 40; record > 0; --record) {
+            QByteArray content;
+            for (auto i = random() % (random() % 8 == 0 ? 200 : 12); i > 0; --i)
+                content += char('a' + random() % letters);
+            if (content.contains(needle))
+                expected.push_back(quint32(starts.size() - 1));
+            if (!content.isEmpty())
+                content += '|';
+            text += content;
+            starts.push_back(size_t(text.size()));
+        }
+        text += QByteArray(SubstringSearch::Padding, needle[0]);
+        for (const InstructionSet set : {InstructionSet::Plain, bestInstructionSet()})
+            ASSERT_EQ(SubstringSearch::recordsContainingUsing(set, text.constData(), starts, needle), expected)
+                << text.constData() << " " << needle.constData();
+        ASSERT_EQ(SubstringSearch::recordsContaining(text.constData(), starts, needle), expected);
+    }
+}
+
 } // namespace

@@ -226,8 +226,8 @@ TEST_F(UserDefaultsTest, ValuesOfAnotherTypeAreNoDataAndNoArray)
 
 TEST_F(UserDefaultsTest, WhatWasWrittenByHandDoesNoHarm)
 {
-    for (const char *text : {"@Invalid()", "@ByteArray(", "@Variant(\\0\\0)", "@Rect(1 2)", "@@", "\"", "a,b,", "\\x",
-                             "@Variant(\\0\\0\\0\\x9\\x7f\\xff\\xff\\xff)"}) {
+    for (const char *text :
+         {"@Invalid()", "@ByteArray(", "@Variant(\\0\\0)", "@Rect(1 2)", "@@", "\"", "a,b,", "\\x"}) {
         writeByHand(text);
         defaults->string(key);
         defaults->boolean(key);

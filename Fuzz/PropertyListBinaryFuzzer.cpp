@@ -1,0 +1,9 @@
+#include "Platform/Foundation/PropertyListReaders_p.h"
+#include "PropertyListDecoding.h"
+
+// Reads the bytes as a binary property list.
+extern "C" int LLVMFuzzerTestOneInput(const quint8 *bytes, std::size_t size)
+{
+    judge(platform::parseBinaryPropertyList(QByteArrayView(bytes, qsizetype(size))), size);
+    return 0;
+}
