@@ -42,6 +42,35 @@ private:
     QHash<QByteArray, qsizetype> m_last;
 };
 
+qint64 floorDivided(qint64 number, qint64 divisor)
+{
+    return number / divisor - (number % divisor < 0 ? 1 : 0);
+}
+
+struct CalendarDay {
+    qint64 year;
+    int month;
+    int day;
+};
+
+// The day so many days after 0000-03-01 of the Gregorian calendar, after Howard Hinnant's "chrono-compatible low-level
+// date algorithms": years begin in March, so that a leap day is the last of its year. The Julian calendar has the same
+// shape with eras of four years and began two days earlier.
+CalendarDay calendarDay(qint64 day)
+{
+    constexpr qint64 firstGregorianDay = 578'041; // 1582-10-15
+    const bool isJulian = day < firstGregorianDay;
+    const qint64 daysPerEra = isJulian ? 1'461 : 146'097;
+    day += isJulian ? 2 : 0;
+    const qint64 era = floorDivided(day, daysPerEra);
+    const qint64 dayOfEra = day - era * daysPerEra;
+    const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36'524 - dayOfEra / 146'096) / 365;
+    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const qint64 month = (5 * dayOfYear + 2) / 153; // from March
+    return {yearOfEra + era * (isJulian ? 4 : 400) + (month < 10 ? 0 : 1), int(month < 10 ? month + 3 : month - 9),
+            int(dayOfYear - (153 * month + 2) / 5 + 1)};
+}
+
 bool needsEscape(char c)
 {
     return uchar(c) < 0x20 || c == '"' || c == '\\';
@@ -256,8 +285,7 @@ void JsonWriter::integer(const PropertyListView &value)
     raw(number != 0 ? QByteArray::number(number) : QByteArray::number(value.toUnsigned()));
 }
 
-// The calendar by arithmetic on days, after Howard Hinnant's "chrono-compatible low-level date algorithms": a large
-// library holds several hundred thousand dates, and property lists hold years that need more than four digits.
+// Several hundred thousand dates stand in a large library, so that this is arithmetic and no QDateTime.
 void JsonWriter::date(double referenceSeconds)
 {
     constexpr double furthest = 3e14; // about ten million years, beyond which seconds lose their meaning
@@ -266,30 +294,19 @@ void JsonWriter::date(double referenceSeconds)
         return;
     }
     constexpr qint64 millisecondsPerDay = 86'400'000;
-    constexpr qint64 daysToReference = 730'791; // from 0000-03-01, where the algorithm counts from, to 2001-01-01
+    constexpr qint64 referenceDay = 730'791; // 2001-01-01, counted from 0000-03-01
     const qint64 milliseconds = std::llround(referenceSeconds * 1000);
-    qint64 day = milliseconds / millisecondsPerDay;
-    qint64 rest = milliseconds % millisecondsPerDay;
-    if (rest < 0) {
-        rest += millisecondsPerDay;
-        --day;
-    }
-    day += daysToReference;
-    const qint64 era = (day >= 0 ? day : day - 146'096) / 146'097;
-    const qint64 dayOfEra = day - era * 146'097;
-    const qint64 yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36'524 - dayOfEra / 146'096) / 365;
-    const qint64 dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const qint64 shifted = (5 * dayOfYear + 2) / 153; // months from March
-    const int month = int(shifted < 10 ? shifted + 3 : shifted - 9);
-    const qint64 year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
+    const qint64 day = floorDivided(milliseconds, millisecondsPerDay);
+    const qint64 rest = milliseconds - day * millisecondsPerDay;
+    const CalendarDay date = calendarDay(day + referenceDay);
+    const qint64 year = date.year;
 
     char text[64];
     // ISO 8601 wants a sign before years of other than four digits.
     const char *format =
         year >= 0 && year <= 9999 ? "\"%04lld-%02d-%02dT%02d:%02d:%02d" : "\"%+05lld-%02d-%02dT%02d:%02d:%02d";
-    int length = std::snprintf(text, sizeof text, format, static_cast<long long>(year), month,
-                               int(dayOfYear - (153 * shifted + 2) / 5 + 1), int(rest / 3'600'000),
-                               int(rest / 60'000 % 60), int(rest / 1000 % 60));
+    int length = std::snprintf(text, sizeof text, format, static_cast<long long>(year), date.month, date.day,
+                               int(rest / 3'600'000), int(rest / 60'000 % 60), int(rest / 1000 % 60));
     if (rest % 1000 != 0)
         length += std::snprintf(text + length, sizeof text - size_t(length), ".%03d", int(rest % 1000));
     beginElement();

@@ -12,8 +12,9 @@ class Output;
 ///
 /// Property lists become JSON so: strings and booleans as they are; integers whole; reals in the fewest digits that
 /// give the same number again, always with a decimal point or an exponent, and "NaN", "Infinity", "-Infinity" as
-/// strings; dates as ISO 8601 in UTC ("2004-01-31T12:00:00Z", with milliseconds where there are any); data as base64;
-/// reference numbers as {"CF$UID": 17}. Of a key that a dictionary holds twice only the last one is written.
+/// strings; dates as ISO 8601 in UTC ("2004-01-31T12:00:00Z", with milliseconds where there are any; those before
+/// 1582-10-15 in the Julian calendar, as XML property lists have them, so that they read as in the file); data as
+/// base64; reference numbers as {"CF$UID": 17}. Of a key that a dictionary holds twice only the last one is written.
 class JsonWriter
 {
 public:

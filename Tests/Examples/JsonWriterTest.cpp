@@ -104,6 +104,13 @@ platform::PropertyListValue dateList(double referenceSeconds)
 
 } // namespace
 
+TEST(JsonWriter, WritesDatesBeforeTheGregorianCalendarAsTheyStandInTheFile)
+{
+    for (const char *date : {"1582-10-15T00:00:00Z", "1582-10-04T23:59:59Z", "1500-02-29T12:00:00Z",
+                             "0004-02-29T00:00:00Z", "0009-09-15T23:16:13Z"})
+        EXPECT_EQ(jsonOf(QByteArray("<date>") + date + "</date>"), QByteArray("\"") + date + "\"");
+}
+
 TEST(JsonWriter, AgreesWithTheCalendarOnEveryDayOfEightHundredYears)
 {
     const QDate reference(2001, 1, 1);
@@ -127,7 +134,8 @@ TEST(JsonWriter, WritesFractionsOfSecondsAndYearsOfFiveDigits)
     EXPECT_EQ(dateOf(0.5), "\"2001-01-01T00:00:00.500Z\"");
     EXPECT_EQ(dateOf(-0.001), "\"2000-12-31T23:59:59.999Z\"");
     EXPECT_EQ(dateOf(253'370'764'800.0 - 978'307'200.0 + 31'536'000.0), "\"+10000-01-01T00:00:00Z\"");
-    EXPECT_EQ(dateOf(-63'145'612'800.0), "\"-0001-12-31T00:00:00Z\"");
+    EXPECT_EQ(dateOf(-63'145'612'800.0), "\"0000-01-02T00:00:00Z\"");
+    EXPECT_EQ(dateOf(-63'145'612'800.0 - 2 * 86'400), "\"-0001-12-31T00:00:00Z\"");
     EXPECT_EQ(dateOf(1e300), "null");
 }
 
