@@ -197,9 +197,10 @@ Q_ALWAYS_INLINE bool PropertyListXmlParser::FastLane::passGap(const char *to)
             return false;
     }
     if (length <= 8) {
+        constexpr bool IsLittleEndian = std::endian::native == std::endian::little;
+        const int surplus = length == 0 ? 0 : int(8 - length) * 8;
         gapLength = length;
-        gapMask = 0;
-        std::memset(&gapMask, 0xFF, size_t(length));
+        gapMask = length == 0 ? 0 : IsLittleEndian ? ~quint64(0) >> surplus : ~quint64(0) << surplus;
         gapBytes = loadEight(cursor) & gapMask;
     }
     return true;

@@ -17,7 +17,7 @@ using PropertyListScalars::isSpace;
 namespace {
 
 // Text that is listed at a time: it and its list stay in the processor's cache.
-constexpr qsizetype BlockSize = 32 * 1024;
+constexpr qsizetype BlockSize = 8 * 1024;
 // With fewer places than this ahead the index is refilled, so that a row's markup is seen whole.
 constexpr qsizetype Lookahead = 8;
 
@@ -123,7 +123,7 @@ bool PropertyListXmlParser::refillIndex()
         // The fast lane and the index look a little beyond the block. Behind the end of the text there are
         // zeros.
         const qsizetype wanted = m_indexed + BlockSize;
-        const qsizetype available = m_loader.waitFor(wanted + Padding);
+        const qsizetype available = arrived(wanted + Padding);
         const qsizetype until = qMin(wanted, available);
         m_indexComplete = until == available;
         if (!checkUtf8(m_text + until, !m_indexComplete))

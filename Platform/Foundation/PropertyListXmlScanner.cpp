@@ -27,12 +27,6 @@ PropertyListXmlScanner::PropertyListXmlScanner(PropertyListTextLoader &loader)
     , m_end(loader.text())
 { }
 
-bool PropertyListXmlScanner::arrives(const char *place)
-{
-    m_end = m_text + m_loader.waitFor(place - m_text + 1);
-    return place < m_end;
-}
-
 bool PropertyListXmlScanner::startsWith(const char *place, QByteArrayView start)
 {
     return !isAtEnd(place + start.size() - 1) && QByteArrayView(place, start.size()) == start;

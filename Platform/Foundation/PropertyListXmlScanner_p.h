@@ -41,9 +41,17 @@ protected:
         bool hasMarkup = false; ///< Comments, CDATA sections or processing instructions.
     };
 
+    /// Waits until so many bytes of the text are there, or all of it.
+    /// @return how many are there.
+    qsizetype arrived(qsizetype bytes)
+    {
+        if (m_end - m_text < bytes)
+            m_end = m_text + m_loader.waitFor(bytes);
+        return m_end - m_text;
+    }
     /// The byte at the place, once it is there; 0 behind the end of the text.
-    char at(const char *place) { return place < m_end || arrives(place) ? *place : '\0'; }
-    bool isAtEnd(const char *place) { return place >= m_end && !arrives(place); }
+    char at(const char *place) { return isAtEnd(place) ? '\0' : *place; }
+    bool isAtEnd(const char *place) { return place >= m_end && arrived(place - m_text + 1) <= place - m_text; }
     bool startsWith(const char *place, QByteArrayView start);
     /// Where the bytes occur next, or null.
     const char *find(const char *place, QByteArrayView bytes);
@@ -82,7 +90,6 @@ protected:
     const char *m_end; ///< Behind what has arrived, as far as this class looked.
 
 private:
-    bool arrives(const char *place);
     const char *skipQuoted(const char *place);
     const char *skipInternalSubset(const char *place);
     const char *skipDeclaration(const char *place);
