@@ -58,27 +58,37 @@ void PropertyListColumns::prepare(const PropertyListView &dictionary)
     }
 }
 
-void PropertyListColumns::lookUp(std::span<const PropertyListValue> dictionaries, PropertyListView *values)
+void PropertyListColumns::lookUpBlock(std::span<const PropertyListValue> dictionaries, PropertyListView *values)
 {
-    std::fill_n(values, dictionaries.size() * m_keys.size(), PropertyListView());
     for (size_t i = 0; i < dictionaries.size(); ++i, values += m_keys.size()) {
         if (i + dictionariesAhead < dictionaries.size()) {
             const PropertyListView &later = dictionaries[i + dictionariesAhead];
             if (later.m_document)
                 fetchRows(later.m_document->rows + later.m_row);
         }
-        const PropertyListView &dictionary = dictionaries[i];
-        if (!dictionary.isDictionary())
-            continue;
-        if (dictionary.m_document != m_document)
-            prepare(dictionary);
-        if (!lookUpInterned(dictionary, values)) {
-            for (size_t column = 0; column < m_prepared.size(); ++column)
-                values[column] = dictionary.value(m_prepared[column]);
-        }
-        for (size_t column = 0; column < m_prepared.size(); ++column)
+        lookUp(dictionaries[i], values);
+        for (size_t column = 0; column < m_keys.size(); ++column)
             fetchText(values[column]);
     }
+}
+
+std::span<const PropertyListView> PropertyListColumns::values(const PropertyListView &dictionary)
+{
+    lookUp(dictionary, m_values.data());
+    return std::span<const PropertyListView>(m_values).first(m_keys.size());
+}
+
+void PropertyListColumns::lookUp(const PropertyListView &dictionary, PropertyListView *values)
+{
+    std::fill_n(values, m_keys.size(), PropertyListView());
+    if (!dictionary.isDictionary())
+        return;
+    if (dictionary.m_document != m_document)
+        prepare(dictionary);
+    if (lookUpInterned(dictionary, values))
+        return;
+    for (size_t column = 0; column < m_prepared.size(); ++column)
+        values[column] = dictionary.value(m_prepared[column]);
 }
 
 // Answers false for a dictionary whose keys are not all in the document's table.
