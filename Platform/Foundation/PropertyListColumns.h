@@ -51,6 +51,9 @@ private:
     void lookUpBlock(std::span<const PropertyListValue> dictionaries, PropertyListView *values);
     void lookUp(const PropertyListView &dictionary, PropertyListView *values);
     bool lookUpInterned(const PropertyListView &dictionary, PropertyListView *values) const;
+    quint32 passShortScalars(quint32 row, quint32 end, PropertyListView *values) const;
+    quint32 passShortScalarsWithAvx2(quint32 row, quint32 end, PropertyListView *values) const;
+    void note(quint32 row, PropertyListView *values) const;
     static void fetchText(const PropertyListView &value);
     void prepare(const PropertyListView &dictionary);
 
@@ -58,6 +61,7 @@ private:
     std::array<PropertyListView, MaximumKeys> m_values; // of the dictionary asked for alone
     const PropertyListDocument *m_document = nullptr; // that the following are prepared for
     std::vector<PropertyListKey> m_prepared;
+    std::vector<quint32> m_wantedKeys; // numbers of the interned ones
     std::array<quint8, 0x1000> m_columnOfKey{}; // by the number of an interned key: column + 1, or 0
 };
 

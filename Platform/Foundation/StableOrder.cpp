@@ -91,7 +91,7 @@ struct Run {
 };
 
 /// Up to how many items of a run are ordered by comparing what is left of their texts.
-constexpr size_t comparedRun = 24;
+constexpr size_t comparedRun = 16;
 
 /// Orders the items of a short run, which stand by position, by all that follows the offset.
 void sortShortRun(Items items, std::span<const QByteArrayView> texts, qsizetype offset, Qt::SortOrder order)
