@@ -47,13 +47,13 @@ public:
     /// Why there are no photos.
     const Failure &failure() const { return m_failure; }
     iPhotoAlbumReader &reader() { return *m_reader; }
-    /// The path as it is with the library in its own folder.
+    /// The path as it is with the library in its own folder, from the root.
     QString path(const QString &given) const
     {
         const QString stand = m_stand ? m_stand->path() + QLatin1Char('/') : QString();
-        if (stand.isEmpty() || !given.startsWith(stand))
-            return given;
-        return m_folder + QLatin1Char('/') + given.sliced(stand.size());
+        if (m_stand && given.startsWith(stand))
+            return m_folder + QLatin1Char('/') + given.sliced(stand.size());
+        return given.isEmpty() ? given : QFileInfo(given).absoluteFilePath();
     }
 
 private:

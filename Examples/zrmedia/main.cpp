@@ -68,13 +68,13 @@ int run(const Arguments &arguments)
     const Failure failure = run(arguments, output, timings);
     if (failure)
         say(*failure);
+    const int status = failure ? inputNotUsable : finish(output);
     if (arguments.showsTimings) {
         Output errors(stderr);
         timings.write(errors);
         errors.flush();
     }
-    const int status = finish(output);
-    return failure ? inputNotUsable : status;
+    return status;
 }
 
 } // namespace

@@ -176,6 +176,17 @@ TEST(Zrmedia, ListsAlbumsAndTheirPhotos)
     }
 }
 
+TEST(Zrmedia, PrintsWholePathsForALibraryNamedFromTheCurrentFolder)
+{
+    QProcess process;
+    process.setProcessEnvironment(english());
+    process.setWorkingDirectory(QStringLiteral(ZR_SAMPLE_LIBRARY));
+    process.start(program, {"photos", "iPhoto Library", "Kitchen Table"});
+    const QJsonArray photos = QJsonDocument::fromJson(finished(process).output).array();
+    ASSERT_FALSE(photos.isEmpty());
+    EXPECT_TRUE(photos[0]["imagePath"].toString().startsWith(QStringLiteral(ZR_SAMPLE_LIBRARY "/iPhoto Library/")));
+}
+
 TEST(Zrmedia, LeavesOutFilmsAndKeepsPhotosWithoutAMediaType)
 {
     const QStringList titles = texts(arrayOf({"photos", albumData, "Library"}), "title");

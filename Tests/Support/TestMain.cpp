@@ -127,6 +127,8 @@ int main(int argc, char **argv)
     for (const char *variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
         qunsetenv(variable);
     qputenv("XDG_RUNTIME_DIR", homeFolder.path().toUtf8());
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     TestApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("ZRCommonTests"));
     QCoreApplication::setApplicationName(QStringLiteral("ZRCommonTests"));
