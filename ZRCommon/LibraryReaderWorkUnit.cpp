@@ -1,5 +1,6 @@
 #include "ZRCommon/LibraryReaderWorkUnit.h"
 
+#include "Platform/Foundation/PropertyListColumns.h"
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/iTunesLibraryReader.h"
 #include "ZRFoundation/ZRProcessServer.h"
@@ -18,14 +19,18 @@ struct FoldedWord {
     /// Mostly decided by the length alone, which is known without the text.
     bool equals(const PropertyListView &text) const
     {
-        if (text.storedLength() < folded.size())
-            return false;
-        const auto plain = text.plainUtf8();
-        if (plain && plain->size() > maximumLength)
-            return false;
-        return platform::TextFolding::equalsFolded(plain ? *plain : QByteArrayView(text.toUtf8()), folded);
+        const qsizetype length = text.storedLength();
+        return length >= folded.size() && length <= maximumLength
+            && platform::TextFolding::equalsFolded(text.toUtf8(), folded);
     }
 };
+
+bool includes(const PropertyListView &genre, const PropertyListView &kind)
+{
+    static constexpr FoldedWord podcast{"podcast", 8};
+    static constexpr FoldedWord movie{"quicktime movie file", 22};
+    return !podcast.equals(genre) && !movie.equals(kind);
+}
 
 } // namespace
 
@@ -39,13 +44,16 @@ void LibraryReaderWorkUnit::processWithServer(ZRProcessServer &server)
 {
     if (cancelFlag())
         return;
-    m_dictionary = MediaDatabase::read(m_library_path, u"Tracks", shouldIncludeSongEntry);
+    const char *const keys[] = {"Genre", "Kind"};
+    platform::PropertyListColumns columns(keys);
+    m_dictionary = MediaDatabase::read(m_library_path, u"Tracks", [&](const PropertyListView &song) {
+        const auto values = columns.values(song);
+        return song.isDictionary() && includes(values[0], values[1]);
+    });
     server.performSelectorOnObject(m_library_reader, &iTunesLibraryReader::workUnitDidLoadDictionary, this);
 }
 
 bool LibraryReaderWorkUnit::shouldIncludeSongEntry(const PropertyListView &song)
 {
-    static constexpr FoldedWord podcast{"podcast", 8};
-    static constexpr FoldedWord movie{"quicktime movie file", 22};
-    return !podcast.equals(song.value(u"Genre")) && !movie.equals(song.value(u"Kind"));
+    return includes(song.value(u"Genre"), song.value(u"Kind"));
 }

@@ -17,9 +17,9 @@ public:
     /// the server, on its worker thread.
     void processWithServer(ZRProcessServer &server) override;
 
-    /// The library, whose index finds by its number each track that `shouldIncludeSongEntry` accepts. Null before the
-    /// unit was processed. It is set on the worker thread: on the main thread it may be asked for from the reader's
-    /// notification on.
+    /// The library, whose index finds by its number each track dictionary that `shouldIncludeSongEntry` accepts. Null
+    /// before the unit was processed. It is set on the worker thread: on the main thread it may be asked for from the
+    /// reader's notification on.
     const std::shared_ptr<const MediaDatabase> &dictionary() const { return m_dictionary; }
 
     /// Whether a playlist shows the track. A "Genre" that equals "Podcast" without regard to case excludes it;

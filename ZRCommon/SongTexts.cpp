@@ -26,18 +26,17 @@ qsizetype memoryOf(const SongList &songs)
     return bytes;
 }
 
-/// What makes two texts one: the bytes that they stand in, or their place in the library where those are
-/// escaped.
+/// What makes two texts one: the bytes that they stand in.
 using TextIdentity = std::pair<const void *, qsizetype>;
+
 struct TextIdentityHash {
     size_t operator()(const TextIdentity &identity) const { return qHash(identity, QHashSeed::globalSeed()); }
 };
 
 TextIdentity identityOf(const PropertyListView &text)
 {
-    if (const auto plain = text.plainUtf8())
-        return {plain->data(), plain->size()};
-    return {text.isString() ? text.identity() : nullptr, -1};
+    const auto bytes = text.plainUtf8();
+    return bytes ? TextIdentity(bytes->data(), bytes->size()) : TextIdentity(nullptr, 0);
 }
 
 } // namespace
@@ -88,9 +87,7 @@ void SongTexts::foldDistinctTexts(const SongList &songs, PropertyListColumns &co
 
 void SongTexts::appendText(const PropertyListView &text)
 {
-    if (const auto plain = text.plainUtf8())
-        platform::TextFolding::appendFolded(m_bytes, *plain);
-    else if (text.isString())
-        platform::TextFolding::appendFolded(m_bytes, text.toUtf8());
+    if (const auto bytes = text.plainUtf8())
+        platform::TextFolding::appendFolded(m_bytes, *bytes);
     m_bytes.append(Separator);
 }

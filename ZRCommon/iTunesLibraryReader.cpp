@@ -85,7 +85,7 @@ iTunesLibraryReader::SongList iTunesLibraryReader::songsInPlaylist(const QString
     songs.reserve(items.count());
     for (const PropertyListView item : items.elements()) {
         const PropertyListView track = trackFor(item.value(trackId), m_library_data_dict->items);
-        if (track.isDictionary())
+        if (!track.isNull())
             songs.append(PropertyListValue(track));
     }
     return songs;

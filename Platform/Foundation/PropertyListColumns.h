@@ -35,24 +35,33 @@ public:
         std::array<PropertyListView, BlockSize * MaximumKeys> values;
         while (!dictionaries.empty()) {
             const auto block = dictionaries.first(std::min(BlockSize, dictionaries.size()));
-            lookUp(block, values.data());
+            lookUpBlock(block, values.data());
             for (size_t i = 0; i < block.size(); ++i)
                 take(std::span<const PropertyListView>(values.data() + i * m_keys.size(), m_keys.size()));
             dictionaries = dictionaries.subspan(block.size());
         }
     }
 
+    /// The values of one dictionary. They stay until the next call.
+    std::span<const PropertyListView> values(const PropertyListView &dictionary);
+
 private:
     static constexpr size_t BlockSize = 32;
 
-    void lookUp(std::span<const PropertyListValue> dictionaries, PropertyListView *values);
+    void lookUpBlock(std::span<const PropertyListValue> dictionaries, PropertyListView *values);
+    void lookUp(const PropertyListView &dictionary, PropertyListView *values);
     bool lookUpInterned(const PropertyListView &dictionary, PropertyListView *values) const;
+    quint32 passShortScalars(quint32 row, quint32 end, PropertyListView *values) const;
+    quint32 passShortScalarsWithAvx2(quint32 row, quint32 end, PropertyListView *values) const;
+    void note(quint32 row, PropertyListView *values) const;
     static void fetchText(const PropertyListView &value);
     void prepare(const PropertyListView &dictionary);
 
     std::vector<const char *> m_keys;
+    std::array<PropertyListView, MaximumKeys> m_values; // of the dictionary asked for alone
     const PropertyListDocument *m_document = nullptr; // that the following are prepared for
     std::vector<PropertyListKey> m_prepared;
+    std::vector<quint32> m_wantedKeys; // numbers of the interned ones
     std::array<quint8, 0x1000> m_columnOfKey{}; // by the number of an interned key: column + 1, or 0
 };
 

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <string_view>
+#include <utility>
 
 #include <QtEndian>
 
@@ -64,19 +65,23 @@ std::vector<quint32> positionsOf(const std::vector<Item> &items)
     return positions;
 }
 
-/// Eight bytes of the text as a number that compares as they do. Each byte counts one more than it is, so
-/// that what is missing behind the end compares as less than any byte.
+/// Eight bytes of the text as a number that compares as they do. Each byte counts one more than it is, so that what
+/// is missing behind the end compares as less than any byte.
 quint64 wordAt(QByteArrayView text, qsizetype offset)
 {
-    const qsizetype left = text.size() - offset;
-    if (left <= 0)
-        return 0;
     constexpr quint64 one = 0x0101'0101'0101'0101;
+    const qsizetype left = text.size() - offset;
     if (left >= 8)
         return qFromBigEndian<quint64>(text.data() + offset) + one;
-    std::array<char, 8> bytes{};
-    std::memcpy(bytes.data(), text.data() + offset, size_t(left));
-    return qFromBigEndian<quint64>(bytes.data()) + (one << 8 * (8 - left));
+    if (left <= 0)
+        return 0;
+    const int missing = int(8 * (8 - left));
+    if (text.size() >= 8) // the end of the text, less what lies before the offset
+        return (qFromBigEndian<quint64>(text.data() + text.size() - 8) + one) << missing;
+    quint64 word = 0;
+    for (qsizetype i = offset; i < text.size(); ++i)
+        word = word << 8 | (quint8(text[i]) + 1U);
+    return word << missing;
 }
 
 /// Items that agree up to an offset and are still to be ordered by what follows.
@@ -84,6 +89,30 @@ struct Run {
     size_t first, count;
     qsizetype offset;
 };
+
+/// Up to how many items of a run are ordered by comparing what is left of their texts.
+constexpr size_t comparedRun = 16;
+
+/// Orders the items of a short run, which stand by position, by all that follows the offset.
+void sortShortRun(Items items, std::span<const QByteArrayView> texts, qsizetype offset, Qt::SortOrder order)
+{
+    const auto rest = [&](const Item &item) {
+        const QByteArrayView text = texts[item.position];
+        return std::string_view(text.data() + offset, size_t(text.size() - offset));
+    };
+    for (size_t i = 1; i < items.size(); ++i) { // by insertion, which keeps ties in order
+        const Item item = items[i];
+        const std::string_view text = rest(item);
+        size_t place = i;
+        for (; place > 0; --place) {
+            const int comparison = rest(items[place - 1]).compare(text);
+            if (order == Qt::AscendingOrder ? comparison <= 0 : comparison >= 0)
+                break;
+            items[place] = items[place - 1];
+        }
+        items[place] = item;
+    }
+}
 
 } // namespace
 
@@ -120,8 +149,10 @@ std::vector<quint32> StableOrder::ofTexts(std::span<const QByteArrayView> texts,
             while (end < part.size() && part[end].key == key)
                 ++end;
             const bool textGoesOn = ((key ^ flip) & 0xFF) != 0;
-            if (end - first > 1 && textGoesOn)
+            if (textGoesOn && end - first > comparedRun)
                 runs.push_back({run.first + first, end - first, run.offset + 8});
+            else if (textGoesOn && end - first > 1)
+                sortShortRun(part.subspan(first, end - first), texts, run.offset + 8, order);
             first = end;
         }
     }

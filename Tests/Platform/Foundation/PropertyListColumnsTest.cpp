@@ -37,6 +37,11 @@ void expectSameAsLookups(const QList<PropertyListValue> &dictionaries)
                 << next << " " << column;
     });
     EXPECT_EQ(next, dictionaries.size());
+    for (const PropertyListValue &dictionary : dictionaries) {
+        const auto values = columns.values(dictionary);
+        ASSERT_EQ(values.size(), std::size(keys));
+        EXPECT_EQ(values[0].identity(), PropertyListView(dictionary).value(QUtf8StringView(keys[0])).identity());
+    }
 }
 
 QByteArray randomDictionaries(quint32 seed, bool manyKeys)
