@@ -25,7 +25,7 @@ std::shared_ptr<iTunesLibraryReader> readLibrary()
     auto reader = std::make_shared<iTunesLibraryReader>(benchmarkSupport::libraryPath());
     QEventLoop loop;
     const platform::Observation observation = platform::NotificationCenter::defaultCenter().addObserver(
-        [&loop](const platform::Notification &) { loop.quit(); }, iTunesLibraryChangedNotification, reader.get());
+        [&loop](const platform::Notification &) { loop.quit(); }, ZRITunesLibraryChangedNotification, reader.get());
     reader->playlistNames();
     loop.exec();
     benchmarkSupport::require(!reader->playlistNames().isEmpty(), "the library has no playlists");
