@@ -162,7 +162,8 @@ QList<PropertyListValue> PropertyListValue::select(const QList<PropertyListValue
     int uncounted = 0; // new handles to `document`
     const auto count = [&] {
         if (document)
-            document->references.fetch_add(std::exchange(uncounted, 0), std::memory_order_relaxed);
+            document->references.fetch_add(uncounted, std::memory_order_relaxed);
+        uncounted = 0;
     };
     PropertyListValue *next = selected.data();
     for (const quint32 position : positions) {
