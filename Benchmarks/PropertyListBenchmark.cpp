@@ -19,12 +19,13 @@ using platform::PropertyListView;
 
 namespace {
 
+// How many tracks the library holds, counted in the plainest way: each has one key of this name in the file.
 qsizetype expectedTracks()
 {
     static const qsizetype count = [] {
-        auto list = platform::PropertyList::read(benchmarkSupport::libraryPath());
-        benchmarkSupport::require(bool(list), "the library does not parse");
-        return list.value().value("Tracks").count();
+        const QByteArray bytes = benchmarkSupport::readWhole(benchmarkSupport::libraryPath());
+        const qsizetype end = bytes.indexOf("<key>Playlists</key>");
+        return QByteArrayView(bytes).first(end < 0 ? bytes.size() : end).count("<key>Track ID</key>");
     }();
     return count;
 }
@@ -74,7 +75,6 @@ void parse(benchmark::State &state, bool decode)
 {
     const QString path = benchmarkSupport::libraryPath();
     const qint64 fileSize = QFileInfo(path).size();
-    expectedTracks();
     qint64 memory = 0;
     for (auto _ : state) {
         const qint64 before = benchmarkSupport::anonymousMemory();
@@ -104,7 +104,6 @@ void ParseAndDecode(benchmark::State &state)
 void PeerPropertyListLibrary(benchmark::State &state)
 {
     const QString path = benchmarkSupport::libraryPath();
-    expectedTracks();
     for (auto _ : state) {
         const Stopwatch watch;
         const QByteArray bytes = benchmarkSupport::readWhole(path);
@@ -119,7 +118,6 @@ void PeerPropertyListLibrary(benchmark::State &state)
 void PeerDocumentTree(benchmark::State &state)
 {
     const QString path = benchmarkSupport::libraryPath();
-    expectedTracks();
     for (auto _ : state) {
         const Stopwatch watch;
         QByteArray bytes = benchmarkSupport::readWhole(path);
@@ -215,7 +213,6 @@ private:
 void PeerSaxToVariantMap(benchmark::State &state)
 {
     const QString path = benchmarkSupport::libraryPath();
-    expectedTracks();
     for (auto _ : state) {
         const Stopwatch watch;
         const QByteArray bytes = benchmarkSupport::readWhole(path);
