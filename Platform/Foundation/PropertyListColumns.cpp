@@ -1,5 +1,6 @@
 #include "Platform/Foundation/PropertyListColumns.h"
 #include "Platform/Foundation/InstructionSet_p.h"
+#include "Platform/Foundation/Prefetch_p.h"
 #include "Platform/Foundation/PropertyListTape_p.h"
 
 #include <algorithm>
@@ -18,13 +19,6 @@ namespace {
 /// How many dictionaries ahead memory is asked for, and how much of each.
 constexpr size_t dictionariesAhead = 6;
 constexpr size_t rowsAhead = 32;
-
-void fetch([[maybe_unused]] const void *memory)
-{
-#if defined(__GNUC__)
-    __builtin_prefetch(memory);
-#endif
-}
 
 bool isShortScalar(PropertyListRow row)
 {

@@ -1,10 +1,15 @@
 #include "Platform/Foundation/StableOrder.h"
 
+#include "Platform/Foundation/Prefetch_p.h"
+
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
+#include <QHashSeed>
 #include <QtEndian>
 
 namespace platform {
@@ -114,6 +119,114 @@ void sortShortRun(Items items, std::span<const QByteArrayView> texts, qsizetype 
     }
 }
 
+/// The different ones among some texts, in the order in which they first occur.
+struct DifferentTexts {
+    std::vector<QByteArrayView> texts;
+    std::vector<quint32> numberOfText; ///< For each of the given texts, which of the different ones it is.
+};
+
+quint64 hashOf(QByteArrayView text, quint64 seed)
+{
+    constexpr quint64 odd = 0x9E37'79B9'7F4A'7C15; // 2^64 divided by the golden ratio
+    const auto mixed = [](quint64 hash, quint64 word) {
+        hash = (hash ^ word) * odd;
+        return hash ^ hash >> 32;
+    };
+    quint64 hash = seed ^ quint64(text.size());
+    if (text.size() < 8)
+        return mixed(hash, wordAt(text, 0));
+    for (qsizetype offset = 0; offset + 8 < text.size(); offset += 8)
+        hash = mixed(hash, qFromUnaligned<quint64>(text.data() + offset));
+    return mixed(hash, qFromUnaligned<quint64>(text.data() + text.size() - 8));
+}
+
+/// How many texts ahead a slot's memory is asked for.
+constexpr size_t slotsAhead = 16;
+
+/// Finds the different texts by a table with open addressing.
+DifferentTexts differentTexts(std::span<const QByteArrayView> texts)
+{
+    struct Slot {
+        const char *text; // null in an empty slot
+        quint32 hash;
+        quint32 number;
+    };
+    const size_t mask = std::bit_ceil(texts.size() + texts.size() / 3 + 1) - 1;
+    const auto seed = quint64(QHashSeed::globalSeed()); // nobody can make a file of texts that all collide
+    std::vector<quint64> hashes(texts.size());
+    for (size_t i = 0; i < texts.size(); ++i)
+        hashes[i] = hashOf(texts[i], seed);
+
+    std::vector<Slot> slots(mask + 1);
+    DifferentTexts different;
+    different.numberOfText.reserve(texts.size());
+    for (size_t i = 0; i < texts.size(); ++i) {
+        // The table is larger than the processor's nearest memory.
+        if (i + slotsAhead < texts.size())
+            fetch(&slots[size_t(hashes[i + slotsAhead]) & mask]);
+        const QByteArrayView text = texts[i];
+        const auto hash = quint32(hashes[i] >> 32);
+        const auto isOther = [&](const Slot &slot) {
+            // Texts of other lengths have other hashes, or are told apart here at last.
+            return slot.text
+                && (slot.hash != hash || different.texts[slot.number].size() != text.size()
+                    || std::memcmp(slot.text, text.data(), size_t(text.size())) != 0);
+        };
+        size_t place = size_t(hashes[i]) & mask;
+        while (isOther(slots[place]))
+            place = (place + 1) & mask;
+        if (!slots[place].text) {
+            slots[place] = {text.data(), hash, quint32(different.texts.size())};
+            different.texts.push_back(text);
+        }
+        different.numberOfText.push_back(slots[place].number);
+    }
+    return different;
+}
+
+/// Positions of texts that all differ, in order.
+std::vector<quint32> orderOfDifferent(std::span<const QByteArrayView> texts, Qt::SortOrder order)
+{
+    const quint64 flip = order == Qt::DescendingOrder ? ~quint64(0) : 0;
+    std::vector<Item> items(texts.size()), spare(texts.size());
+    // The texts are visited in order once, for their first sixteen bytes, by which most of them differ. After the first
+    // sort they are visited all over the place, which costs far more than the comparing.
+    std::vector<quint64> secondWords(texts.size());
+    for (size_t i = 0; i < items.size(); ++i) {
+        items[i] = {wordAt(texts[i], 0) ^ flip, quint32(i)};
+        secondWords[i] = wordAt(texts[i], 8) ^ flip;
+    }
+
+    std::vector<Run> runs{{0, items.size(), 0}};
+    while (!runs.empty()) {
+        const Run run = runs.back();
+        runs.pop_back();
+        const Items part(items.data() + run.first, run.count);
+        if (run.offset == 8) {
+            for (Item &item : part)
+                item.key = secondWords[item.position];
+        } else if (run.offset > 8) {
+            for (Item &item : part)
+                item.key = wordAt(texts[item.position], run.offset) ^ flip;
+        }
+        if (part.size() > 1)
+            stableSort(part, Items(spare).first(part.size()));
+        for (size_t first = 0; first < part.size();) {
+            const quint64 key = part[first].key;
+            size_t end = first + 1;
+            while (end < part.size() && part[end].key == key)
+                ++end;
+            const bool textGoesOn = ((key ^ flip) & 0xFF) != 0;
+            if (textGoesOn && end - first > (run.offset == 0 ? 1 : comparedRun))
+                runs.push_back({run.first + first, end - first, run.offset + 8});
+            else if (textGoesOn && end - first > 1)
+                sortShortRun(part.subspan(first, end - first), texts, run.offset + 8, order);
+            first = end;
+        }
+    }
+    return positionsOf(items);
+}
+
 } // namespace
 
 std::vector<quint32> StableOrder::ofNumbers(std::span<const qint64> numbers, Qt::SortOrder order)
@@ -129,34 +242,19 @@ std::vector<quint32> StableOrder::ofNumbers(std::span<const qint64> numbers, Qt:
 
 std::vector<quint32> StableOrder::ofTexts(std::span<const QByteArrayView> texts, Qt::SortOrder order)
 {
-    const quint64 flip = order == Qt::DescendingOrder ? ~quint64(0) : 0;
-    std::vector<Item> items(texts.size()), spare(texts.size());
-    for (size_t i = 0; i < items.size(); ++i)
-        items[i].position = quint32(i);
-
-    std::vector<Run> runs{{0, items.size(), 0}};
-    while (!runs.empty()) {
-        const Run run = runs.back();
-        runs.pop_back();
-        const Items part(items.data() + run.first, run.count);
-        for (Item &item : part)
-            item.key = wordAt(texts[item.position], run.offset) ^ flip;
-        if (part.size() > 1)
-            stableSort(part, Items(spare).first(part.size()));
-        for (size_t first = 0; first < part.size();) {
-            const quint64 key = part[first].key;
-            size_t end = first + 1;
-            while (end < part.size() && part[end].key == key)
-                ++end;
-            const bool textGoesOn = ((key ^ flip) & 0xFF) != 0;
-            if (textGoesOn && end - first > comparedRun)
-                runs.push_back({run.first + first, end - first, run.offset + 8});
-            else if (textGoesOn && end - first > 1)
-                sortShortRun(part.subspan(first, end - first), texts, run.offset + 8, order);
-            first = end;
-        }
-    }
-    return positionsOf(items);
+    // Libraries repeat themselves: each text is ordered once, and what has it is then dealt out by its place.
+    const DifferentTexts different = differentTexts(texts);
+    const std::vector<quint32> textOrder = orderOfDifferent(different.texts, order);
+    std::vector<quint32> counts(different.texts.size()), places(different.texts.size());
+    for (const quint32 number : different.numberOfText)
+        ++counts[number];
+    quint32 place = 0;
+    for (const quint32 number : textOrder)
+        places[number] = std::exchange(place, place + counts[number]);
+    std::vector<quint32> positions(texts.size());
+    for (size_t i = 0; i < texts.size(); ++i)
+        positions[places[different.numberOfText[i]]++] = quint32(i);
+    return positions;
 }
 
 } // namespace platform
