@@ -30,6 +30,10 @@ inline const QString ZRIPhotoAlbumChangedNotification = QStringLiteral("ZRIPhoto
 /// empty for good: it is deliberately not tried again, and `readError` tells why. The file is not watched: a changed
 /// database is seen by a new reader.
 ///
+/// A question that cannot start the reading, since there is no application object or no thread to be had, is answered
+/// as for an empty database and leaves the reader as it was: it is not reading, nothing will be posted, and the next
+/// question tries again. Reading that the end of the application object cuts short is never told of.
+///
 /// Of the database these keys are used; other keys are passed over, and so are values of other types than these, as if
 /// they were absent, unless it says otherwise:
 ///
@@ -88,7 +92,7 @@ public:
     ThumbnailList imageThumbnailsInAlbum(const QString &albumName, const QString &searchString = {},
                                          const ZRWorkUnit *cancelFlag = nullptr);
 
-    /// Whether the file is being read: true from the first question until just before the notification.
+    /// Whether the file is being read: true from the question that starts it until just before the notification.
     bool isReading() const;
     /// Why the database is empty, when it could not be read.
     std::optional<platform::Error> readError() const;

@@ -391,6 +391,21 @@ TEST_F(IPhotoAlbumReader, PassesOverWhatIsOfTheWrongType)
               QStringLiteral("twelve twelve")); // an integer stands for its text
 }
 
+TEST_F(IPhotoAlbumReader, TakesAPhotoThatIsNoDictionaryForAnAbsentOne)
+{
+    const auto reader = readerOf(database(QVariantMap{{QStringLiteral("s"), QStringLiteral("no dictionary")},
+                                                      {QStringLiteral("a"), QVariantList{QVariantMap()}}},
+                                          QVariantList{album(QStringLiteral("text"), {QStringLiteral("s")}),
+                                                       album(QStringLiteral("array"), {QStringLiteral("a")}),
+                                                       album(QStringLiteral("absent"), {QStringLiteral("x")})}));
+    for (const QString &name : reader->albumNames()) {
+        const auto thumbnails = reader->imageThumbnailsInAlbum(name);
+        ASSERT_EQ(thumbnails.size(), 1) << qPrintable(name);
+        EXPECT_EQ(thumbnails[0]->title() + thumbnails[0]->imagePath(), QString());
+        EXPECT_THROW(reader->imageThumbnailsInAlbum(name, QStringLiteral("x")), platform::InternalInconsistency);
+    }
+}
+
 TEST_F(IPhotoAlbumReader, IsEmptyForGoodWhenTheFileCannotBeRead)
 {
     const auto reader = readerOf(m_path);
