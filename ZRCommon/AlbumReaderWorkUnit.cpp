@@ -8,10 +8,13 @@ AlbumReaderWorkUnit::AlbumReaderWorkUnit(std::weak_ptr<iPhotoAlbumReader> albumR
     , m_album_path(albumPath)
 { }
 
-void AlbumReaderWorkUnit::processWithServer(ZRProcessServer &server)
+void AlbumReaderWorkUnit::processWithServer(ZRProcessServer &server) noexcept
 {
     if (cancelFlag())
         return;
-    m_dictionary = MediaDatabase::read(m_album_path, u"Master Image List");
+    m_dictionary = MediaDatabase::guarded(m_album_path, [this] {
+        return MediaDatabase::read(m_album_path, u"Master Image List",
+                                   [](const platform::PropertyListView &photo) { return photo.isDictionary(); });
+    });
     server.performSelectorOnObject(m_album_reader, &iPhotoAlbumReader::workUnitDidLoadDictionary, this);
 }

@@ -13,12 +13,13 @@ public:
     /// @param albumPath the database file
     AlbumReaderWorkUnit(std::weak_ptr<iPhotoAlbumReader> albumReader, const QString &albumPath);
 
-    /// Reads the file and has `workUnitDidLoadDictionary` called on the reader. Does nothing when cancelled. Called by
-    /// the server, on its worker thread.
-    void processWithServer(ZRProcessServer &server) override;
+    /// Reads the file and has `workUnitDidLoadDictionary` called on the reader, whatever comes of the reading. Does
+    /// nothing when cancelled. Called by the server, on its worker thread.
+    void processWithServer(ZRProcessServer &server) noexcept override;
 
-    /// The database, whose index finds photos by their image keys. Null before the unit was processed. It is set on the
-    /// worker thread: on the main thread it may be asked for from the reader's notification on.
+    /// The database, whose index finds by its image key each photo that is a dictionary. Null before the unit was
+    /// processed. It is set on the worker thread: on the main thread it may be asked for from the reader's notification
+    /// on.
     const std::shared_ptr<const MediaDatabase> &dictionary() const { return m_dictionary; }
 
 private:

@@ -40,15 +40,17 @@ LibraryReaderWorkUnit::LibraryReaderWorkUnit(std::weak_ptr<iTunesLibraryReader> 
     , m_library_path(libraryPath)
 { }
 
-void LibraryReaderWorkUnit::processWithServer(ZRProcessServer &server)
+void LibraryReaderWorkUnit::processWithServer(ZRProcessServer &server) noexcept
 {
     if (cancelFlag())
         return;
-    const char *const keys[] = {"Genre", "Kind"};
-    platform::PropertyListColumns columns(keys);
-    m_dictionary = MediaDatabase::read(m_library_path, u"Tracks", [&](const PropertyListView &song) {
-        const auto values = columns.values(song);
-        return song.isDictionary() && includes(values[0], values[1]);
+    m_dictionary = MediaDatabase::guarded(m_library_path, [this] {
+        const char *const keys[] = {"Genre", "Kind"};
+        platform::PropertyListColumns columns(keys);
+        return MediaDatabase::read(m_library_path, u"Tracks", [&](const PropertyListView &song) {
+            const auto values = columns.values(song);
+            return song.isDictionary() && includes(values[0], values[1]);
+        });
     });
     server.performSelectorOnObject(m_library_reader, &iTunesLibraryReader::workUnitDidLoadDictionary, this);
 }

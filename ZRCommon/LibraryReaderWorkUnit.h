@@ -13,9 +13,9 @@ public:
     /// @param libraryPath the library file
     LibraryReaderWorkUnit(std::weak_ptr<iTunesLibraryReader> libraryReader, const QString &libraryPath);
 
-    /// Reads the file and has `workUnitDidLoadDictionary` called on the reader. Does nothing when cancelled. Called by
-    /// the server, on its worker thread.
-    void processWithServer(ZRProcessServer &server) override;
+    /// Reads the file and has `workUnitDidLoadDictionary` called on the reader, whatever comes of the reading. Does
+    /// nothing when cancelled. Called by the server, on its worker thread.
+    void processWithServer(ZRProcessServer &server) noexcept override;
 
     /// The library, whose index finds by its number each track dictionary that `shouldIncludeSongEntry` accepts. Null
     /// before the unit was processed. It is set on the worker thread: on the main thread it may be asked for from the

@@ -20,3 +20,19 @@ std::shared_ptr<const MediaDatabase> MediaDatabase::read(const QString &path, QA
     }
     return database;
 }
+
+std::shared_ptr<const MediaDatabase>
+MediaDatabase::guarded(const QString &path, const std::function<std::shared_ptr<const MediaDatabase>()> &call) noexcept
+{
+    QString reason = QStringLiteral("reading it was broken off");
+    try {
+        return call();
+    } catch (const std::bad_alloc &) {
+        reason = QStringLiteral("there is not enough memory to read it");
+    } catch (...) {
+        // Why is not known in general.
+    }
+    auto database = std::make_shared<MediaDatabase>();
+    database->error = platform::Error{platform::ErrorCode::NotReadable, reason, -1, path};
+    return database;
+}

@@ -14,10 +14,16 @@ struct MediaDatabase {
     platform::PropertyListIndex items;
     std::optional<platform::Error> error; ///< Why nothing could be read.
 
-    /// Reads a file. What cannot be read, and what is no dictionary, gives a database without content and its error.
+    /// Reads a file, which may throw std::bad_alloc, or what `accept` throws. What cannot be read, and what is no
+    /// dictionary, gives a database without content and its error.
     /// @param itemsKey key of the table in the root
     /// @param accept leaves items out of the index; all are taken when it is empty
     static std::shared_ptr<const MediaDatabase>
     read(const QString &path, QAnyStringView itemsKey,
          const std::function<bool(const platform::PropertyListView &)> &accept = {});
+    /// What the call gives; when it throws anything at all, a database without content and an error. For a thread on
+    /// which nothing may be thrown, and whose result is waited for.
+    /// @param path the file that the call reads
+    static std::shared_ptr<const MediaDatabase>
+    guarded(const QString &path, const std::function<std::shared_ptr<const MediaDatabase>()> &call) noexcept;
 };

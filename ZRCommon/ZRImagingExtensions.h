@@ -11,6 +11,8 @@ namespace ZRImagingExtensions {
 /// Every bitmap representation, in order, is compared with the logical size that the image had when it came,
 /// exactly, and not with a size that was set on the way: of several bitmaps the last one that differs from that
 /// decides. Where one differs, the image also retains its data. Representations that are no bitmaps do not count.
+///
+/// Any thread, as long as no other uses the image meanwhile.
 void fixSizeZR(platform::Image &image);
 
 } // namespace ZRImagingExtensions

@@ -87,6 +87,11 @@ iPhotoAlbumReader::iPhotoAlbumReader(const QString &albumDataPath)
     }
 }
 
+iPhotoAlbumReader::iPhotoAlbumReader(const QString &databasePath, const QString &libraryFolder)
+    : m_album_path(databasePath)
+    , m_album_path_minus_xml_filename(libraryFolder)
+{ }
+
 iPhotoAlbumReader::~iPhotoAlbumReader()
 {
     if (m_album_reader_work_unit)
@@ -179,15 +184,19 @@ std::optional<platform::Error> iPhotoAlbumReader::readError() const
 std::shared_ptr<const MediaDatabase> iPhotoAlbumReader::albumDataDictionary()
 {
     const std::lock_guard lock(m_mutex);
-    if (!m_album_data_dict) {
-        m_album_data_dict = std::make_shared<MediaDatabase>();
-        m_album_reader_work_unit = std::make_shared<AlbumReaderWorkUnit>(weak_from_this(), m_album_path);
+    if (m_album_data_dict)
+        return m_album_data_dict;
+    auto placeholder = std::make_shared<const MediaDatabase>();
+    auto workUnit = std::make_shared<AlbumReaderWorkUnit>(weak_from_this(), m_album_path);
+    ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("album_reader_server"), 1);
+    server.addProcessObserver(shared_from_this());
+    // The result waits for the lock.
+    if (server.addWorkUnit(workUnit)) {
+        m_album_data_dict = placeholder;
+        m_album_reader_work_unit = std::move(workUnit);
         m_is_reading = true;
-        ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("album_reader_server"), 1);
-        server.addProcessObserver(shared_from_this());
-        server.addWorkUnit(m_album_reader_work_unit);
     }
-    return m_album_data_dict;
+    return placeholder;
 }
 
 void iPhotoAlbumReader::workUnitDidLoadDictionary(AlbumReaderWorkUnit *workUnit)

@@ -57,7 +57,7 @@ iTunesLibraryReader::~iTunesLibraryReader()
 QStringList iTunesLibraryReader::playlistNames()
 {
     QStringList names;
-    const PropertyListValue playlists = libraryDataDictionary().dictionary.value(u"Playlists");
+    const PropertyListValue playlists = libraryDataDictionary()->dictionary.value(u"Playlists");
     for (const PropertyListView playlist : playlists.elements()) {
         const PropertyListView name = playlist.value(u"Name");
         if (name.isString())
@@ -68,7 +68,7 @@ QStringList iTunesLibraryReader::playlistNames()
 
 PropertyListValue iTunesLibraryReader::playlistInfoForName(const QString &name)
 {
-    const PropertyListValue playlists = libraryDataDictionary().dictionary.value(u"Playlists");
+    const PropertyListValue playlists = libraryDataDictionary()->dictionary.value(u"Playlists");
     for (const PropertyListView playlist : playlists.elements()) {
         const PropertyListView itsName = playlist.value(u"Name");
         if (itsName.isString() && itsName.toString() == name)
@@ -80,11 +80,12 @@ PropertyListValue iTunesLibraryReader::playlistInfoForName(const QString &name)
 iTunesLibraryReader::SongList iTunesLibraryReader::songsInPlaylist(const QString &name)
 {
     SongList songs;
+    const auto database = libraryDataDictionary();
     const PropertyListValue items = playlistInfoForName(name).value(u"Playlist Items");
     const PropertyListKey trackId = items.key(u"Track ID");
     songs.reserve(items.count());
     for (const PropertyListView item : items.elements()) {
-        const PropertyListView track = trackFor(item.value(trackId), m_library_data_dict->items);
+        const PropertyListView track = trackFor(item.value(trackId), database->items);
         if (!track.isNull())
             songs.append(PropertyListValue(track));
     }
@@ -103,17 +104,20 @@ std::optional<platform::Error> iTunesLibraryReader::readError() const
     return m_library_data_dict ? m_library_data_dict->error : std::nullopt;
 }
 
-const MediaDatabase &iTunesLibraryReader::libraryDataDictionary()
+std::shared_ptr<const MediaDatabase> iTunesLibraryReader::libraryDataDictionary()
 {
-    if (!m_library_data_dict) {
-        m_library_data_dict = std::make_shared<MediaDatabase>();
-        m_library_reader_work_unit = std::make_shared<LibraryReaderWorkUnit>(weak_from_this(), m_library_path);
+    if (m_library_data_dict)
+        return m_library_data_dict;
+    auto placeholder = std::make_shared<const MediaDatabase>();
+    auto workUnit = std::make_shared<LibraryReaderWorkUnit>(weak_from_this(), m_library_path);
+    ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("library_reader_server"), 1);
+    server.addProcessObserver(shared_from_this());
+    if (server.addWorkUnit(workUnit)) {
+        m_library_data_dict = placeholder;
+        m_library_reader_work_unit = std::move(workUnit);
         m_is_reading = true;
-        ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("library_reader_server"), 1);
-        server.addProcessObserver(shared_from_this());
-        server.addWorkUnit(m_library_reader_work_unit);
     }
-    return *m_library_data_dict;
+    return placeholder;
 }
 
 void iTunesLibraryReader::workUnitDidLoadDictionary(LibraryReaderWorkUnit *workUnit)

@@ -26,6 +26,10 @@ inline const QString ZRITunesLibraryChangedNotification = QStringLiteral("ZRITun
 /// library empty for good: it is deliberately not tried again, and `readError` tells why. The file is not watched: a
 /// changed library is seen by a new reader.
 ///
+/// A question that cannot start the reading, since there is no application object or no thread to be had, is answered
+/// as for an empty library and leaves the reader as it was: it is not reading, nothing will be posted, and the next
+/// question tries again. Reading that the end of the application object cuts short is never told of.
+///
 /// Of the library these keys are used; other keys, and values of other types than these, are passed over as if they
 /// were absent:
 ///
@@ -68,7 +72,7 @@ public:
     /// an unchanged copy of the one given last.
     SongList songsMatchingString(const SongList &songs, const QString &string);
 
-    /// Whether the file is being read: true from the first question until just before the notification.
+    /// Whether the file is being read: true from the question that starts it until just before the notification.
     bool isReading() const { return m_is_reading; }
     /// Why the library is empty, when it could not be read.
     std::optional<platform::Error> readError() const;
@@ -76,7 +80,7 @@ public:
 private:
     friend class LibraryReaderWorkUnit;
 
-    const MediaDatabase &libraryDataDictionary();
+    std::shared_ptr<const MediaDatabase> libraryDataDictionary();
     void workUnitDidLoadDictionary(LibraryReaderWorkUnit *workUnit);
 
     QString m_library_path;

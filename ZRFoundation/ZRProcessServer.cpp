@@ -10,8 +10,7 @@
 
 Q_LOGGING_CATEGORY(processServerLog, "zr.processserver")
 
-namespace
-{
+namespace {
 
 struct Servers {
     std::mutex mutex;
@@ -42,8 +41,7 @@ ZRProcessServer &ZRProcessServer::processServerWithName(const QString &name, int
 ZRProcessServer::ZRProcessServer(const QString &name, int count)
     : m_name(name)
     , m_count(count)
-{
-}
+{ }
 
 ZRProcessServer::~ZRProcessServer()
 {
@@ -63,22 +61,33 @@ void ZRProcessServer::addProcessObserver(const std::shared_ptr<ZRProcessObserver
         m_observers.push_back(observer);
 }
 
-void ZRProcessServer::addWorkUnit(std::shared_ptr<ZRWorkUnit> unit)
+bool ZRProcessServer::addWorkUnit(std::shared_ptr<ZRWorkUnit> unit)
 {
     ZR_ASSERT_PARAMETER(this, unit);
-    const std::lock_guard lock(m_mutex);
-    // Asked under the lock: `end` takes it after the queue has stopped being open, and so finds the unit.
-    if (!platform::MainThreadQueue::isOpen())
-        return;
-    m_units.push_back(std::move(unit));
-    startWorkers();
-    m_unitsOrEnd.notify_one();
+    bool isQueued = false;
+    platform::callGuarded(processServerLog(), QStringLiteral("adding to server \"%1\"").arg(m_name), [&] {
+        const std::lock_guard lock(m_mutex);
+        // Asked under the lock: `end` takes it after the queue has stopped being open, and so finds the unit.
+        if (!platform::MainThreadQueue::isOpen())
+            return;
+        startWorkers();
+        m_units.push_back(std::move(unit));
+        m_unitsOrEnd.notify_one();
+        isQueued = true;
+    });
+    return isQueued;
 }
 
+// With the lock held. Throws when there is no worker at all.
 void ZRProcessServer::startWorkers()
 {
-    while (m_workers.size() < size_t(m_count))
-        m_workers.emplace_back(&ZRProcessServer::work, this);
+    try {
+        while (m_workers.size() < size_t(m_count))
+            m_workers.emplace_back(&ZRProcessServer::work, this);
+    } catch (...) {
+        if (m_workers.empty())
+            throw;
+    }
 }
 
 void ZRProcessServer::work()
@@ -111,9 +120,7 @@ void ZRProcessServer::process(std::shared_ptr<ZRWorkUnit> unit)
         const std::lock_guard lock(m_mutex);
         m_unitsAtWork.erase(std::find(m_unitsAtWork.cbegin(), m_unitsAtWork.cend(), unit.get()));
     }
-    deliver([this, unit = std::move(unit)] {
-        tellObservers(*unit, &ZRProcessObserver::processServerDidEndWorkUnit);
-    });
+    deliver([this, unit = std::move(unit)] { tellObservers(*unit, &ZRProcessObserver::processServerDidEndWorkUnit); });
 }
 
 void ZRProcessServer::tellObservers(ZRWorkUnit &unit,

@@ -34,9 +34,9 @@
 /// A server works while an application object exists. When that is destroyed, the cancel flags of all units
 /// are set, the units that no worker took yet are let go unprocessed, the workers are waited for, and
 /// deliveries that are still under way are dropped; all on the main thread. A unit that is added without an
-/// application object, or while it is being destroyed, is let go at once. A unit should therefore poll its
-/// cancel flag often, and must not wait for the main thread. A later application object finds the servers
-/// working again.
+/// application object, or while it is being destroyed, is let go at once, as `addWorkUnit` then tells. A unit should
+/// therefore poll its cancel flag often, and must not wait for the main thread. A later application object finds the
+/// servers working again.
 ///
 /// Thread safety: every operation may be called on any thread.
 class ZRProcessServer
@@ -62,7 +62,11 @@ public:
     /// Queues a unit. With one worker, units are processed in the order in which they were added, one after
     /// the other; with more, they are begun in that order. The server shares the unit until it is processed,
     /// and lets it go on the main thread after all that it had delivered. What the unit throws is logged.
-    void addWorkUnit(std::shared_ptr<ZRWorkUnit> unit);
+    ///
+    /// A server that cannot start all of its worker threads goes on with those that it has, and tries again with
+    /// the next unit. When it has none at all, that is logged and the unit is let go.
+    /// @return whether the unit was queued; if not, nothing will come of it
+    bool addWorkUnit(std::shared_ptr<ZRWorkUnit> unit);
 
     /// Has `(receiver->*selector)(argument)` called on the main thread, from the event loop. Nothing is
     /// called when the receiver has died by then. Deliveries arrive in the order in which they were asked

@@ -66,11 +66,11 @@ TEST_F(ZRImageThumbnailTest, KeepsTheThumbnailPathAsGivenAndFollowsItOnlyWhenItI
 {
     const QString alias = folder + QStringLiteral("/alias");
     ASSERT_EQ(symlink("thumbnail.png", qPrintable(alias)), 0);
-    ZRImageThumbnail record(alias, photo);
     writeThumbnail();
+    ZRImageThumbnail record(alias, photo);
     EXPECT_TRUE(record.imageToDisplay());
     record.unloadImage();
-    ASSERT_TRUE(QFile::remove(alias));
+    ASSERT_TRUE(QFile::remove(alias)); // and not what it stands for
     EXPECT_FALSE(record.imageToDisplay());
 }
 

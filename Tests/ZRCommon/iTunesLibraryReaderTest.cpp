@@ -1,18 +1,15 @@
 #include "ZRCommon/iTunesLibraryReader.h"
 
 #include "Platform/Foundation/NotificationCenter.h"
+#include "ReaderTestSupport.h"
 #include "SongTestSupport.h"
 #include "Support/TestSupport.h"
-#include "ZRCommon/LibraryReaderWorkUnit.h"
-#include "ZRFoundation/ZRProcessServer.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
-
-#include <future>
 
 namespace {
 
@@ -91,27 +88,10 @@ protected:
     platform::Observation m_observation;
 };
 
-/// Keeps the reading worker busy until it is released, so that a test can look at what happens meanwhile.
-class BlockingUnit : public ZRWorkUnit
+std::shared_ptr<testSupport::BlockingUnit> blockReading()
 {
-public:
-    void processWithServer(ZRProcessServer &) override
-    {
-        m_started.set_value();
-        m_released.get_future().wait();
-    }
-    static std::shared_ptr<BlockingUnit> start()
-    {
-        auto unit = std::make_shared<BlockingUnit>();
-        ZRProcessServer::processServerWithName(QStringLiteral("library_reader_server"), 1).addWorkUnit(unit);
-        unit->m_started.get_future().wait();
-        return unit;
-    }
-    void release() { m_released.set_value(); }
-
-private:
-    std::promise<void> m_started, m_released;
-};
+    return testSupport::BlockingUnit::start(testSupport::readingServer<testSupport::LibraryReading>());
+}
 
 TEST_F(ITunesLibraryReader, ReadsNothingUntilItIsAsked)
 {
@@ -124,7 +104,7 @@ TEST_F(ITunesLibraryReader, ReadsNothingUntilItIsAsked)
 TEST_F(ITunesLibraryReader, AnswersAsAnEmptyLibraryUntilTheNotification)
 {
     testSupport::writeFile(m_path, smallLibrary());
-    const auto block = BlockingUnit::start();
+    const auto block = blockReading();
     const auto reader = std::make_shared<iTunesLibraryReader>(m_path);
     EXPECT_TRUE(reader->songsInPlaylist(QStringLiteral("Library")).isEmpty());
     EXPECT_TRUE(reader->isReading());
@@ -385,7 +365,7 @@ TEST_F(ITunesLibraryReader, IsEmptyWhenItsFolderVanishesBeforeItIsRead)
 {
     const QString folder = testSupport::homePath() + QStringLiteral("/volume");
     testSupport::writeFile(folder + QLatin1Char('/') + fileName, smallLibrary());
-    const auto block = BlockingUnit::start();
+    const auto block = blockReading();
     const auto reader = std::make_shared<iTunesLibraryReader>(folder + QLatin1Char('/') + fileName);
     reader->playlistNames();
     ASSERT_TRUE(QDir(folder).removeRecursively());
@@ -398,7 +378,7 @@ TEST_F(ITunesLibraryReader, IsEmptyWhenItsFolderVanishesBeforeItIsRead)
 TEST_F(ITunesLibraryReader, IsNotToldWhenItDiesWhileItsLibraryIsRead)
 {
     testSupport::writeFile(m_path, smallLibrary());
-    auto block = BlockingUnit::start();
+    auto block = blockReading();
     auto doomed = std::make_shared<iTunesLibraryReader>(m_path);
     doomed->playlistNames();
     doomed.reset();
@@ -453,10 +433,27 @@ TEST_F(ITunesLibraryReader, FollowsLinksToTheUsersLibrary)
     testSupport::writeFile(elsewhere + QStringLiteral("/real/") + fileName, smallLibrary());
     ASSERT_TRUE(QFile::link(elsewhere, testSupport::homePath() + QStringLiteral("/Music")));
     ASSERT_TRUE(QFile::link(elsewhere + QStringLiteral("/real"), elsewhere + QStringLiteral("/iTunes")));
-    const auto reader = iTunesLibraryReader::iTunesDefaultLibraryReader();
-    EXPECT_EQ(QFileInfo(reader->libraryPath()).canonicalFilePath(),
+    EXPECT_EQ(iTunesLibraryReader::iTunesDefaultLibraryReader()->libraryPath(),
               QFileInfo(elsewhere + QStringLiteral("/real/") + fileName).canonicalFilePath());
-    EXPECT_FALSE(reader->libraryPath().startsWith(testSupport::homePath() + QStringLiteral("/Music")));
+}
+
+TEST_F(ITunesLibraryReader, FollowsALinkInPlaceOfTheMusicFolderAlone)
+{
+    const QString elsewhere = testSupport::homePath() + QStringLiteral("/disk/songs");
+    testSupport::writeFile(elsewhere + QStringLiteral("/iTunes/") + fileName, smallLibrary());
+    ASSERT_TRUE(QFile::link(elsewhere, testSupport::homePath() + QStringLiteral("/Music")));
+    EXPECT_EQ(iTunesLibraryReader::iTunesDefaultLibraryReader()->libraryPath(),
+              QFileInfo(elsewhere).canonicalFilePath() + QStringLiteral("/iTunes/") + fileName);
+}
+
+TEST_F(ITunesLibraryReader, FollowsALinkInPlaceOfTheFolderInTheMusicFolderAlone)
+{
+    const QString elsewhere = testSupport::homePath() + QStringLiteral("/disk/songs");
+    testSupport::writeFile(elsewhere + QLatin1Char('/') + fileName, smallLibrary());
+    ASSERT_TRUE(QDir().mkpath(testSupport::homePath() + QStringLiteral("/Music")));
+    ASSERT_TRUE(QFile::link(elsewhere, testSupport::homePath() + QStringLiteral("/Music/iTunes")));
+    EXPECT_EQ(iTunesLibraryReader::iTunesDefaultLibraryReader()->libraryPath(),
+              QFileInfo(elsewhere).canonicalFilePath() + QLatin1Char('/') + fileName);
 }
 
 TEST_F(ITunesLibraryReader, FallsBackToTheDocumentsFolderWhetherThereIsALibraryOrNot)

@@ -1,6 +1,7 @@
 #include "ZRFoundation/ZRProcessServer.h"
 
 #include "Support/TestSupport.h"
+#include "Support/ThreadShortage.h"
 
 #include <QCoreApplication>
 
@@ -71,11 +72,11 @@ TEST(ZRProcessServerLifetime, EndsWithTheApplicationAndWorksAgainWithTheNext)
         const auto counter = std::make_shared<Counter>();
         {
             const Application application;
-            server().addWorkUnit(std::make_shared<CountingUnit>(counter));
+            EXPECT_TRUE(server().addWorkUnit(std::make_shared<CountingUnit>(counter)));
             ASSERT_TRUE(testSupport::waitUntil([&] { return counter->letGo == 1; }));
             EXPECT_EQ(counter->delivered, 1);
         }
-        server().addWorkUnit(std::make_shared<CountingUnit>(counter));
+        EXPECT_FALSE(server().addWorkUnit(std::make_shared<CountingUnit>(counter)));
         EXPECT_EQ(counter->processed, 1);
         EXPECT_EQ(counter->letGo, 2);
     }
@@ -125,6 +126,21 @@ TEST(ZRProcessServerLifetime, LetsGoOfAUnitThatIsAddedWhileTheApplicationEnds)
     }
     EXPECT_EQ(counter->processed, 1);
     EXPECT_EQ(counter->letGo, 3);
+}
+
+TEST(ZRProcessServerLifetime, LetsAUnitGoWhenThereIsNoThreadToBeHadAndWorksOnceThereIs)
+{
+    const Application application;
+    const auto counter = std::make_shared<Counter>();
+    {
+        const testSupport::ThreadShortage shortage;
+        testSupport::expectWarning(QStringLiteral("adding to server \"lifetime\": std::system_error: "));
+        EXPECT_FALSE(server().addWorkUnit(std::make_shared<CountingUnit>(counter)));
+        EXPECT_EQ(counter->letGo, 1);
+    }
+    EXPECT_TRUE(server().addWorkUnit(std::make_shared<CountingUnit>(counter)));
+    EXPECT_TRUE(testSupport::waitUntil([&] { return counter->letGo == 2; }));
+    EXPECT_EQ(counter->processed, 1);
 }
 
 TEST(ZRProcessServerLifetime, DropsADeliveryThatIsAskedForWithoutAnApplication)

@@ -1,0 +1,204 @@
+#include "ZRCommon/MediaDatabase.h"
+
+#include "ReaderTestSupport.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <system_error>
+
+namespace {
+
+/// Allocations of at least so many bytes fail, on every thread.
+std::atomic<size_t> failingSize = SIZE_MAX;
+
+} // namespace
+
+// Not inlined, or the compiler takes malloc and free for a pair that does not match.
+[[gnu::noinline]] void *operator new(size_t size)
+{
+    void *const memory = size < failingSize ? std::malloc(size ? size : 1) : nullptr;
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+
+[[gnu::noinline]] void operator delete(void *memory) noexcept
+{
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void *memory, size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace {
+
+using platform::PropertyListView;
+using testSupport::AlbumReading;
+using testSupport::LibraryReading;
+
+QString pathFor(const QString &name)
+{
+    return testSupport::homePath() + QLatin1Char('/') + name;
+}
+
+/// An album database and a music library at once: one list, called A, and many items.
+QByteArray largeDatabase()
+{
+    QByteArray items;
+    for (int i = 0; i < 20'000; ++i)
+        items += "<key>" + QByteArray::number(i) + "</key><dict/>";
+    return "<dict><key>List of Albums</key><array><dict><key>AlbumName</key><string>A</string></dict></array>"
+           "<key>Playlists</key><array><dict><key>Name</key><string>A</string></dict></array>"
+           "<key>Master Image List</key><dict>"
+        + items + "</dict><key>Tracks</key><dict>" + items + "</dict></dict>";
+}
+
+TEST(MediaDatabase, FindsTheItemsThatAreAccepted)
+{
+    const QString path = pathFor(QStringLiteral("list.xml"));
+    testSupport::writeFile(path, "<dict><key>T</key><dict><key>1</key><true/><key>2</key><dict/></dict></dict>");
+    const auto all = MediaDatabase::read(path, u"T");
+    EXPECT_FALSE(all->items.value(1).isNull());
+    EXPECT_FALSE(all->items.value(2).isNull());
+    const auto some = MediaDatabase::read(path, u"T", [](const PropertyListView &item) { return item.isDictionary(); });
+    EXPECT_TRUE(some->items.value(1).isNull());
+    EXPECT_FALSE(some->items.value(2).isNull());
+}
+
+TEST(MediaDatabase, IsEmptyWithAnErrorWhateverIsThrownWhileItIsRead)
+{
+    const QString path = pathFor(QStringLiteral("list.xml"));
+    testSupport::writeFile(path, "<dict><key>T</key><dict><key>1</key><dict/></dict></dict>");
+    const auto textAfter = [&](const std::function<void()> &fail) {
+        const auto database = MediaDatabase::guarded(path, [&] {
+            return MediaDatabase::read(path, u"T", [&](const PropertyListView &) {
+                fail();
+                return true;
+            });
+        });
+        EXPECT_TRUE(database->dictionary.isNull());
+        EXPECT_TRUE(database->items.value(1).isNull());
+        return database->error ? database->error->toString() : QString();
+    };
+    EXPECT_EQ(textAfter([] { throw std::bad_alloc(); }), path + u": there is not enough memory to read it");
+    EXPECT_EQ(textAfter([] { throw std::system_error(EIO, std::generic_category()); }),
+              path + u": reading it was broken off");
+    EXPECT_EQ(textAfter([] { throw 17; }), path + u": reading it was broken off");
+    EXPECT_FALSE(MediaDatabase::guarded(path, [&] { return MediaDatabase::read(path, u"T"); })->error);
+}
+
+template <class Reading>
+struct MediaReaders : testing::Test {
+    std::shared_ptr<typename Reading::Reader> newReader() const
+    {
+        return std::make_shared<typename Reading::Reader>(path);
+    }
+    bool waitForNotification(int wanted)
+    {
+        return testSupport::waitUntil([&] { return notifications.count() >= wanted; });
+    }
+
+    const QString path = pathFor(Reading::fileName());
+    ZRProcessServer &server = testSupport::readingServer<Reading>();
+    testSupport::NotificationCounter<Reading> notifications;
+};
+
+using Readings = testing::Types<AlbumReading, LibraryReading>;
+TYPED_TEST_SUITE(MediaReaders, Readings);
+
+TYPED_TEST(MediaReaders, ReadOnTheOneWorkerOfTheirServer)
+{
+    EXPECT_EQ(this->server.count(), 1);
+    const auto block = testSupport::BlockingUnit::start(this->server);
+    const auto reader = this->newReader();
+    TypeParam::names(*reader);
+    block->release();
+    const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
+    this->server.addProcessObserver(watcher);
+    EXPECT_TRUE(testSupport::waitUntil([&] { return watcher->ended == 1; }));
+}
+
+TYPED_TEST(MediaReaders, ObserveTheirServer)
+{
+    struct ObservingReader : TypeParam::Reader {
+        using TypeParam::Reader::Reader;
+        void processServerDidEndWorkUnit(ZRProcessServer &, ZRWorkUnit &) override { ++ended; }
+        int ended = 0;
+    };
+    const auto reader = std::make_shared<ObservingReader>(this->path);
+    TypeParam::names(*reader);
+    EXPECT_TRUE(testSupport::waitUntil([&] { return reader->ended == 1; }));
+}
+
+TYPED_TEST(MediaReaders, CancelTheirReadingWhenTheyDieBeforeItsEnd)
+{
+    testSupport::writeFile(this->path, "<dict/>");
+    const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
+    this->server.addProcessObserver(watcher);
+    const auto block = testSupport::BlockingUnit::start(this->server);
+    TypeParam::names(*this->newReader());
+    block->release();
+    ASSERT_TRUE(testSupport::waitUntil([&] { return watcher->ended == 1; }));
+    EXPECT_TRUE(watcher->lastWasCancelled);
+    EXPECT_FALSE(watcher->lastHadDictionary) << "a cancelled unit reads nothing";
+}
+
+TYPED_TEST(MediaReaders, ReadNothingOnceCancelledAndTellNobody)
+{
+    testSupport::writeFile(this->path, "<dict/>");
+    const auto reader = this->newReader();
+    const auto unit = std::make_shared<typename TypeParam::WorkUnit>(std::weak_ptr(reader), this->path);
+    unit->setCancelFlag(true);
+    unit->processWithServer(this->server);
+    EXPECT_FALSE(unit->dictionary());
+    TypeParam::names(*reader);
+    ASSERT_TRUE(this->waitForNotification(1));
+    EXPECT_EQ(this->notifications.count(), 1);
+    unit->setCancelFlag(false);
+    unit->processWithServer(this->server);
+    EXPECT_TRUE(unit->dictionary());
+    EXPECT_TRUE(this->waitForNotification(2));
+}
+
+TYPED_TEST(MediaReaders, KeepTheirWorkUnitForTheirLifeOrLetItGoWhenItIsDone)
+{
+    testSupport::writeFile(this->path, "<dict/>");
+    const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
+    this->server.addProcessObserver(watcher);
+    auto reader = this->newReader();
+    TypeParam::names(*reader);
+    ASSERT_TRUE(testSupport::waitUntil([&] { return watcher->ended == 1; }));
+    const std::weak_ptr<ZRWorkUnit> unit = watcher->last;
+    // The server lets a unit go before it tells of the next.
+    const auto next = this->newReader();
+    TypeParam::names(*next);
+    ASSERT_TRUE(testSupport::waitUntil([&] { return watcher->ended == 2; }));
+    EXPECT_EQ(unit.use_count(), TypeParam::keepsWorkUnit ? 1 : 0);
+    reader.reset();
+    EXPECT_TRUE(unit.expired());
+}
+
+TYPED_TEST(MediaReaders, AreEmptyWithAnErrorWhenTheMemoryDoesNotSuffice)
+{
+    testSupport::writeFile(this->path, largeDatabase());
+    const auto reader = this->newReader();
+    failingSize = 100'000;
+    TypeParam::names(*reader);
+    const bool isTold = this->waitForNotification(1);
+    failingSize = SIZE_MAX;
+    ASSERT_TRUE(isTold);
+    EXPECT_FALSE(reader->isReading());
+    EXPECT_TRUE(TypeParam::names(*reader).isEmpty());
+    ASSERT_TRUE(reader->readError());
+    EXPECT_EQ(reader->readError()->toString(), this->path + u": there is not enough memory to read it");
+
+    const auto next = this->newReader();
+    TypeParam::names(*next);
+    ASSERT_TRUE(this->waitForNotification(2));
+    EXPECT_EQ(TypeParam::names(*next), QStringList(QStringLiteral("A")));
+}
+
+} // namespace

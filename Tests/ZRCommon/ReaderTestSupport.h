@@ -1,0 +1,109 @@
+#pragma once
+
+#include "Platform/Foundation/NotificationCenter.h"
+#include "Support/TestSupport.h"
+#include "ZRCommon/AlbumReaderWorkUnit.h"
+#include "ZRCommon/iPhotoAlbumReader.h"
+#include "ZRCommon/iTunesLibraryReader.h"
+#include "ZRCommon/LibraryReaderWorkUnit.h"
+#include "ZRFoundation/ZRProcessServer.h"
+
+#include <future>
+
+/// What the tests of the two readers of media databases share.
+namespace testSupport {
+
+/// The rules that both readers have in common are tested with each of these.
+struct AlbumReading {
+    using Reader = iPhotoAlbumReader;
+    using WorkUnit = AlbumReaderWorkUnit;
+    static constexpr bool keepsWorkUnit = false;
+    static QString serverName() { return QStringLiteral("album_reader_server"); }
+    static QString notificationName() { return QStringLiteral("ZRIPhotoAlbumChangedNotification"); }
+    static QString fileName() { return QStringLiteral("AlbumData.xml"); }
+    static QStringList names(Reader &reader) { return reader.albumNames(); }
+};
+
+struct LibraryReading {
+    using Reader = iTunesLibraryReader;
+    using WorkUnit = LibraryReaderWorkUnit;
+    static constexpr bool keepsWorkUnit = true;
+    static QString serverName() { return QStringLiteral("library_reader_server"); }
+    static QString notificationName() { return QStringLiteral("ZRITunesLibraryChangedNotification"); }
+    static QString fileName() { return QStringLiteral("iTunes Music Library.xml"); }
+    static QStringList names(Reader &reader) { return reader.playlistNames(); }
+};
+
+/// Looks at the readers' work units while a server tells of them.
+template <class WorkUnit>
+class WorkUnitWatcher : public ZRProcessObserver
+{
+public:
+    void processServerDidEndWorkUnit(ZRProcessServer &, ZRWorkUnit &unit) override
+    {
+        if (auto *const read = dynamic_cast<WorkUnit *>(&unit)) {
+            ++ended;
+            last = read->weak_from_this();
+            lastWasCancelled = read->cancelFlag();
+            lastHadDictionary = read->dictionary() != nullptr;
+        }
+    }
+    int ended = 0;
+    std::weak_ptr<ZRWorkUnit> last;
+    bool lastWasCancelled = false;
+    bool lastHadDictionary = false;
+};
+
+/// The server that the readers of a kind read on, idle at first. A reader was the first to ask for it, so that the
+/// server has the number of workers that a reader wants and not the one that is said here.
+template <class Reading>
+ZRProcessServer &readingServer()
+{
+    static const auto serverOfAReader = []() -> ZRProcessServer & {
+        Reading::names(*std::make_shared<typename Reading::Reader>(QStringLiteral("/nowhere")));
+        ZRProcessServer &server = ZRProcessServer::processServerWithName(Reading::serverName(), 9);
+        const auto watcher = std::make_shared<WorkUnitWatcher<typename Reading::WorkUnit>>();
+        server.addProcessObserver(watcher);
+        EXPECT_TRUE(waitUntil([&] { return watcher->ended == 1; })) << "readers read on another server";
+        return server;
+    };
+    static ZRProcessServer &server = serverOfAReader();
+    return server;
+}
+
+/// Keeps the worker of a server busy until it is released, so that a test can look at what happens meanwhile.
+class BlockingUnit : public ZRWorkUnit
+{
+public:
+    void processWithServer(ZRProcessServer &) override
+    {
+        m_started.set_value();
+        m_released.get_future().wait();
+    }
+    static std::shared_ptr<BlockingUnit> start(ZRProcessServer &server)
+    {
+        auto unit = std::make_shared<BlockingUnit>();
+        server.addWorkUnit(unit);
+        unit->m_started.get_future().wait();
+        return unit;
+    }
+    void release() { m_released.set_value(); }
+
+private:
+    std::promise<void> m_started, m_released;
+};
+
+/// Counts the notifications that readers of a kind post.
+template <class Reading>
+class NotificationCounter
+{
+public:
+    int count() const { return m_count; }
+
+private:
+    int m_count = 0;
+    platform::Observation m_observation = platform::NotificationCenter::defaultCenter().addObserver(
+        [this](const platform::Notification &) { ++m_count; }, Reading::notificationName());
+};
+
+} // namespace testSupport
