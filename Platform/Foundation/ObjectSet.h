@@ -19,6 +19,9 @@ struct ObjectEquality {
 };
 
 /// A set of objects in no order: of several equal objects it holds the one that was inserted first.
+///
+/// Thread safety: that of a standard container. A set that nobody changes may be read from any thread at the same time,
+/// which calls `hash` and `isEqual` of its objects there; a set that is changed belongs to one thread at a time.
 using ObjectSet = std::unordered_set<ObjectPointer, ObjectHash, ObjectEquality>;
 
 } // namespace platform

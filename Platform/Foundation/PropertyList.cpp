@@ -6,6 +6,7 @@
 #include "Platform/Foundation/PropertyListXmlParser_p.h"
 
 #include <algorithm>
+#include <new>
 
 namespace platform {
 
@@ -13,6 +14,9 @@ namespace {
 
 // Enough to tell the forms apart: longer than any XML declaration.
 constexpr qsizetype HeadSize = 4096;
+
+// What is copied on its way to the document, since it is changed or read more than once.
+constexpr qsizetype MaximumCopiedSize = 256 * 1024 * 1024;
 
 // Whether a text that begins with '<' is old-style data, "<0fbd77>", and no markup. No element's name has
 // only the letters of hexadecimal digits.
@@ -64,20 +68,39 @@ Result<PropertyListValue> parseTranscoded(QByteArrayView bytes, TextForm form)
 Result<PropertyListValue> parseLoaded(PropertyListTextLoader &loader)
 {
     const QByteArrayView head(loader.text(), qMin(loader.waitFor(HeadSize), HeadSize));
-    const auto whole = [&loader] { return QByteArrayView(loader.text(), loader.waitForAll()); };
     if (head.startsWith("bplist"))
-        return parseBinaryPropertyList(whole());
+        return parseBinaryPropertyList(loader);
     TextForm form = detectTextForm(head);
-    const bool isUtf8Xml = form.encoding == TextEncoding::Utf8 && isXml(head.sliced(form.markLength));
+    const bool isUtf8 = form.encoding == TextEncoding::Utf8;
+    const bool isUtf8Xml = isUtf8 && isXml(head.sliced(form.markLength));
     if (isUtf8Xml) {
         const auto declared = detectXmlForm(head);
         if (!declared)
             return declared.error();
         form = declared.value();
+        if (form.encoding == TextEncoding::Utf8)
+            return parseXml(loader, form.markLength);
+    } else if (isUtf8) {
+        if (auto error = textPropertyListHeadError(head.sliced(form.markLength))) {
+            error->byteOffset += form.markLength;
+            return *error;
+        }
     }
-    if (form.encoding != TextEncoding::Utf8 || !isUtf8Xml)
-        return parseTranscoded(whole(), form);
-    return parseXml(loader, form.markLength);
+    if (loader.expectedSize() > MaximumCopiedSize)
+        return Error{
+            ErrorCode::TooLarge, QStringLiteral("larger than 256 MiB, and neither binary nor XML in UTF-8"), -1, {}};
+    return parseTranscoded(QByteArrayView(loader.text(), loader.waitForAll()), form);
+}
+
+// Whatever runs out of memory, in the library or here, says so in the same way.
+template <class Parse>
+Result<PropertyListValue> withinMemory(const Parse &parse)
+{
+    try {
+        return parse();
+    } catch (const std::bad_alloc &) {
+        return Error{ErrorCode::TooLarge, QStringLiteral("not enough memory for the list"), -1, {}};
+    }
 }
 
 } // namespace
@@ -90,24 +113,30 @@ Result<PropertyListValue> parseXmlPropertyList(QByteArrayView text)
 
 Result<PropertyListValue> PropertyList::read(const QString &path)
 {
-    const auto withPath = [&path](Error error) {
-        error.path = path;
-        return error;
+    const auto parse = [&path]() -> Result<PropertyListValue> {
+        auto loader = PropertyListTextLoader::open(path);
+        if (!loader)
+            return loader.error();
+        auto value = parseLoaded(*loader.value());
+        if (value)
+            return value;
+        // Where the system withheld the rest of the file, the reader's complaint about its end is no news.
+        return loader.value()->readError().value_or(value.error());
     };
-    auto loader = PropertyListTextLoader::open(path);
-    if (!loader)
-        return withPath(loader.error());
-    auto value = parseLoaded(*loader.value());
+    const auto value = withinMemory(parse);
     if (value)
         return value;
-    // Where the system withheld the rest of the file, the reader's complaint about its end is no news.
-    return withPath(loader.value()->readError().value_or(value.error()));
+    Error error = value.error();
+    error.path = path;
+    return error;
 }
 
 Result<PropertyListValue> PropertyList::parse(QByteArrayView bytes)
 {
-    auto loader = PropertyListTextLoader::copy(bytes);
-    return loader ? parseLoaded(*loader.value()) : Result<PropertyListValue>(loader.error());
+    return withinMemory([bytes]() -> Result<PropertyListValue> {
+        auto loader = PropertyListTextLoader::copy(bytes);
+        return loader ? parseLoaded(*loader.value()) : Result<PropertyListValue>(loader.error());
+    });
 }
 
 } // namespace platform

@@ -189,10 +189,15 @@ public:
     }
     PropertyListValue at(qsizetype index) const { return PropertyListValue(PropertyListView::at(index)); }
 
+    /// As in the view. Not from a temporary, which would be gone with its document while a loop still walks.
+    Range<ElementIterator> elements() const &;
+    Range<ElementIterator> elements() const && = delete;
+    Range<EntryIterator> entries() const &;
+    Range<EntryIterator> entries() const && = delete;
+
     /// The values at the positions, in the order of the positions. Cheaper than copying one after the other, since
     /// neighbours that share a document are counted there at once.
-    static QList<PropertyListValue> select(const QList<PropertyListValue> &values,
-                                           std::span<const quint32> positions);
+    static QList<PropertyListValue> select(const QList<PropertyListValue> &values, std::span<const quint32> positions);
 
     /// Bytes that the whole document occupies: its text and 8 for every value.
     qsizetype memoryUse() const;
@@ -256,8 +261,19 @@ private:
     quint32 m_valueRow = 0;
 };
 
+inline PropertyListView::Range<PropertyListView::ElementIterator> PropertyListValue::elements() const &
+{
+    return PropertyListView::elements();
+}
+
+inline PropertyListView::Range<PropertyListView::EntryIterator> PropertyListValue::entries() const &
+{
+    return PropertyListView::entries();
+}
+
 /// Finds entries of one large dictionary in constant time. Building it is linear in the entries; it takes 12 bytes for
-/// each key that is a decimal number, 48 for others. Keeps nothing alive: the document must outlive it. Immutable: any thread.
+/// each key that is a decimal number, 48 for others. Keeps nothing alive: the document must outlive it. Immutable: any
+/// thread.
 class PropertyListIndex
 {
 public:
@@ -301,12 +317,17 @@ struct PropertyListUid {
 namespace PropertyList {
 
 /// Reads a property list of any form from a file. Only regular files are opened, and opening never blocks. XML lists
-/// are parsed while the file is still being read. Errors: `NotFound`, `NotReadable`, `NotARegularFile`, `TooLarge`
-/// (4 GiB), `UnsupportedEncoding`, `Malformed` and `TooDeep` (512 containers within one another), the latter three
-/// with the byte offset in the file.
+/// are parsed while the file is still being read. What cannot begin a list is refused without reading on. Errors:
+/// `NotFound`, `NotReadable`, `NotARegularFile`, `UnsupportedEncoding`, `Malformed` and `TooDeep` (512 containers
+/// within one another), the latter three with the byte offset in the file, and `TooLarge`: more than 4 GiB, or 256 MiB
+/// of old-style text or of text that is not UTF-8; a binary list whose containers or strings share so much that it
+/// expands without measure (beyond 4,194,304 values and four for each reference in its containers, or strings that
+/// overlap to twice the file's size); or not enough memory. Nothing is thrown.
 ///
 /// Forms: XML (UTF-8 with or without byte-order mark, UTF-16 and UTF-32; with or without the XML declaration, DOCTYPE
-/// and plist element; entity declarations are refused), binary ("bplist0"), and old-style text lists.
+/// and plist element; entity declarations are refused), binary ("bplist0"), and old-style text lists. Control
+/// characters that XML cannot hold are taken as they stand, raw or as references, since the files of other programs
+/// hold them; only the writers refuse them.
 Result<PropertyListValue> read(const QString &path);
 
 /// The same from memory. The bytes are copied.

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/PropertyListReaders_p.h"
 #include "Platform/Foundation/PropertyListScalars_p.h"
 #include "Platform/Foundation/PropertyListTapeBuilder_p.h"
+#include "Platform/Foundation/PropertyListTextLoader_p.h"
 #include "Platform/Foundation/Utf8Validator_p.h"
 
 #include <QHash>
@@ -18,12 +19,14 @@ namespace {
 constexpr qsizetype HeaderSize = 8; // "bplist", and the version
 constexpr qsizetype TrailerSize = 32;
 
-// A legitimate file that shares containers expands to a few times its objects; one that doubles itself at
-// every level expands without bounds.
-qsizetype rowLimit(qsizetype fileSize)
-{
-    return std::min<qsizetype>(std::max<qsizetype>(qsizetype(1) << 22, 16 * fileSize), 0xFFFF'FFF0);
-}
+// Values that every list may expand to by sharing containers: 32 MiB of rows.
+constexpr qsizetype FreeRows = qsizetype(1) << 22;
+// Behind that, rows for each reference that the containers hold. A file that shares no container needs two at
+// most; one that doubles itself at every level expands without bounds.
+constexpr qsizetype RowsPerReference = 4;
+// Strings do not overlap in the files that programs write. Here they may, until all of them together are so many
+// times as long as the file.
+constexpr qsizetype StringsPerFile = 2;
 
 // Reads a file of this shape: header; objects, each a marker byte (kind in the upper half, size in the
 // lower), a count where the size does not fit, and the content; the table of the objects' offsets; the
@@ -32,15 +35,18 @@ qsizetype rowLimit(qsizetype fileSize)
 class BinaryReader
 {
 public:
-    explicit BinaryReader(QByteArrayView bytes)
-        : m_bytes(bytes)
-        , m_builder(bytes, rowLimit(bytes.size()))
-    { }
+    explicit BinaryReader(PropertyListTextLoader &loader)
+        : m_size(loader.waitForAll())
+        , m_builder(loader.takeBuffer(), m_size)
+    {
+        m_builder.setMaximumRows(FreeRows);
+    }
 
     Result<PropertyListValue> read()
     {
         if (readTrailer()) {
-            m_checkedStrings.resize(std::size_t(m_objectCount));
+            m_wasRead.resize(std::size_t(m_tableOffset));
+            m_numbers.resize(std::size_t(m_objectCount));
             readObject(m_topObject);
             while (!m_error && !m_open.empty())
                 continueContainer();
@@ -58,8 +64,15 @@ private:
         qsizetype content = 0;
         qsizetype count = 0; // the size, or the number behind the marker that stands in for it
     };
+    using Piece = PropertyListTapeBuilder::Piece;
+    // The text of a number, date or reference number. Without length: not read yet.
+    struct Number {
+        quint32 offset = 0;
+        quint8 length = 0;
+        Kind kind = False;
+    };
     struct Container {
-        quint64 object;
+        qsizetype object; // its offset
         qsizetype references; // offset of the next reference
         qsizetype left; // entries to come
         qsizetype toValue; // bytes from a key's reference to its value's; 0 in an array
@@ -72,24 +85,27 @@ private:
         return false;
     }
 
+    // They move when text is appended to the document.
+    QByteArrayView bytes() const { return m_builder.source(); }
+
     // A big-endian number of any number of bytes; what does not fit 64 bits is the caller's to exclude.
     quint64 number(qsizetype offset, qsizetype size) const
     {
         quint64 result = 0;
-        for (const char byte : m_bytes.sliced(offset, size))
+        for (const char byte : bytes().sliced(offset, size))
             result = result << 8 | quint8(byte);
         return result;
     }
 
     bool readTrailer()
     {
-        if (!m_bytes.startsWith("bplist0"))
+        if (!bytes().startsWith("bplist0"))
             return fail(0, QStringLiteral("unknown version of the binary form"));
-        if (m_bytes.size() < HeaderSize + TrailerSize + 2)
-            return fail(m_bytes.size(), QStringLiteral("too short for a binary property list"));
-        const qsizetype trailer = m_bytes.size() - TrailerSize;
-        m_offsetSize = quint8(m_bytes[trailer + 6]);
-        m_referenceSize = quint8(m_bytes[trailer + 7]);
+        if (m_size < HeaderSize + TrailerSize + 2)
+            return fail(m_size, QStringLiteral("too short for a binary property list"));
+        const qsizetype trailer = m_size - TrailerSize;
+        m_offsetSize = quint8(bytes()[trailer + 6]);
+        m_referenceSize = quint8(bytes()[trailer + 7]);
         m_objectCount = number(trailer + 8, 8);
         m_topObject = number(trailer + 16, 8);
         const quint64 tableOffset = number(trailer + 24, 8);
@@ -100,7 +116,9 @@ private:
         if (tableOffset <= quint64(HeaderSize) || tableOffset >= quint64(trailer))
             return fail(trailer + 24, QStringLiteral("offset table outside the file"));
         m_tableOffset = qsizetype(tableOffset);
-        if (m_objectCount < 1 || m_objectCount > quint64(trailer - m_tableOffset) / quint64(m_offsetSize))
+        // Each object takes one byte at least.
+        if (m_objectCount < 1 || m_objectCount > quint64(trailer - m_tableOffset) / quint64(m_offsetSize)
+            || m_objectCount > quint64(m_tableOffset - HeaderSize))
             return fail(trailer + 8, QStringLiteral("impossible number of objects"));
         if (m_topObject >= m_objectCount)
             return fail(trailer + 16, QStringLiteral("root object does not exist"));
@@ -116,7 +134,7 @@ private:
         if (offset < quint64(HeaderSize) || offset >= quint64(m_tableOffset))
             return fail(entry, QStringLiteral("offset of an object outside the file"));
         object.offset = qsizetype(offset);
-        const auto marker = quint8(m_bytes[object.offset]);
+        const auto marker = quint8(bytes()[object.offset]);
         object.kind = marker >> 4;
         object.size = marker & 0xF;
         object.content = object.offset + 1;
@@ -128,7 +146,7 @@ private:
     // A count of fifteen or more is an integer object behind the marker.
     bool readLongCount(Object &object)
     {
-        const auto marker = object.content < m_tableOffset ? quint8(m_bytes[object.content]) : quint8(0);
+        const auto marker = object.content < m_tableOffset ? quint8(bytes()[object.content]) : quint8(0);
         const qsizetype size = qsizetype(1) << (marker & 0xF);
         if (marker >> 4 != 0x1 || size > 8 || object.content + 1 + size > m_tableOffset)
             return fail(object.content, QStringLiteral("broken count of an object"));
@@ -159,10 +177,28 @@ private:
     bool readObject(quint64 index)
     {
         Object object;
-        return locate(index, object) && addObject(index, object) && takeBuilderError(object.offset);
+        if (!locate(index, object))
+            return false;
+        const bool isNumber = (object.kind >= 0x1 && object.kind <= 0x3) || object.kind == 0x8;
+        return (isNumber ? addNumber(m_numbers[std::size_t(index)], object) : addObject(object))
+            && takeBuilderError(object.offset);
     }
 
-    bool addObject(quint64 index, Object &object)
+    // The text of a number is appended once, however many values share the object.
+    bool addNumber(Number &number, Object &object)
+    {
+        if (number.length > 0) {
+            m_builder.value({number.kind, number.offset, number.length});
+            return true;
+        }
+        if (!(object.kind == 0x1 ? addInteger(object) : object.kind == 0x8 ? addUid(object) : addReal(object)))
+            return false;
+        const Piece &piece = m_builder.lastNumber();
+        number = {piece.offset, quint8(piece.length), piece.kind};
+        return true;
+    }
+
+    bool addObject(const Object &object)
     {
         switch (object.kind) {
         case 0x0:
@@ -170,11 +206,6 @@ private:
                 return fail(object.offset, QStringLiteral("object of no kind that a property list can hold"));
             m_builder.boolean(object.size == 0x9);
             return true;
-        case 0x1:
-            return addInteger(object);
-        case 0x2:
-        case 0x3:
-            return addReal(object);
         case 0x4:
             if (!fits(object, 1))
                 return false;
@@ -183,19 +214,17 @@ private:
         case 0x5:
         case 0x6:
         case 0x7: {
-            const auto piece = stringPiece(index, object);
+            const auto piece = stringPiece(object);
             if (piece)
                 m_builder.value(*piece);
             return piece.has_value();
         }
-        case 0x8:
-            return addUid(object);
         case 0xA: // an array
         case 0xB: // an ordered set
         case 0xC: // a set
-            return fits(object, m_referenceSize) && beginContainer(index, object, 0);
+            return fits(object, m_referenceSize) && beginContainer(object, 0);
         case 0xD:
-            return fits(object, 2 * m_referenceSize) && beginContainer(index, object, object.count * m_referenceSize);
+            return fits(object, 2 * m_referenceSize) && beginContainer(object, object.count * m_referenceSize);
         default:
             return fail(object.offset, QStringLiteral("object of unknown kind"));
         }
@@ -241,7 +270,7 @@ private:
         if (!fits(object, 1))
             return false;
         const qsizetype surplus = std::max<qsizetype>(object.count - 8, 0);
-        for (const char byte : m_bytes.sliced(object.content, surplus)) {
+        for (const char byte : bytes().sliced(object.content, surplus)) {
             if (byte != 0)
                 return fail(object.offset, QStringLiteral("reference number outside of 64 bits"));
         }
@@ -249,43 +278,66 @@ private:
         return true;
     }
 
+    // Whether the place is read for the first time.
+    bool isFirstReading(const Object &object)
+    {
+        if (m_wasRead[std::size_t(object.offset)])
+            return false;
+        m_wasRead[std::size_t(object.offset)] = true;
+        return true;
+    }
+
+    // Whether the strings read so far and this one are not longer than a file can reasonably hold.
+    bool countString(const Object &object, qsizetype size)
+    {
+        m_stringBytes += size;
+        if (m_stringBytes / StringsPerFile <= m_size)
+            return true;
+        if (!m_error)
+            m_error = Error{ErrorCode::TooLarge, QStringLiteral("too many strings that overlap"), object.offset, {}};
+        return false;
+    }
+
     // An object that is a string. Each is checked or changed to UTF-8 once, however many values share it.
-    std::optional<PropertyListTapeBuilder::Piece> stringPiece(quint64 index, const Object &object)
+    std::optional<Piece> stringPiece(const Object &object)
     {
         if (object.kind == 0x6)
-            return utf16Piece(index, object);
+            return utf16Piece(object);
         if (!fits(object, 1))
             return std::nullopt;
-        if (!m_checkedStrings[std::size_t(index)]) {
-            const QByteArrayView text = m_bytes.sliced(object.content, object.count);
-            const auto *end = object.kind == 0x5
-                ? std::find_if(text.begin(), text.end(), [](char character) { return quint8(character) >= 0x80; })
-                : text.begin() + validUtf8Length(text);
-            if (end != text.end()) {
-                fail(object.content + (end - text.begin()),
-                     object.kind == 0x5 ? QStringLiteral("string that claims to be ASCII is not")
-                                        : QStringLiteral("string that claims to be UTF-8 is not"));
-                return std::nullopt;
-            }
-            m_checkedStrings[std::size_t(index)] = true;
-        }
+        if (isFirstReading(object) && !(countString(object, object.count) && checkString(object)))
+            return std::nullopt;
         return m_builder.sourcePiece(String, object.content, object.count);
     }
 
+    bool checkString(const Object &object)
+    {
+        const QByteArrayView text = bytes().sliced(object.content, object.count);
+        const auto *end = object.kind == 0x5
+            ? std::find_if(text.begin(), text.end(), [](char character) { return quint8(character) >= 0x80; })
+            : text.begin() + validUtf8Length(text);
+        return end == text.end()
+            || fail(object.content + (end - text.begin()),
+                    object.kind == 0x5 ? QStringLiteral("string that claims to be ASCII is not")
+                                       : QStringLiteral("string that claims to be UTF-8 is not"));
+    }
+
     // Halves of surrogate pairs that stand alone become U+FFFD.
-    std::optional<PropertyListTapeBuilder::Piece> utf16Piece(quint64 index, const Object &object)
+    std::optional<Piece> utf16Piece(const Object &object)
     {
         if (!fits(object, 2))
             return std::nullopt;
-        const auto known = m_convertedStrings.constFind(index);
+        const auto known = m_convertedStrings.constFind(object.offset);
         if (known != m_convertedStrings.cend())
             return *known;
+        if (!countString(object, 2 * object.count))
+            return std::nullopt;
         QByteArray text;
         text.reserve(object.count + object.count / 2);
         for (qsizetype i = 0; i < object.count; ++i) {
-            char32_t character = qFromBigEndian<quint16>(m_bytes.data() + object.content + 2 * i);
+            char32_t character = qFromBigEndian<quint16>(bytes().data() + object.content + 2 * i);
             if (QChar::isHighSurrogate(character) && i + 1 < object.count) {
-                const auto low = qFromBigEndian<quint16>(m_bytes.data() + object.content + 2 * (i + 1));
+                const auto low = qFromBigEndian<quint16>(bytes().data() + object.content + 2 * (i + 1));
                 if (QChar::isLowSurrogate(low)) {
                     character = QChar::surrogateToUcs4(char16_t(character), low);
                     ++i;
@@ -294,21 +346,30 @@ private:
             PropertyListScalars::appendUtf8(text, character);
         }
         const auto piece = m_builder.appendPiece(String, text);
-        m_convertedStrings.insert(index, piece);
+        m_convertedStrings.insert(object.offset, piece);
         return piece;
     }
 
-    bool beginContainer(quint64 index, const Object &object, qsizetype toValue)
+    bool beginContainer(const Object &object, qsizetype toValue)
     {
-        const auto isSame = [index](const Container &container) { return container.object == index; };
+        const auto isSame = [&object](const Container &container) { return container.object == object.offset; };
         if (std::any_of(m_open.cbegin(), m_open.cend(), isSame))
             return fail(object.offset, QStringLiteral("container that holds itself"));
+        if (isFirstReading(object))
+            countReferences(toValue == 0 ? object.count : 2 * object.count);
         if (object.kind == 0xD)
             m_builder.beginDictionary();
         else
             m_builder.beginArray();
-        m_open.push_back({index, object.content, object.count, toValue});
+        m_open.push_back({object.offset, object.content, object.count, toValue});
         return true;
+    }
+
+    // Containers that overlap hold no more references than the file does.
+    void countReferences(qsizetype count)
+    {
+        m_references = std::min(m_references + count, m_tableOffset / m_referenceSize);
+        m_builder.setMaximumRows(std::max(FreeRows, RowsPerReference * m_references));
     }
 
     bool readReference(qsizetype offset, quint64 &index)
@@ -342,7 +403,7 @@ private:
             return false;
         if (object.kind < 0x5 || object.kind > 0x7)
             return fail(object.offset, QStringLiteral("key that is no string"));
-        auto piece = stringPiece(index, object);
+        auto piece = stringPiece(object);
         if (!piece)
             return false;
         piece->kind = Key;
@@ -350,14 +411,19 @@ private:
         return takeBuilderError(object.offset);
     }
 
-    QByteArrayView m_bytes;
+    qsizetype m_size;
     qsizetype m_offsetSize = 0;
     qsizetype m_referenceSize = 0;
     quint64 m_objectCount = 0;
     quint64 m_topObject = 0;
     qsizetype m_tableOffset = 0;
-    std::vector<bool> m_checkedStrings; // by object
-    QHash<quint64, PropertyListTapeBuilder::Piece> m_convertedStrings; // by object
+    // What was read once need not be read again when further values share it. Strings and containers go by their
+    // offsets, since many objects of the table may be one place of the file.
+    std::vector<bool> m_wasRead; // by offset
+    QHash<qsizetype, Piece> m_convertedStrings; // by offset
+    std::vector<Number> m_numbers; // by object
+    qsizetype m_stringBytes = 0; // of the strings read
+    qsizetype m_references = 0; // in the containers read
     std::vector<Container> m_open;
     PropertyListTapeBuilder m_builder;
     std::optional<Error> m_error;
@@ -365,9 +431,15 @@ private:
 
 } // namespace
 
+Result<PropertyListValue> parseBinaryPropertyList(PropertyListTextLoader &loader)
+{
+    return BinaryReader(loader).read();
+}
+
 Result<PropertyListValue> parseBinaryPropertyList(QByteArrayView bytes)
 {
-    return BinaryReader(bytes).read();
+    auto loader = PropertyListTextLoader::copy(bytes);
+    return loader ? parseBinaryPropertyList(*loader.value()) : Result<PropertyListValue>(loader.error());
 }
 
 } // namespace platform

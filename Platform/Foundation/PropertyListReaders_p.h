@@ -13,15 +13,23 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
+#include <optional>
+
 namespace platform {
 
-/// Reads the binary form. The bytes begin with "bplist"; they are copied.
+class PropertyListTextLoader;
+
+/// Reads the binary form. The bytes begin with "bplist"; the document takes them from the loader.
+Result<PropertyListValue> parseBinaryPropertyList(PropertyListTextLoader &loader);
+/// The same from bytes that are copied.
 Result<PropertyListValue> parseBinaryPropertyList(QByteArrayView bytes);
 
 /// Reads the old-style text form, which includes lists of strings without braces. The text is UTF-8 without
 /// byte-order mark; its validity is for this reader to check. Offsets of errors count bytes of the text
 /// given.
 Result<PropertyListValue> parseTextPropertyList(QByteArrayView utf8);
+/// The error of `parseTextPropertyList` where the text's head shows already that it is no list.
+std::optional<Error> textPropertyListHeadError(QByteArrayView head);
 
 /// Reads the XML form. The text is UTF-8 without byte-order mark, or in the encoding that its XML declaration
 /// names; it is copied. Offsets of errors count bytes of the text given.

@@ -25,10 +25,16 @@ PropertyListTapeBuilder::PropertyListTapeBuilder(QByteArrayView source, qsizetyp
         fail(ErrorCode::TooLarge, QStringLiteral("larger than 4 GiB"));
         source = {};
     }
+    m_sourceSize = source.size();
     m_text.reserve(2 * Padding + source.size() + source.size() / 4);
     m_text.append(Zeros, Padding);
     m_text.append(source.data(), source.size());
 }
+
+PropertyListTapeBuilder::PropertyListTapeBuilder(PropertyListDocument::TextBuffer source, qsizetype size)
+    : m_text(std::move(source), Padding + size, 2 * Padding + size)
+    , m_sourceSize(size)
+{ }
 
 void PropertyListTapeBuilder::fail(ErrorCode code, const QString &reason)
 {
@@ -129,14 +135,20 @@ void PropertyListTapeBuilder::integer(quint64 magnitude, bool negative)
     char text[24] = "-";
     const char *end = std::to_chars(text + 1, std::end(text), magnitude).ptr;
     const char *begin = negative ? text : text + 1;
-    value(appendPiece(Integer, QByteArrayView(begin, end)));
+    appendNumber(Integer, QByteArrayView(begin, end));
 }
 
 void PropertyListTapeBuilder::number(Kind kind, double value)
 {
     char text[32];
     const char *end = std::to_chars(text, std::end(text), value).ptr;
-    this->value(appendPiece(kind, QByteArrayView(text, end)));
+    appendNumber(kind, QByteArrayView(text, end));
+}
+
+void PropertyListTapeBuilder::appendNumber(Kind kind, QByteArrayView text)
+{
+    m_lastNumber = appendPiece(kind, text);
+    value(m_lastNumber);
 }
 
 void PropertyListTapeBuilder::real(double value)
@@ -153,7 +165,7 @@ void PropertyListTapeBuilder::uid(quint64 number)
 {
     char text[24];
     const char *end = std::to_chars(text, std::end(text), number).ptr;
-    value(appendPiece(UID, QByteArrayView(text, end)));
+    appendNumber(UID, QByteArrayView(text, end));
 }
 
 Result<PropertyListValue> PropertyListTapeBuilder::finish()

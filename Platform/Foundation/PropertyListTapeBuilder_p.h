@@ -9,6 +9,7 @@
 #include "Platform/Foundation/PropertyList.h"
 #include "Platform/Foundation/PropertyListTape_p.h"
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -20,6 +21,14 @@ template <class T>
 class PropertyListBuffer
 {
 public:
+    PropertyListBuffer() = default;
+    /// Goes on in memory that holds so many items already, of the `capacity` that it has room for.
+    PropertyListBuffer(std::unique_ptr<T, PropertyListDocument::Free<T>> memory, qsizetype size, qsizetype capacity)
+        : m_memory(std::move(memory))
+        , m_size(size)
+        , m_capacity(capacity)
+    { }
+
     qsizetype size() const { return m_size; }
     T *data() { return m_memory.get(); }
     const T *data() const { return m_memory.get(); }
@@ -59,8 +68,8 @@ private:
     qsizetype m_capacity = 0;
 };
 
-/// Builds a document value by value, depth first. Its text begins with a copy of what is read, so that values
-/// can be taken from there; what has to be rewritten is appended behind.
+/// Builds a document value by value, depth first. Its text begins with what is read, so that values can be taken
+/// from there; what has to be rewritten is appended behind.
 ///
 /// Calls come in the order of a depth-first walk: in a dictionary one `key` before each value, one `end` for
 /// each `begin…`, and exactly one value at the root. Nothing of that is checked, since it does not depend on
@@ -78,9 +87,18 @@ public:
         qsizetype length = 0;
     };
 
-    /// @param maximumRows limit on rows: one for every value, and one more for each key that is not interned
-    /// and each long text.
-    explicit PropertyListTapeBuilder(QByteArrayView source, qsizetype maximumRows = 0xFFFF'FFF0);
+    static constexpr qsizetype MostRows = 0xFFFF'FFF0;
+
+    /// Begins with a copy of the source.
+    explicit PropertyListTapeBuilder(QByteArrayView source, qsizetype maximumRows = MostRows);
+    /// Begins with the source itself, which stands padded as in a document.
+    PropertyListTapeBuilder(PropertyListDocument::TextBuffer source, qsizetype size);
+
+    /// Limit on rows: one for every value, and one more for each key that is not interned and each long text.
+    void setMaximumRows(qsizetype rows) { m_maximumRows = std::min(rows, MostRows); }
+
+    /// What is read. It moves whenever text is appended.
+    QByteArrayView source() const { return QByteArrayView(m_text.data() + PropertyListTape::Padding, m_sourceSize); }
 
     /// The first limit that was passed.
     const std::optional<Error> &error() const { return m_error; }
@@ -103,6 +121,9 @@ public:
     /// Seconds since 2001-01-01T00:00:00Z.
     void date(double seconds);
     void uid(quint64 number);
+    /// The text of the value that was added last, if it is one that was appended for a number, date or reference
+    /// number: for further values.
+    const Piece &lastNumber() const { return m_lastNumber; }
 
     /// The finished document's root. The builder is empty afterwards.
     Result<PropertyListValue> finish();
@@ -115,6 +136,7 @@ private:
 
     void begin(Kind kind);
     void number(Kind kind, double value);
+    void appendNumber(Kind kind, QByteArrayView text);
     quint32 takeKey();
     void addRow(PropertyListRow row);
     void addText(const Piece &piece, quint32 key);
@@ -124,7 +146,9 @@ private:
     PropertyListBuffer<PropertyListRow> m_rows;
     PropertyListKeyTable m_keys;
     std::vector<Open> m_open;
-    qsizetype m_maximumRows;
+    qsizetype m_sourceSize;
+    qsizetype m_maximumRows = MostRows;
+    Piece m_lastNumber;
     quint32 m_nextKey = PropertyListTape::NoKey;
     std::optional<Error> m_error;
 };

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/PropertyListTextLoader_p.h"
 
 #include <cstring>
+#include <system_error>
 
 #ifdef Q_OS_LINUX
 #include <sys/mman.h>
@@ -54,9 +55,7 @@ auto PropertyListTextLoader::open(const QString &path, qint64 threadSize) -> Res
     if (!loader->allocate(size))
         return Error{ErrorCode::TooLarge, QStringLiteral("not enough memory for the file"), -1, {}};
     loader->m_file = std::move(file).value();
-    if (size >= threadSize)
-        loader->m_thread = std::thread([loader = loader.get()] { loader->load(); });
-    else
+    if (size < threadSize || !loader->startThread())
         loader->load();
     return loader;
 }
@@ -79,6 +78,16 @@ PropertyListTextLoader::~PropertyListTextLoader()
     m_cancelled = true;
     if (m_thread.joinable())
         m_thread.join();
+}
+
+bool PropertyListTextLoader::startThread()
+{
+    try {
+        m_thread = std::thread([this] { load(); });
+        return true;
+    } catch (const std::system_error &) { // too many threads, or no room for another one's stack
+        return false;
+    }
 }
 
 void PropertyListTextLoader::load()
@@ -117,7 +126,6 @@ qsizetype PropertyListTextLoader::waitFor(qsizetype bytes)
 
 std::optional<Error> PropertyListTextLoader::readError()
 {
-    waitForAll();
     const std::lock_guard lock(m_mutex);
     if (m_state != Progress::Failed)
         return std::nullopt;

@@ -25,7 +25,8 @@ namespace platform {
 /// A private copy of a text, padded with zeros as a document wants it, which may still be arriving from its
 /// file.
 ///
-/// Large files are read by a thread of the loader's own while their beginning is being parsed. The copy holds
+/// Large files are read by a thread of the loader's own while their beginning is being parsed; where the system has
+/// no thread left, opening reads them. The copy holds
 /// what the file held when it was read, up to the size that it had when it was opened: what becomes of the
 /// file afterwards is of no account.
 ///
@@ -56,8 +57,8 @@ public:
     /// Waits for all of it.
     /// @return its size.
     qsizetype waitForAll() { return waitFor(m_expectedSize + 1); }
-    /// Waits for all of it.
-    /// @return the error if the system refused to hand out the rest: `NotReadable`.
+    /// Does not wait.
+    /// @return the error if the system refused to hand out the rest, as far as it was asked: `NotReadable`.
     std::optional<Error> readError();
 
     /// Hands the finished copy over.
@@ -66,6 +67,7 @@ public:
 private:
     PropertyListTextLoader() = default;
     bool allocate(qint64 size);
+    bool startThread();
     void load();
     enum class Progress { More, Complete, Failed };
     void publish(qsizetype bytes, Progress progress);

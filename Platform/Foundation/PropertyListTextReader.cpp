@@ -55,6 +55,11 @@ constexpr bool isOctalDigit(char character)
     return character >= '0' && character <= '7';
 }
 
+QString expectedValue()
+{
+    return QStringLiteral("expected a value");
+}
+
 class TextReader
 {
 public:
@@ -269,7 +274,7 @@ private:
         while (!atEnd() && isWordCharacter(m_text[m_at]))
             ++m_at;
         if (m_at == start) {
-            fail(m_at, QStringLiteral("expected a value"));
+            fail(m_at, expectedValue());
             return std::nullopt;
         }
         return m_builder.sourcePiece(kind, start, m_at - start);
@@ -529,10 +534,20 @@ std::optional<PropertyListValue> parseJson(QByteArrayView text)
 
 } // namespace
 
+std::optional<Error> textPropertyListHeadError(QByteArrayView head)
+{
+    const auto *first = std::find_if_not(head.begin(), head.end(), isSpace);
+    // An array of JSON is the only one with brackets.
+    if (first == head.end() || isWordCharacter(*first) || QByteArrayView("{([<\"'/").contains(*first))
+        return std::nullopt;
+    return Error{ErrorCode::Malformed, expectedValue(), first - head.begin(), {}};
+}
+
 Result<PropertyListValue> parseTextPropertyList(QByteArrayView utf8)
 {
     auto result = TextReader(utf8).read();
-    if (!result) {
+    const QByteArrayView content = utf8.trimmed();
+    if (!result && (content.startsWith('{') || content.startsWith('['))) {
         if (auto value = parseJson(utf8))
             return *value;
     }

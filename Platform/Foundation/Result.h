@@ -40,6 +40,9 @@ struct Error {
 
 /// A value, or the reason why there is none. Asking for the side that is not there is a programming error and throws
 /// std::bad_variant_access.
+///
+/// Thread safety: a plain value, like `Error`. It may be handed to any thread, and one that nobody changes may be read
+/// from several at the same time, as far as T allows it.
 template <class T>
 class [[nodiscard]] Result
 {

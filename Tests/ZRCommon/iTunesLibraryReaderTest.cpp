@@ -489,7 +489,7 @@ TEST_F(ITunesLibraryReader, ReadsTheLibrariesThatOtherProgramsWrote)
         const PropertyListValue root = platform::PropertyList::read(path).value();
         EXPECT_EQ(root.value(u"Tracks").count(), match.captured(1).toInt());
         const QVariantMap tracks = root.value(u"Tracks").toVariant().toMap();
-        for (const PropertyListView list : root.value(u"Playlists").elements()) {
+        for (const PropertyListView list : root.PropertyListView::value(u"Playlists").elements()) {
             if (reader->playlistInfoForName(list.value(u"Name").toString()) != list)
                 continue; // an earlier one of the same name
             QVariantList songs;

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/PropertyListReaders_p.h"
 #include "Support/PropertyListSamples.h"
 
+#include <QElapsedTimer>
 #include <QtEndian>
 
 #include <bit>
@@ -29,6 +30,7 @@ struct BinaryList {
     std::optional<quint64> objectCount = {};
     std::optional<quint64> tableOffset = {};
     QByteArray version = "00";
+    int copiesOfLast = 0; // further entries of the offset table for the last object
 
     QByteArray bytes() const
     {
@@ -38,9 +40,10 @@ struct BinaryList {
             table += bigEndian(quint64(file.size()), offsetSize);
             file += object;
         }
+        table += table.right(offsetSize).repeated(copiesOfLast);
         const auto tableAt = quint64(file.size());
         return file + table + QByteArray(6, '\0') + char(offsetSize) + char(referenceSize)
-            + bigEndian(objectCount.value_or(quint64(objects.size())), 8) + bigEndian(top, 8)
+            + bigEndian(objectCount.value_or(quint64(objects.size() + copiesOfLast)), 8) + bigEndian(top, 8)
             + bigEndian(tableOffset.value_or(tableAt), 8);
     }
     Result<PropertyListValue> parse() const { return parseBinaryPropertyList(bytes()); }
@@ -283,6 +286,117 @@ TEST(PropertyListBinary, ALongStringSharedByManyValuesIsReadOnce)
     const auto result = list.parse().value();
     EXPECT_EQ(result.count(), Values);
     EXPECT_LT(result.memoryUse(), 4'000'000);
+}
+
+// An array of references to the objects from 1 on.
+QByteArray arrayOfObjects(int count)
+{
+    QByteArray array = "\xAF\x12" + bigEndian(quint64(count), 4);
+    for (int i = 1; i <= count; ++i)
+        array += bigEndian(quint64(i), 4);
+    return array;
+}
+
+// The marker and count of an object.
+QByteArray longHead(char kind, int count)
+{
+    return char(kind | 0xF) + ("\x12" + bigEndian(quint64(count), 4));
+}
+
+TEST(PropertyListBinary, ALongStringThatIsManyObjectsIsReadOnce)
+{
+    constexpr int Objects = 100'000;
+    for (const char kind : {'\x50', '\x60', '\x70'}) {
+        const QByteArray string = longHead(kind, 500'000) + QByteArray(kind == '\x60' ? 1'000'000 : 500'000, 'x');
+        const BinaryList list{{arrayOfObjects(Objects), string}, 4, 4, 0, {}, {}, "00", Objects - 1};
+        const QByteArray bytes = list.bytes();
+        QElapsedTimer timer;
+        timer.start();
+        const auto result = parseBinaryPropertyList(bytes);
+        ASSERT_TRUE(result) << qPrintable(result.error().toString());
+        EXPECT_LT(timer.elapsed(), 10'000); // one reading for each object would be 50 GB
+        EXPECT_EQ(result.value().count(), Objects);
+        EXPECT_LT(result.value().memoryUse(), bytes.size() + 3'000'000 + Objects * 20);
+    }
+}
+
+TEST(PropertyListBinary, ALongKeyThatIsManyObjectsIsReadOnce)
+{
+    constexpr int Entries = 100'000;
+    QByteArray dictionary = longHead('\xD0', Entries) + arrayOfObjects(Entries).mid(6);
+    dictionary += bigEndian(1, 4).repeated(Entries);
+    const QByteArray key = longHead('\x60', 200'000) + QByteArray(400'000, 'x');
+    const BinaryList list{{dictionary, key}, 4, 4, 0, {}, {}, "00", Entries - 1};
+    const QByteArray bytes = list.bytes();
+    const auto result = parseBinaryPropertyList(bytes);
+    ASSERT_TRUE(result) << qPrintable(result.error().toString());
+    EXPECT_EQ(result.value().count(), Entries);
+    EXPECT_LT(result.value().memoryUse(), bytes.size() + 1'000'000 + Entries * 40);
+}
+
+TEST(PropertyListBinary, StringsThatOverlapAreReadUntilTheyAreTooMuchText)
+{
+    for (const char kind : {'\x50', '\x60', '\x70'}) {
+        const int count = kind == '\x60' ? 0x8080 : 0x10101; // its own bytes are ASCII where it has to be
+        // The strings begin one behind the other and end together, all but for a few bytes.
+        for (const int strings : {2, 3}) {
+            BinaryList list{{arrayOfObjects(strings)}, 4, 4};
+            for (int i = 0; i < strings; ++i)
+                list.objects += longHead(kind, count);
+            const qint64 third = 8 + list.objects.first().size() + 2 * 6;
+            list.objects.last() += QByteArray(0x10101, 'x');
+            if (strings == 2)
+                EXPECT_EQ(list.parse().value().count(), 2);
+            else
+                expectRefusal(list, "too many strings that overlap", third, ErrorCode::TooLarge);
+        }
+    }
+}
+
+TEST(PropertyListBinary, NumbersSharedByManyValuesTakeTheRoomOfOne)
+{
+    constexpr int Values = 1'000'000;
+    for (const QByteArray &number : QList<QByteArray>{
+             "\x13" + QByteArray(8, '\x41'), "\x23" + bigEndian(std::bit_cast<quint64>(-1.0 / 3), 8),
+             "\x33" + bigEndian(std::bit_cast<quint64>(728426594.25), 8), "\x87" + QByteArray(8, '\x41')}) {
+        const BinaryList list{{longHead('\xA0', Values) + QByteArray(Values, '\x01'), number}, 4};
+        const auto result = list.parse();
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result.value().count(), Values);
+        EXPECT_TRUE(result.value().at(0) == single(number));
+        EXPECT_TRUE(result.value().at(Values - 1) == single(number));
+        EXPECT_LT(result.value().memoryUse(), 9 * Values + 1000);
+    }
+}
+
+TEST(PropertyListBinary, BallastDoesNotRaiseTheLimitOnExpansion)
+{
+    BinaryList list = nested(60, 2);
+    list.objects += longHead('\x40', 5'000'000) + QByteArray(5'000'000, '\0');
+    EXPECT_EQ(list.parse().error().reason, QStringLiteral("expands to more than 4194304 values"));
+    // An array that is read over and over counts once.
+    list = {{"\xAF\x10\x20" + QByteArray(32, '\x01'), longHead('\xA0', 500'000) + QByteArray(500'000, '\x02'), "\x09"},
+            4};
+    EXPECT_EQ(list.parse().error().reason, QStringLiteral("expands to more than 4194304 values"));
+}
+
+TEST(PropertyListBinary, ReferencesRaiseTheLimitOnExpansion)
+{
+    constexpr int Values = 2'000'000;
+    const auto shared = [](int times) {
+        return BinaryList{{char(0xA0 | times) + QByteArray(times, '\x01'),
+                           longHead('\xA0', Values) + QByteArray(Values, '\x02'), "\x09"},
+                          4};
+    };
+    const auto result = shared(3).parse();
+    ASSERT_TRUE(result) << qPrintable(result.error().toString());
+    EXPECT_EQ(result.value().at(2).count(), Values);
+    EXPECT_EQ(shared(5).parse().error().reason, QStringLiteral("expands to more than 8000020 values"));
+}
+
+TEST(PropertyListBinary, MoreObjectsThanBytesForThemAreRefused)
+{
+    expectRefusal(BinaryList{{"\x09"}, 1, 1, 0, {}, {}, "00", 1}, "impossible number of objects", 19);
 }
 
 // A list with all kinds of values.

@@ -448,4 +448,29 @@ TEST(PropertyListTapeBuilder, RefusesMoreValuesThanAllowed)
     }
 }
 
+template <class Value>
+concept CanBeWalked = requires(Value &&value)
+{
+    std::forward<Value>(value).elements();
+    std::forward<Value>(value).entries();
+};
+template <class Value>
+concept CanBeWalkedInPart = requires(Value &&value)
+{
+    std::forward<Value>(value).elements();
+}
+|| requires(Value &&value)
+{
+    std::forward<Value>(value).entries();
+};
+
+TEST(PropertyListValue, ATemporaryOwnerCannotBeWalked)
+{
+    static_assert(!CanBeWalkedInPart<PropertyListValue>);
+    static_assert(!CanBeWalkedInPart<const PropertyListValue>);
+    static_assert(CanBeWalked<PropertyListValue &>);
+    static_assert(CanBeWalked<const PropertyListValue &>);
+    static_assert(CanBeWalked<PropertyListView>);
+}
+
 } // namespace

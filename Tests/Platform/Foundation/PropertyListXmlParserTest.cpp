@@ -454,4 +454,14 @@ TEST(PropertyListXmlParser, TextThatIsNotUtf8IsRefusedWhereItStands)
     EXPECT_EQ(errorOf("<string>abc</string>\xE2\x82"), "20 not UTF-8");
 }
 
+TEST(PropertyListXmlParser, ControlCharactersAreTakenAsTheyStand)
+{
+    for (const char *text : {"<string>a\x01z\x1F</string>", "<string>a&#1;z&#x1F;</string>"}) {
+        const auto list = PropertyList::parse(text);
+        ASSERT_TRUE(list) << qPrintable(list.error().toString());
+        EXPECT_EQ(list.value().toUtf8(), "a\x01z\x1F");
+        EXPECT_FALSE(PropertyList::writeXml(list.value().toVariant()));
+    }
+}
+
 } // namespace
