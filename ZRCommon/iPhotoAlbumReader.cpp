@@ -87,6 +87,11 @@ iPhotoAlbumReader::iPhotoAlbumReader(const QString &albumDataPath)
     }
 }
 
+iPhotoAlbumReader::iPhotoAlbumReader(const QString &databasePath, const QString &libraryFolder)
+    : m_album_path(databasePath)
+    , m_album_path_minus_xml_filename(libraryFolder)
+{ }
+
 iPhotoAlbumReader::~iPhotoAlbumReader()
 {
     if (m_album_reader_work_unit)

@@ -44,7 +44,8 @@ inline const QString ZRIPhotoAlbumChangedNotification = QStringLiteral("ZRIPhoto
 ///         ThumbPath, ImagePath: string        the thumbnail's and the full image's file
 ///
 /// A path at which there is nothing, and which contains "iPhoto Library", is taken to what is behind the first such
-/// text in the folder that holds the database, so that a library that was moved or copied still finds its files.
+/// text in the library folder (the one that holds the database, unless it is given), so that a library that was moved
+/// or copied still finds its files.
 ///
 /// Made with std::make_shared, since the work in the background refers to it; when it dies while that is under way, the
 /// result is dropped.
@@ -65,6 +66,9 @@ public:
     /// @param albumDataPath the database file if it ends in "AlbumData.xml" (exactly so), otherwise the library folder
     ///        that holds the file of that name
     explicit iPhotoAlbumReader(const QString &albumDataPath);
+    /// Keeps the paths of a database file of any name and of the library folder that it describes, which moved paths
+    /// are taken to. Nothing is read yet.
+    iPhotoAlbumReader(const QString &databasePath, const QString &libraryFolder);
     ~iPhotoAlbumReader() override;
 
     /// The database file.
@@ -80,8 +84,7 @@ public:
     /// @param searchString keeps the photos whose caption, as it stands in the database, contains it without regard to
     ///        case (canonical composition, then simple case folding); all when empty
     /// @param cancelFlag polled before each key; as soon as it is set the photos gathered so far are returned, which
-    /// the
-    ///        caller should throw away. May be null
+    ///        the caller should throw away. May be null
     ThumbnailList imageThumbnailsInAlbum(const QString &albumName, const QString &searchString = {},
                                          const ZRWorkUnit *cancelFlag = nullptr);
 
@@ -105,10 +108,10 @@ private:
 
     QString m_album_path;
     QString m_album_path_minus_xml_filename;
-    QHash<QByteArray, std::shared_ptr<ZRImageThumbnail>> m_image_thumbnails_by_key; // of the listing thread
-
-    mutable std::mutex m_mutex; // guards what follows, for the listing thread beside the main thread
     std::shared_ptr<const MediaDatabase> m_album_data_dict; // null until first needed, then empty until it is read
+    QHash<QByteArray, std::shared_ptr<ZRImageThumbnail>> m_image_thumbnails_by_key; // of the listing thread
     std::shared_ptr<AlbumReaderWorkUnit> m_album_reader_work_unit; // while it is under way
     bool m_is_reading = false;
+    // Guards the dictionary, the work unit and whether it is reading, for the listing thread beside the main thread.
+    mutable std::mutex m_mutex;
 };

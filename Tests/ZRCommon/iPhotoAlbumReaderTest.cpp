@@ -80,10 +80,9 @@ protected:
             QStringLiteral("ZRIPhotoAlbumChangedNotification"));
     }
 
-    /// A reader that has read the file.
-    std::shared_ptr<iPhotoAlbumReader> readerOf(const QString &path)
+    /// Has a reader read its file.
+    std::shared_ptr<iPhotoAlbumReader> read(std::shared_ptr<iPhotoAlbumReader> reader)
     {
-        auto reader = std::make_shared<iPhotoAlbumReader>(path);
         const int before = m_notifications;
         EXPECT_TRUE(reader->albumNames().isEmpty());
         EXPECT_TRUE(reader->isReading());
@@ -92,6 +91,11 @@ protected:
         EXPECT_FALSE(m_wasReadingAtNotification);
         EXPECT_FALSE(reader->isReading());
         return reader;
+    }
+    /// A reader that has read the file.
+    std::shared_ptr<iPhotoAlbumReader> readerOf(const QString &path)
+    {
+        return read(std::make_shared<iPhotoAlbumReader>(path));
     }
     std::shared_ptr<iPhotoAlbumReader> readerOf(const QByteArray &bytes)
     {
@@ -123,6 +127,24 @@ TEST_F(IPhotoAlbumReader, TakesTheDatabaseOrTheFolderThatHoldsIt)
     EXPECT_EQ(pathFor("/x/iPhoto Library/"), u"/x/iPhoto Library/AlbumData.xml");
     EXPECT_EQ(pathFor("/x/albumdata.xml"), u"/x/albumdata.xml/AlbumData.xml");
     EXPECT_EQ(pathFor("/x/My AlbumData.xml"), u"/x/My AlbumData.xml");
+}
+
+TEST_F(IPhotoAlbumReader, TakesADatabaseOfAnyNameWithItsLibraryFolder)
+{
+    const QString path = testSupport::homePath() + QStringLiteral("/saved albums.plist");
+    testSupport::writeFile(
+        path,
+        database(QVariantMap{{QStringLiteral("1"),
+                              photo(QStringLiteral("a"),
+                                    {{QStringLiteral("ImagePath"), QStringLiteral("/old/iPhoto Library/x.jpg")}})}},
+                 QVariantList{album(QStringLiteral("A"), {QStringLiteral("1")})}));
+    const auto reader = read(std::make_shared<iPhotoAlbumReader>(path, QStringLiteral("/volume/photos")));
+    EXPECT_EQ(reader->albumPath(), path);
+    const auto thumbnails = reader->imageThumbnailsInAlbum(QStringLiteral("A"));
+    ASSERT_EQ(thumbnails.size(), 1);
+    EXPECT_EQ(thumbnails[0]->imagePath(), u"/volume/photos/x.jpg");
+    // Neither is looked at for the name of a database.
+    EXPECT_EQ(std::make_shared<iPhotoAlbumReader>(m_path, QString())->albumPath(), m_path);
 }
 
 TEST_F(IPhotoAlbumReader, FindsTheUsersDatabaseInThePicturesFolder)
@@ -409,25 +431,21 @@ TEST_F(IPhotoAlbumReader, IsNotToldWhenItDiesWhileItsDatabaseIsRead)
 TEST_F(IPhotoAlbumReader, ReadsTheDatabasesThatOtherProgramsWrote)
 {
     ZR_REQUIRE_SAMPLE_DATA();
+    const auto readerOfSample = [&](const char *file) {
+        const QString path = testSupport::sampleFile(QStringLiteral("iphoto/") + QString::fromUtf8(file));
+        return read(std::make_shared<iPhotoAlbumReader>(path, m_folder));
+    };
     const auto albumsOf = [&](const char *file) {
-        const auto reader = readerOf(testSupport::sampleFile(QStringLiteral("iphoto/") + QString::fromUtf8(file)));
+        const auto reader = readerOfSample(file);
         return reader->readError() ? -1 : int(reader->albumNames().size());
     };
-    // Their names do not end in that of a database: they are read by way of a copy.
-    const auto albumsOfCopy = [&](const char *file) {
-        const auto reader = readerOf(
-            testSupport::readFile(testSupport::sampleFile(QStringLiteral("iphoto/") + QString::fromUtf8(file))));
-        return reader->readError() ? -1 : int(reader->albumNames().size());
-    };
-    EXPECT_EQ(albumsOfCopy("AlbumData-5.0.4-1image.xml"), 4);
-    EXPECT_EQ(albumsOfCopy("AlbumData-minimal-rolls-only.xml"), 0);
-    EXPECT_EQ(albumsOfCopy("chromium-cases/bad-mismatched-tag.xml"), -1);
-    EXPECT_EQ(albumsOfCopy("chromium-cases/empty-dict-no-xml-decl.xml"), 0);
-    EXPECT_EQ(albumsOfCopy("chromium-cases/min-1photo-string-dates.xml"), 0);
-    EXPECT_EQ(albumsOf("AlbumData-5.0.4-1image.xml"), -1); // a folder of that name does not exist
+    EXPECT_EQ(albumsOf("AlbumData-5.0.4-1image.xml"), 4);
+    EXPECT_EQ(albumsOf("AlbumData-minimal-rolls-only.xml"), 0);
+    EXPECT_EQ(albumsOf("chromium-cases/bad-mismatched-tag.xml"), -1);
+    EXPECT_EQ(albumsOf("chromium-cases/empty-dict-no-xml-decl.xml"), 0);
+    EXPECT_EQ(albumsOf("chromium-cases/min-1photo-string-dates.xml"), 0);
 
-    const auto reader =
-        readerOf(testSupport::readFile(testSupport::sampleFile(QStringLiteral("iphoto/AlbumData-5.0.4-1image.xml"))));
+    const auto reader = readerOfSample("AlbumData-5.0.4-1image.xml");
     qsizetype most = 0;
     for (const QString &name : reader->albumNames())
         most = std::max(most, reader->imageThumbnailsInAlbum(name).size());
