@@ -69,7 +69,6 @@ std::variant<Arguments, Information, UsageError> checked(const QCommandLineParse
         return UsageError{ZRLocalizedString("\"%1\" takes no %2").arg(name, QStringLiteral("--sort"))};
     if (parser.isSet(descendingName) && !parser.isSet(sortName))
         return UsageError{ZRLocalizedString("--descending needs --sort")};
-
     if (words.first().isEmpty())
         return UsageError{ZRLocalizedString("the name of the file is empty")};
 

@@ -14,8 +14,8 @@ void reserveStandardDescriptors()
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         // Opened for the direction that nobody uses, so that the loss of output is still noticed. The lowest free
         // number, which the system gives, is this one.
-        if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) [[maybe_unused]]
-            const int same = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF)
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
 #endif
 }

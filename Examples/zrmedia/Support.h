@@ -22,7 +22,7 @@ Failure undecodableFile(const Arguments &arguments, const QList<QByteArray> &raw
 /// Brings a file's bytes into the system's cache, telling how far it is, so that the parser behind it does not wait
 /// for the disk. Only done when somebody watches or wants the time; a file that cannot be read is left to the parser
 /// to judge.
-void fetchFile(const QString &file, const Arguments &arguments, Timings &timings);
+void fetchFile(const QString &path, const Arguments &arguments, Timings &timings);
 
 /// Runs the event loop until the notification is posted about the object.
 /// @param start what makes it come; called when the observer stands
