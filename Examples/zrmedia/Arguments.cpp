@@ -69,6 +69,8 @@ std::variant<Arguments, Information, UsageError> checked(const QCommandLineParse
         return UsageError{ZRLocalizedString("\"%1\" takes no %2").arg(name, QStringLiteral("--sort"))};
     if (parser.isSet(descendingName) && !parser.isSet(sortName))
         return UsageError{ZRLocalizedString("--descending needs --sort")};
+    if (words.first().isEmpty())
+        return UsageError{ZRLocalizedString("the name of the file is empty")};
 
     Arguments arguments;
     arguments.command = syntax->command;
@@ -83,6 +85,19 @@ std::variant<Arguments, Information, UsageError> checked(const QCommandLineParse
     arguments.isDescending = parser.isSet(descendingName);
     arguments.showsTimings = parser.isSet(timingsName);
     return arguments;
+}
+
+// What is wrong where Qt's parser refuses a call, in the user's language, which Qt's own texts are not in.
+UsageError misplacedOption(const QCommandLineParser &parser, const QStringList &words)
+{
+    const QStringList unknown = parser.unknownOptionNames();
+    if (!unknown.isEmpty())
+        return {ZRLocalizedString("there is no option \"%1\"").arg(unknown.first())};
+    // An option takes whatever follows it, so that only the last word can lack its value.
+    const QString last = words.last();
+    if (last == QStringLiteral("--") + searchName || last == QStringLiteral("--") + sortName)
+        return {ZRLocalizedString("\"%1\" needs a value").arg(last)};
+    return {ZRLocalizedString("an option has a value that it does not take")};
 }
 
 QString helpText()
@@ -121,7 +136,7 @@ std::variant<Arguments, Information, UsageError> parseArguments(const QStringLis
         parser.addOption(QCommandLineOption(name));
     // The parser takes the first word for the program's name.
     if (!parser.parse(QStringList{QStringLiteral("zrmedia")} + words))
-        return UsageError{parser.errorText()};
+        return misplacedOption(parser, words);
     if (parser.isSet(helpName))
         return Information{helpText()};
     if (parser.isSet(versionName))

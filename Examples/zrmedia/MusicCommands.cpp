@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "JsonWriter.h"
+#include "Messages.h"
 #include "Output.h"
 #include "Progress.h"
 #include "Support.h"
@@ -12,14 +13,14 @@ namespace {
 /// A reader whose library is parsed, or why there is none.
 std::shared_ptr<iTunesLibraryReader> loadedReader(const Arguments &arguments, Timings &timings, Failure &failure)
 {
-    fetchFile(arguments, timings);
+    fetchFile(arguments.file, arguments, timings);
     const auto reader = std::make_shared<iTunesLibraryReader>(arguments.file);
     Timings::measured(timings.parsing, [&] {
         waitForNotification(ZRITunesLibraryChangedNotification, reader.get(), [&] { reader->playlistNames(); });
         return true;
     });
     if (const auto error = reader->readError())
-        failure = error->toString();
+        failure = described(*error);
     return reader;
 }
 

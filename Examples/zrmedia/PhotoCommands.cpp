@@ -1,68 +1,63 @@
 #include "Commands.h"
 #include "JsonWriter.h"
+#include "Messages.h"
 #include "Output.h"
 #include "Progress.h"
 #include "Support.h"
 
 #include "Platform/Foundation/AssertionHandler.h"
+#include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/iPhotoAlbumReader.h"
 #include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
-#include <QFile>
+#include <QDir>
 #include <QFileInfo>
-#include <QTemporaryDir>
+
+#include <algorithm>
 
 namespace {
 
-/// The photo library of a call. The reader takes a path that does not end in "AlbumData.xml" for a folder; on the
-/// command line a database may bear any name, and then stands, for the reader, as a link of the right name in a folder
-/// of its own.
-class PhotoLibrary
+using ThumbnailList = iPhotoAlbumReader::ThumbnailList;
+
+constexpr QLatin1String databaseName{"AlbumData.xml"};
+
+/// A reader whose database is read, or why there is none. The argument is the library folder, or the database under
+/// whatever name in it.
+std::shared_ptr<iPhotoAlbumReader> loadedReader(const Arguments &arguments, Timings &timings, Failure &failure)
 {
-public:
-    /// Reads the database.
-    PhotoLibrary(const Arguments &arguments, Timings &timings)
-        : m_folder(QFileInfo(arguments.file).absolutePath())
-    {
-        QString path = arguments.file;
-        if (QFileInfo(path).isFile() && !path.endsWith(databaseName)) {
-            m_stand.emplace();
-            path = m_stand->filePath(databaseName);
-            QFile::link(QFileInfo(arguments.file).absoluteFilePath(), path);
-        }
-        fetchFile(arguments, timings);
-        m_reader = std::make_shared<iPhotoAlbumReader>(path);
-        Timings::measured(timings.parsing, [&] {
-            waitForNotification(ZRIPhotoAlbumChangedNotification, m_reader.get(), [&] { m_reader->albumNames(); });
-            return true;
-        });
-        auto error = m_reader->readError();
-        if (error && m_stand)
-            error->path = arguments.file;
-        if (error)
-            m_failure = error->toString();
-    }
+    const QFileInfo given(arguments.file);
+    const QString database = given.isDir() ? QDir(arguments.file).filePath(databaseName) : arguments.file;
+    // The folder is named from the root, and with it the photos in it.
+    const QString folder = given.isDir() ? QDir(arguments.file).absolutePath() : given.absolutePath();
+    fetchFile(database, arguments, timings);
+    const auto reader = std::make_shared<iPhotoAlbumReader>(database, folder);
+    Timings::measured(timings.parsing, [&] {
+        waitForNotification(ZRIPhotoAlbumChangedNotification, reader.get(), [&] { reader->albumNames(); });
+        return true;
+    });
+    if (const auto error = reader->readError())
+        failure = described(*error);
+    return reader;
+}
 
-    /// Why there are no photos.
-    const Failure &failure() const { return m_failure; }
-    iPhotoAlbumReader &reader() { return *m_reader; }
-    /// The path as it is with the library in its own folder, from the root.
-    QString path(const QString &given) const
-    {
-        const QString stand = m_stand ? m_stand->path() + QLatin1Char('/') : QString();
-        if (m_stand && given.startsWith(stand))
-            return m_folder + QLatin1Char('/') + given.sliced(stand.size());
-        return given.isEmpty() ? given : QFileInfo(given).absoluteFilePath();
+/// The photos of the album with the text sought. The reader refuses to search an album that lists a photo that the
+/// database does not have; what can be found there is found by the titles of the others.
+ThumbnailList matchingPhotos(iPhotoAlbumReader &reader, const Arguments &arguments, const ThumbnailList &photos)
+{
+    try {
+        return reader.imageThumbnailsInAlbum(arguments.collection, arguments.search);
+    } catch (const platform::InternalInconsistency &) {
+        say(arguments.file + QStringLiteral(": ")
+            + ZRLocalizedString("the album lists a photo that is not in the database"));
     }
-
-private:
-    static constexpr QLatin1String databaseName{"AlbumData.xml"};
-    QString m_folder;
-    std::optional<QTemporaryDir> m_stand;
-    std::shared_ptr<iPhotoAlbumReader> m_reader;
-    Failure m_failure;
-};
+    const QByteArray sought = platform::TextFolding::folded(QStringView(arguments.search));
+    ThumbnailList found;
+    std::copy_if(photos.cbegin(), photos.cend(), std::back_inserter(found), [&](const auto &photo) {
+        return platform::TextFolding::folded(QStringView(photo->title())).contains(sought);
+    });
+    return found;
+}
 
 void writeDate(const QDateTime &date, JsonWriter &json)
 {
@@ -72,7 +67,7 @@ void writeDate(const QDateTime &date, JsonWriter &json)
         json.null();
 }
 
-void writePhotos(const PhotoLibrary &library, const iPhotoAlbumReader::ThumbnailList &photos, Output &output)
+void writePhotos(const ThumbnailList &photos, Output &output)
 {
     Progress progress(ZRLocalizedString("Writing"), ZRLocalizedString("photos"), photos.size());
     JsonWriter json(output, 1);
@@ -85,7 +80,7 @@ void writePhotos(const PhotoLibrary &library, const iPhotoAlbumReader::Thumbnail
         json.key("title");
         json.string(photo->title());
         json.key("imagePath");
-        json.string(library.path(photo->imagePath()));
+        json.string(photo->imagePath());
         json.key("creationDate");
         writeDate(photo->creationDate(), json);
         json.endObject();
@@ -99,33 +94,28 @@ void writePhotos(const PhotoLibrary &library, const iPhotoAlbumReader::Thumbnail
 
 Failure runAlbums(const Arguments &arguments, Output &output, Timings &timings)
 {
-    PhotoLibrary library(arguments, timings);
-    if (!library.failure())
-        writeNames(Timings::measured(timings.listing, [&] { return library.reader().albumNames(); }), output);
-    return library.failure();
+    Failure failure;
+    const auto reader = loadedReader(arguments, timings, failure);
+    if (!failure)
+        writeNames(Timings::measured(timings.listing, [&] { return reader->albumNames(); }), output);
+    return failure;
 }
 
 Failure runPhotos(const Arguments &arguments, Output &output, Timings &timings)
 {
-    PhotoLibrary library(arguments, timings);
-    if (library.failure())
-        return library.failure();
-    iPhotoAlbumReader &reader = library.reader();
+    Failure failure;
+    const auto reader = loadedReader(arguments, timings, failure);
+    if (failure)
+        return failure;
     // The reader searches while it lists. It keeps the records that the first listing makes, so that the time of the
     // second is that of the search.
     auto photos =
-        Timings::measured(timings.listing, [&] { return reader.imageThumbnailsInAlbum(arguments.collection); });
-    if (photos.isEmpty() && !reader.albumNames().contains(arguments.collection))
+        Timings::measured(timings.listing, [&] { return reader->imageThumbnailsInAlbum(arguments.collection); });
+    if (photos.isEmpty() && !reader->albumNames().contains(arguments.collection))
         return unknownName(arguments, ZRLocalizedString("no album is called \"%1\"; there are: %2"),
-                           reader.albumNames());
-    try {
-        if (!arguments.search.isEmpty())
-            photos = Timings::measured(timings.searching, [&] {
-                return reader.imageThumbnailsInAlbum(arguments.collection, arguments.search);
-            });
-    } catch (const platform::InternalInconsistency &) {
-        return arguments.file + QStringLiteral(": ") + ZRLocalizedString("the album lists a photo that is not there");
-    }
-    writePhotos(library, photos, output);
+                           reader->albumNames());
+    if (!arguments.search.isEmpty())
+        photos = Timings::measured(timings.searching, [&] { return matchingPhotos(*reader, arguments, photos); });
+    writePhotos(photos, output);
     return {};
 }

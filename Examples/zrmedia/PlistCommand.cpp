@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "JsonWriter.h"
+#include "Messages.h"
 #include "Output.h"
 #include "Support.h"
 
@@ -9,10 +10,10 @@
 
 Failure runPlist(const Arguments &arguments, Output &output, Timings &timings)
 {
-    fetchFile(arguments, timings);
+    fetchFile(arguments.file, arguments, timings);
     const auto list = Timings::measured(timings.parsing, [&] { return platform::PropertyList::read(arguments.file); });
     if (!list)
-        return list.error().toString();
+        return described(list.error());
     Timings::measured(timings.listing, [&] {
         JsonWriter json(output, INT_MAX);
         json.value(list.value());

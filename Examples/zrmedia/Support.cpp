@@ -1,6 +1,7 @@
 #include "Support.h"
 
 #include "JsonWriter.h"
+#include "Messages.h"
 #include "Output.h"
 #include "Progress.h"
 #include "ZRCommon/ZRLocalizedString.h"
@@ -10,15 +11,43 @@
 #include <QFileInfo>
 
 #include <array>
+#include <exception>
+#include <new>
 
-void fetchFile(const Arguments &arguments, Timings &timings)
+Failure withoutExceptions(const Arguments &arguments, const std::function<Failure()> &command)
+{
+    try {
+        return command();
+    } catch (const std::bad_alloc &) {
+        return arguments.file + QStringLiteral(": ") + ZRLocalizedString("not enough memory");
+    } catch (const std::exception &exception) {
+        return arguments.file + QStringLiteral(": ") + QString::fromUtf8(exception.what());
+    }
+}
+
+Failure undecodableFile(const Arguments &arguments, const QList<QByteArray> &rawWords)
+{
+#ifdef Q_OS_UNIX
+    for (const QByteArray &word : rawWords) {
+        if (QByteArrayView(word).isValidUtf8() || QString::fromLocal8Bit(word) != arguments.file)
+            continue;
+        QString name;
+        for (const char c : word)
+            name += uchar(c) < 0x80 ? QString(QLatin1Char(c)) : QStringLiteral("\\x%1").arg(uchar(c), 2, 16);
+        return name + QStringLiteral(": ") + ZRLocalizedString("the file name is not UTF-8");
+    }
+#endif
+    return {};
+}
+
+void fetchFile(const QString &path, const Arguments &arguments, Timings &timings)
 {
     // Opening a pipe or device could wait for ever; the parser refuses them.
-    if ((!arguments.showsTimings && !standardErrorIsTerminal()) || !QFileInfo(arguments.file).isFile())
+    if ((!arguments.showsTimings && !standardErrorIsTerminal()) || !QFileInfo(path).isFile())
         return;
     constexpr qint64 megabyte = 1'000'000;
     Timings::measured(timings.reading, [&] {
-        QFile file(arguments.file);
+        QFile file(path);
         std::array<char, 256 * 1024> block;
         if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             return false;
@@ -47,11 +76,11 @@ QString unknownName(const Arguments &arguments, const QString &text, const QStri
     QStringList shown;
     for (const QString &name : names.first(std::min(names.size(), shownNames))) {
         const bool isShort = name.size() <= longestName;
-        shown += QLatin1Char('"') + (isShort ? name : name.first(longestName) + QChar(0x2026)) + QLatin1Char('"');
+        shown += quoted(isShort ? name : name.first(longestName) + QChar(0x2026));
     }
     QString list = shown.isEmpty() ? ZRLocalizedString("none") : shown.join(QStringLiteral(", "));
     if (names.size() > shown.size())
-        list = ZRLocalizedString("%1 and %2 more").arg(list).arg(names.size() - shown.size());
+        list = ZRLocalizedString("%1 and %2 more").arg(list, QString::number(names.size() - shown.size()));
     return arguments.file + QStringLiteral(": ") + text.arg(arguments.collection, list);
 }
 

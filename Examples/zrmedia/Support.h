@@ -11,10 +11,18 @@
 
 /// What the commands share.
 
+/// Runs a command. An exception on its way becomes its failure: memory that is short is met with any large file.
+Failure withoutExceptions(const Arguments &arguments, const std::function<Failure()> &command);
+
+/// The failure of a file whose name, as the system hands it over, is not UTF-8, in which names of files are kept from
+/// there on.
+/// @param rawWords the words behind the program's name
+Failure undecodableFile(const Arguments &arguments, const QList<QByteArray> &rawWords);
+
 /// Brings a file's bytes into the system's cache, telling how far it is, so that the parser behind it does not wait
 /// for the disk. Only done when somebody watches or wants the time; a file that cannot be read is left to the parser
 /// to judge.
-void fetchFile(const Arguments &arguments, Timings &timings);
+void fetchFile(const QString &path, const Arguments &arguments, Timings &timings);
 
 /// Runs the event loop until the notification is posted about the object.
 /// @param start what makes it come; called when the observer stands

@@ -3,8 +3,11 @@
 
 #include "Arguments.h"
 #include "Commands.h"
+#include "Messages.h"
 #include "Output.h"
 #include "Progress.h"
+#include "StandardDescriptors.h"
+#include "Support.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
 #include <QCoreApplication>
@@ -29,11 +32,6 @@ extern "C" void endInterrupted(int)
     if (wipesLine)
         Progress::wipeFromSignalHandler();
     std::_Exit(interrupted);
-}
-
-void say(const QString &message)
-{
-    std::fputs(QByteArray("zrmedia: " + message.toUtf8() + '\n').constData(), stderr);
 }
 
 Failure run(const Arguments &arguments, Output &output, Timings &timings)
@@ -65,7 +63,7 @@ int run(const Arguments &arguments)
 {
     Output output(stdout);
     Timings timings;
-    const Failure failure = run(arguments, output, timings);
+    const Failure failure = withoutExceptions(arguments, [&] { return run(arguments, output, timings); });
     if (failure)
         say(*failure);
     const int status = failure ? inputNotUsable : finish(output);
@@ -81,6 +79,8 @@ int run(const Arguments &arguments)
 
 int main(int argc, char **argv)
 {
+    reserveStandardDescriptors();
+    const QList<QByteArray> rawWords(argv + 1, argv + std::max(argc, 1));
     QCoreApplication application(argc, argv);
 #ifdef SIGPIPE
     // A reader that has gone away is reported like a full disk.
@@ -100,5 +100,10 @@ int main(int argc, char **argv)
         output.write(information->text.toUtf8());
         return finish(output);
     }
-    return run(std::get<Arguments>(parsed));
+    const auto &arguments = std::get<Arguments>(parsed);
+    if (const Failure failure = undecodableFile(arguments, rawWords)) {
+        say(*failure);
+        return inputNotUsable;
+    }
+    return run(arguments);
 }

@@ -137,8 +137,64 @@
         <translation>, noch %1 s</translation>
     </message>
     <message>
-        <source>the album lists a photo that is not there</source>
-        <translation>das Album führt ein Foto auf, das es nicht gibt</translation>
+        <source>the album lists a photo that is not in the database</source>
+        <translation>das Album führt ein Foto auf, das nicht in der Datenbank steht</translation>
+    </message>
+    <message>
+        <source>there is no option &quot;%1&quot;</source>
+        <translation>die Option „%1“ gibt es nicht</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; needs a value</source>
+        <translation>„%1“ braucht einen Wert</translation>
+    </message>
+    <message>
+        <source>an option has a value that it does not take</source>
+        <translation>eine Option hat einen Wert, den sie nicht nimmt</translation>
+    </message>
+    <message>
+        <source>the name of the file is empty</source>
+        <translation>der Dateiname ist leer</translation>
+    </message>
+    <message>
+        <source>the file name is not UTF-8</source>
+        <translation>der Dateiname ist kein UTF-8</translation>
+    </message>
+    <message>
+        <source>not enough memory</source>
+        <translation>der Speicher reicht nicht</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot;</source>
+        <translation>„%1“</translation>
+    </message>
+    <message>
+        <source>there is no such file</source>
+        <translation>diese Datei gibt es nicht</translation>
+    </message>
+    <message>
+        <source>it is not a regular file</source>
+        <translation>das ist keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>the file cannot be opened for reading</source>
+        <translation>die Datei lässt sich nicht zum Lesen öffnen</translation>
+    </message>
+    <message>
+        <source>the file cannot be read to its end</source>
+        <translation>die Datei lässt sich nicht bis zum Ende lesen</translation>
+    </message>
+    <message>
+        <source>the file is larger than 4 GiB</source>
+        <translation>die Datei ist größer als 4 GiB</translation>
+    </message>
+    <message>
+        <source>not enough memory for the file</source>
+        <translation>der Speicher reicht für die Datei nicht</translation>
+    </message>
+    <message>
+        <source>the property list is no dictionary</source>
+        <translation>die Property-List ist kein Dictionary</translation>
     </message>
 </context>
 </TS>

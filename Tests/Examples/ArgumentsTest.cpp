@@ -67,8 +67,18 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand)
     EXPECT_EQ(refusalOf({"photos", "f", "a", "--sort", "Song"}), "\"photos\" takes no --sort");
     EXPECT_EQ(refusalOf({"songs", "f", "p", "--sort", "song"}), "\"song\" is none of Song, Artist and Time");
     EXPECT_EQ(refusalOf({"songs", "f", "p", "--descending"}), "--descending needs --sort");
-    EXPECT_FALSE(refusalOf({"songs", "f", "p", "--loud"}).isEmpty());
-    EXPECT_FALSE(refusalOf({"songs", "f", "p", "--search"}).isEmpty());
+    EXPECT_EQ(refusalOf({"songs", "f", "p", "--loud"}), "there is no option \"loud\"");
+    EXPECT_EQ(refusalOf({"songs", "f", "p", "--search"}), "\"--search\" needs a value");
+    EXPECT_EQ(refusalOf({"songs", "f", "p", "--sort"}), "\"--sort\" needs a value");
+    EXPECT_EQ(refusalOf({"songs", "f", "p", "--timings=2"}), "an option has a value that it does not take");
+}
+
+TEST(Arguments, AFileHasAName)
+{
+    for (const QStringList &words :
+         {QStringList{"plist", ""}, {"playlists", ""}, {"songs", "", "p"}, {"albums", ""}, {"photos", "", "a"}})
+        EXPECT_EQ(refusalOf(words), "the name of the file is empty") << qPrintable(words.first());
+    EXPECT_EQ(parsed({"songs", "f", ""}).collection, "") << "a playlist may go without";
 }
 
 TEST(Arguments, HelpAndVersionComeBeforeAnythingElse)

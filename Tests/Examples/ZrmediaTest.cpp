@@ -68,6 +68,42 @@ QString path(const char *name)
     return testSupport::homePath() + QLatin1Char('/') + QLatin1String(name);
 }
 
+/// A photo database with an album "A" of these keys and a photo "1" in a library that has moved.
+void writeAlbum(const QString &file, const QList<QByteArray> &keys)
+{
+    QByteArray list;
+    for (const QByteArray &key : keys)
+        list += "<string>" + key + "</string>";
+    testSupport::writeFile(file,
+                           "<plist><dict><key>List of Albums</key><array><dict><key>AlbumName</key><string>A</string>"
+                           "<key>KeyList</key><array>"
+                               + list
+                               + "</array></dict></array>"
+                                 "<key>Master Image List</key><dict><key>1</key><dict><key>Caption</key>"
+                                 "<string>A caption é</string><key>ThumbPath</key><string>t</string>"
+                                 "<key>ImagePath</key><string>/nowhere/iPhoto Library/x/y.jpg</string></dict></dict>"
+                                 "</dict></plist>");
+}
+
+/// The outcome of a line of the shell, in which $0 is the program and $1 the file.
+Outcome runInShell(const char *line, const QString &file)
+{
+    QProcess shell;
+    shell.setProcessEnvironment(english());
+    shell.start(QStringLiteral("bash"), {"-c", line, program, file});
+    return finished(shell);
+}
+
+Outcome runInGerman(const QStringList &arguments)
+{
+    QProcess process;
+    QProcessEnvironment environment = english();
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8"));
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    return finished(process);
+}
+
 } // namespace
 
 TEST(Zrmedia, PrintsAPropertyListIndented)
@@ -268,23 +304,53 @@ TEST(Zrmedia, SaysWhereAnAlbumDatabaseIsBroken)
     }
 }
 
-TEST(Zrmedia, ReadsAnAlbumDatabaseOfAnyName)
+TEST(Zrmedia, ReadsAnAlbumDatabaseOfAnyNameWithItsOwnFolderForTheLibrary)
 {
     const QString file = path("library/copy of albums.xml");
-    testSupport::writeFile(file,
-                           "<plist><dict><key>List of Albums</key><array><dict><key>AlbumName</key><string>A</string>"
-                           "<key>KeyList</key><array><string>1</string><string>2</string></array></dict></array>"
-                           "<key>Master Image List</key><dict><key>1</key><dict><key>Caption</key><string>c</string>"
-                           "<key>ThumbPath</key><string>t</string><key>ImagePath</key>"
-                           "<string>/nowhere/iPhoto Library/x/y.jpg</string></dict></dict></dict></plist>");
+    writeAlbum(file, {"1"});
+    QProcess process;
+    process.setProcessEnvironment(english());
+    process.setWorkingDirectory(path("library"));
+    for (const QString &given : {file, QStringLiteral("copy of albums.xml")}) {
+        process.start(program, {"photos", given, "A", "--search", "CAPT"});
+        const Outcome result = finished(process);
+        const QJsonArray photos = QJsonDocument::fromJson(result.output).array();
+        EXPECT_EQ(photos[0]["imagePath"].toString(), path("library/x/y.jpg")) << qPrintable(given);
+        EXPECT_EQ(result.errors, "");
+    }
     EXPECT_EQ(run({"albums", file}).output, "[\n  \"A\"\n]\n");
-    const QJsonArray photos = arrayOf({"photos", file, "A"});
-    EXPECT_EQ(photos[0]["imagePath"].toString(), path("library/x/y.jpg"));
-    const Outcome missing = run({"photos", file, "A", "--search", "c"});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_TRUE(missing.errors.contains("the album lists a photo that is not there"));
     testSupport::writeFile(file, "<plist><dict><key>a</key></plist>");
     EXPECT_TRUE(run({"albums", file}).errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte ")));
+}
+
+TEST(Zrmedia, ReadsAnAlbumDatabaseWithoutPuttingAnythingAnywhere)
+{
+    const QString file = path("library/copy.xml");
+    writeAlbum(file, {"1"});
+    QProcess process;
+    QProcessEnvironment environment = english();
+    environment.insert(QStringLiteral("TMPDIR"), path("no such folder"));
+    process.setProcessEnvironment(environment);
+    process.start(program, {"albums", file});
+    const Outcome result = finished(process);
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
+    EXPECT_EQ(result.output, "[\n  \"A\"\n]\n");
+}
+
+TEST(Zrmedia, FindsPhotosInAnAlbumThatAlsoListsOnesThatAreNotThere)
+{
+    const QString file = path("AlbumData.xml");
+    writeAlbum(file, {"0", "1", "2"});
+    const QByteArray remark = "zrmedia: " + file.toUtf8() + ": the album lists a photo that is not in the database\n";
+    const Outcome found = run({"photos", file, "A", "--search", "capTION É"});
+    EXPECT_EQ(found.status, 0);
+    EXPECT_EQ(found.errors, remark);
+    EXPECT_EQ(texts(QJsonDocument::fromJson(found.output).array(), "title"), QStringList{"A caption é"});
+    const Outcome none = run({"photos", file, "A", "--search", "other"});
+    EXPECT_EQ(none.status, 0);
+    EXPECT_EQ(none.errors, remark);
+    EXPECT_EQ(none.output, "[]\n");
+    EXPECT_EQ(arrayOf({"photos", file, "A"}).size(), 3);
 }
 
 TEST(Zrmedia, SaysThatAFileIsMissing)
@@ -296,6 +362,42 @@ TEST(Zrmedia, SaysThatAFileIsMissing)
         EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + path("none/AlbumData.xml").toUtf8() + ": ")))
             << result.errors.constData();
     }
+}
+
+TEST(Zrmedia, SaysThatAPipeOrDeviceIsNoFile)
+{
+    const Outcome device = run({"albums", "/dev/null"});
+    EXPECT_EQ(device.status, 1);
+    EXPECT_EQ(device.errors, "zrmedia: /dev/null: it is not a regular file\n");
+    const Outcome pipe = runInShell("mkfifo \"$1\" && \"$0\" albums \"$1\"", path("pipe"));
+    EXPECT_EQ(pipe.status, 1);
+    EXPECT_EQ(pipe.errors, "zrmedia: " + path("pipe").toUtf8() + ": it is not a regular file\n");
+}
+
+TEST(Zrmedia, SaysThatTheNameOfAFileIsNotUtf8)
+{
+    const Outcome result =
+        runInShell("cp \"$1\" $'gr\\xfcn\\x1b.plist'; \"$0\" plist $'gr\\xfcn\\x1b.plist'", albumData);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "zrmedia: gr\\xfcn\\x1b.plist: the file name is not UTF-8\n");
+    EXPECT_EQ(runInShell("\"$0\" plist $'gr\\xc3\\xbcn'", {}).errors, "zrmedia: grün: there is no such file\n");
+    EXPECT_EQ(runInShell("\"$0\" plist $'\\xef\\xbf\\xbd'", {}).errors, "zrmedia: \uFFFD: there is no such file\n");
+}
+
+TEST(Zrmedia, LetsNoControlCharacterThroughToTheTerminal)
+{
+    const QString file = path("odd\nname\x1b.xml");
+    testSupport::writeFile(file,
+                           "<plist><dict><key>Playlists</key><array><dict><key>Name</key>"
+                           "<string>one\n\x7f\xc2\x9b two</string></dict></array></dict></plist>");
+    const Outcome result = run({"songs", file, "\x1b[2Jx"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors,
+              "zrmedia: " + path("odd\\nname\\x1b.xml").toUtf8()
+                  + ": no playlist is called \"\\x1b[2Jx\"; there are: \"one\\n\\x7f\\x9b two\"\n");
+    EXPECT_TRUE(run({"pl\ay"}).errors.startsWith("zrmedia: there is no command \"pl\\x07y\"\n"));
+    EXPECT_TRUE(run({"--a\nb"}).errors.startsWith("zrmedia: there is no option \"a\\nb\"\n"));
 }
 
 TEST(Zrmedia, NamesThePlaylistsAndAlbumsThatThereAre)
@@ -350,14 +452,28 @@ TEST(Zrmedia, AnswersHelpAndVersionOnStandardOutput)
 
 TEST(Zrmedia, SpeaksGermanToGermans)
 {
-    QProcess process;
-    QProcessEnvironment environment = english();
-    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8"));
-    process.setProcessEnvironment(environment);
-    process.start(program, {"plist"});
-    const Outcome result = finished(process);
+    const Outcome result = runInGerman({"plist"});
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(result.errors.startsWith("zrmedia: zu wenige Argumente für „plist“")) << result.errors.constData();
+    EXPECT_TRUE(runInGerman({"--loud"}).errors.startsWith("zrmedia: die Option „loud“ gibt es nicht\n"));
+}
+
+TEST(Zrmedia, SaysInGermanWhatIsWrongWithAFile)
+{
+    const auto complaint = [](const QString &file) {
+        const Outcome result = runInGerman({"playlists", file});
+        EXPECT_EQ(result.status, 1);
+        const QByteArray start = "zrmedia: " + file.toUtf8() + ": ";
+        EXPECT_TRUE(result.errors.startsWith(start)) << result.errors.constData();
+        return QString::fromUtf8(result.errors.mid(start.size()));
+    };
+    EXPECT_EQ(complaint(path("none")), "diese Datei gibt es nicht\n");
+    EXPECT_EQ(complaint(testSupport::homePath()), "das ist keine gewöhnliche Datei\n");
+    testSupport::writeFile(path("list.plist"), "<plist><array/></plist>");
+    EXPECT_EQ(complaint(path("list.plist")), "die Property-List ist kein Dictionary\n");
+    QFile large(path("large.plist")); // holds nothing but a hole
+    ASSERT_TRUE(large.open(QIODevice::WriteOnly) && large.resize(5'000'000'000));
+    EXPECT_EQ(complaint(large.fileName()), "die Datei ist größer als 4 GiB\n");
 }
 
 TEST(Zrmedia, AddsOneLineOfTimings)
@@ -417,12 +533,49 @@ TEST(Zrmedia, FailsWhenTheReaderOfItsOutputGoesAway)
 
 TEST(Zrmedia, EndsWithAClosedStandardOutput)
 {
-    QProcess shell;
-    shell.setProcessEnvironment(english());
-    shell.start(QStringLiteral("bash"), {"-c", "\"$0\" albums \"$1\" >&-", program, albumData});
-    const Outcome result = finished(shell);
-    EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(result.errors.startsWith("zrmedia: standard output: ")) << result.errors.constData();
+    // The output is of eight bytes, all of which an event counter would take, did it stand in for the closed one.
+    const QString file = path("eight.plist");
+    testSupport::writeFile(file, "<plist><string>abcde</string></plist>");
+    for (const char *line : {"\"$0\" plist \"$1\" >&-", "\"$0\" plist \"$1\" <&- >&-"}) {
+        const Outcome result = runInShell(line, file);
+        EXPECT_EQ(result.status, 1) << line;
+        EXPECT_EQ(result.errors, "zrmedia: standard output: Bad file descriptor\n") << line;
+    }
+}
+
+TEST(Zrmedia, NoOtherFileGetsWhatIsMeantForAClosedDescriptor)
+{
+    if (!QFileInfo::exists(QStringLiteral("/proc/self/fd")))
+        GTEST_SKIP() << "needs a system that tells what a program has open";
+    const QString file = path("long.plist");
+    testSupport::writeFile(
+        file, "<plist><array>" + QByteArray("<integer>1</integer>").repeated(200'000) + "</array></plist>");
+    // Nobody reads the pipe, so that the program is still there when it is looked at.
+    const Outcome result = runInShell("exec 3< <(exec \"$0\" plist \"$1\" <&- 2>&-); pid=$!; read -r line <&3; "
+                                      "readlink /proc/$pid/fd/0 /proc/$pid/fd/2; kill $pid",
+                                      file);
+    EXPECT_EQ(result.output, "/dev/null\n/dev/null\n") << result.errors.constData();
+    EXPECT_EQ(runInShell("\"$0\" plist none 2>&-", file).status, 1);
+}
+
+TEST(Zrmedia, SaysThatMemoryIsShort)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizers need an address space without limits";
+#endif
+    // One value, so that writing it takes much more than reading it did.
+    const QString file = path("large.plist");
+    testSupport::writeFile(file, "<plist><data>" + QByteArray("QUJD").repeated(10'000'000) + "</data></plist>");
+    int failures = 0;
+    for (int kilobytes = 120'000; kilobytes <= 280'000; kilobytes += 20'000) {
+        const QByteArray line = "ulimit -v " + QByteArray::number(kilobytes) + "; \"$0\" plist \"$1\" >/dev/null";
+        const Outcome result = runInShell(line.constData(), file);
+        EXPECT_TRUE(result.status == 0 || result.status == 1) << kilobytes << ": " << result.status;
+        EXPECT_EQ(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": ")), result.status == 1)
+            << kilobytes << ": " << result.errors.constData();
+        failures += result.errors.endsWith(": not enough memory\n");
+    }
+    EXPECT_GT(failures, 0);
 }
 
 TEST(Zrmedia, EndsWhenInterrupted)
@@ -447,6 +600,35 @@ TEST(Zrmedia, EndsWhenInterrupted)
 TEST(Zrmedia, ShowsNoProgressWhereNobodyLooks)
 {
     EXPECT_EQ(run({"songs", musicLibrary, "Library"}).errors, "");
+}
+
+TEST(Zrmedia, ShowsProgressOnATerminalAndWipesItAway)
+{
+    constexpr int songs = 5000;
+    QByteArray tracks, items;
+    for (int i = 0; i < songs; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        tracks += "<key>" + number + "</key><dict><key>Name</key><string>" + QByteArray(250, 'n') + number
+            + "</string></dict>";
+        items += "<dict><key>Track ID</key><integer>" + number + "</integer></dict>";
+    }
+    const QString file = path("songs.xml");
+    testSupport::writeFile(file,
+                           "<plist><dict><key>Tracks</key><dict>" + tracks
+                               + "</dict><key>Playlists</key><array><dict><key>Name</key><string>P</string>"
+                                 "<key>Playlist Items</key><array>"
+                               + items + "</array></dict></array></dict></plist>");
+    QProcess script;
+    script.setProcessEnvironment(english());
+    script.start(QStringLiteral(ZR_PYTHON),
+                 {QStringLiteral(ZR_SOURCE_DIR "/Tests/Examples/run_on_terminal.py"), program, "songs", file, "P"});
+    const Outcome result = finished(script);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(QJsonDocument::fromJson(result.output).array().size(), songs);
+    EXPECT_TRUE(result.errors.startsWith("\r\x1b[KWriting: ")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.contains(" of 5,000 songs, ")) << result.errors.constData();
+    EXPECT_TRUE(result.errors.endsWith("\r\x1b[K")) << result.errors.constData();
+    EXPECT_FALSE(result.errors.contains('\n')) << result.errors.constData();
 }
 
 TEST(Zrmedia, AgreesWithAnotherReaderOnRealFiles)
