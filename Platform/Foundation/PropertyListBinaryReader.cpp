@@ -4,11 +4,11 @@
 #include "Platform/Foundation/PropertyListTextLoader_p.h"
 #include "Platform/Foundation/Utf8Validator_p.h"
 
-#include <QHash>
 #include <QtEndian>
 
 #include <algorithm>
 #include <bit>
+#include <unordered_map>
 
 namespace platform {
 
@@ -327,9 +327,9 @@ private:
     {
         if (!fits(object, 2))
             return std::nullopt;
-        const auto known = m_convertedStrings.constFind(object.offset);
+        const auto known = m_convertedStrings.find(object.offset);
         if (known != m_convertedStrings.cend())
-            return *known;
+            return known->second;
         if (!countString(object, 2 * object.count))
             return std::nullopt;
         QByteArray text;
@@ -346,7 +346,7 @@ private:
             PropertyListScalars::appendUtf8(text, character);
         }
         const auto piece = m_builder.appendPiece(String, text);
-        m_convertedStrings.insert(object.offset, piece);
+        m_convertedStrings.emplace(object.offset, piece);
         return piece;
     }
 
@@ -420,7 +420,7 @@ private:
     // What was read once need not be read again when further values share it. Strings and containers go by their
     // offsets, since many objects of the table may be one place of the file.
     std::vector<bool> m_wasRead; // by offset
-    QHash<qsizetype, Piece> m_convertedStrings; // by offset
+    std::unordered_map<qsizetype, Piece> m_convertedStrings; // by offset
     std::vector<Number> m_numbers; // by object
     qsizetype m_stringBytes = 0; // of the strings read
     qsizetype m_references = 0; // in the containers read

@@ -8,12 +8,13 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
-#include <QHash>
 #include <QList>
 
 #include <atomic>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 
 namespace platform {
 
@@ -99,26 +100,30 @@ public:
     /// The number of the key, entering it if there is room; `InlineKey` otherwise.
     quint32 intern(QByteArrayView key)
     {
-        const auto found = m_numbers.constFind(QByteArray::fromRawData(key.data(), key.size()));
+        const auto found = m_numbers.find(viewOf(key));
         if (found != m_numbers.cend())
-            return *found;
+            return found->second;
         if (m_names.size() >= PropertyListTape::MaximumKeys)
             return PropertyListTape::InlineKey;
         m_names.append(key.toByteArray());
-        m_numbers.insert(m_names.last(), quint32(m_names.size() - 1));
+        m_numbers.emplace(viewOf(m_names.last()), quint32(m_names.size() - 1));
         return quint32(m_names.size() - 1);
     }
     /// The number of the key, or `NoKey` if it is not in the table.
     quint32 find(QByteArrayView key) const
     {
-        return m_numbers.value(QByteArray::fromRawData(key.data(), key.size()), PropertyListTape::NoKey);
+        const auto found = m_numbers.find(viewOf(key));
+        return found != m_numbers.cend() ? found->second : PropertyListTape::NoKey;
     }
     const QByteArray &name(quint32 number) const { return m_names[qsizetype(number)]; }
     qsizetype size() const { return m_names.size(); }
 
 private:
+    static std::string_view viewOf(QByteArrayView key) { return {key.data(), size_t(key.size())}; }
+
     QList<QByteArray> m_names;
-    QHash<QByteArray, quint32> m_numbers;
+    // No QHash, which ends the program where there is no memory to grow. The views are of the names.
+    std::unordered_map<std::string_view, quint32> m_numbers;
 };
 
 class PropertyListValue;

@@ -519,8 +519,17 @@ bool addJson(PropertyListTapeBuilder &builder, const QJsonValue &value)
     return false;
 }
 
+// The JSON reader of QtCore 6.4 ends the program where it runs out of memory at some places, so that it has to be
+// known before that there is enough: it takes up to 65 bytes for each byte of text such as "[[[[1]]]]".
+void requireMemoryForJson(qsizetype size)
+{
+    constexpr qsizetype BytesPerByte = 80;
+    const QByteArray memory(BytesPerByte * size, Qt::Uninitialized); // throws
+}
+
 std::optional<PropertyListValue> parseJson(QByteArrayView text)
 {
+    requireMemoryForJson(text.size());
     const auto document = QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), text.size()));
     if (document.isNull())
         return std::nullopt;
