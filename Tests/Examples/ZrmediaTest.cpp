@@ -376,8 +376,10 @@ TEST(Zrmedia, SaysThatAPipeOrDeviceIsNoFile)
 
 TEST(Zrmedia, SaysThatTheNameOfAFileIsNotUtf8)
 {
+    const QString file = path("green.plist");
+    testSupport::writeFile(file, "<plist><array/></plist>");
     const Outcome result =
-        runInShell("cp \"$1\" $'gr\\xfcn\\x1b.plist'; \"$0\" plist $'gr\\xfcn\\x1b.plist'", albumData);
+        runInShell("cd \"${1%/*}\" && cp \"$1\" $'gr\\xfcn\\x1b.plist' && \"$0\" plist $'gr\\xfcn\\x1b.plist'", file);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.errors, "zrmedia: gr\\xfcn\\x1b.plist: the file name is not UTF-8\n");
