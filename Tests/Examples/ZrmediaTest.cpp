@@ -376,8 +376,12 @@ TEST(Zrmedia, SaysThatAPipeOrDeviceIsNoFile)
 
 TEST(Zrmedia, SaysThatTheNameOfAFileIsNotUtf8)
 {
-    const Outcome result =
-        runInShell("cp \"$1\" $'gr\\xfcn\\x1b.plist'; \"$0\" plist $'gr\\xfcn\\x1b.plist'", albumData);
+    const QString file = path("green.plist");
+    testSupport::writeFile(file, "<plist><array/></plist>");
+    // Nor could Qt remove such a file.
+    const Outcome result = runInShell("cd \"${1%/*}\" && name=$'gr\\xfcn\\x1b.plist' && cp \"$1\" \"$name\" && "
+                                      "\"$0\" plist \"$name\"; status=$?; rm \"$name\"; exit $status",
+                                      file);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "");
     EXPECT_EQ(result.errors, "zrmedia: gr\\xfcn\\x1b.plist: the file name is not UTF-8\n");
