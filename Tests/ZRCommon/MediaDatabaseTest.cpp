@@ -23,6 +23,11 @@ std::atomic<size_t> failingSize = SIZE_MAX;
     return memory;
 }
 
+[[gnu::noinline]] void *operator new(size_t size, const std::nothrow_t &) noexcept
+{
+    return size < failingSize ? std::malloc(size ? size : 1) : nullptr;
+}
+
 [[gnu::noinline]] void operator delete(void *memory) noexcept
 {
     std::free(memory);
@@ -81,6 +86,7 @@ TEST(MediaDatabase, IsEmptyWithAnErrorWhateverIsThrownWhileItIsRead)
         });
         EXPECT_TRUE(database->dictionary.isNull());
         EXPECT_TRUE(database->items.value(1).isNull());
+        EXPECT_TRUE(database->error && database->error->code == platform::ErrorCode::NotReadable);
         return database->error ? database->error->toString() : QString();
     };
     EXPECT_EQ(textAfter([] { throw std::bad_alloc(); }), path + u": there is not enough memory to read it");

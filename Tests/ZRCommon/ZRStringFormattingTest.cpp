@@ -85,4 +85,9 @@ TEST(ZRStringFormatting, TakesTheFolderOfVolumesOffAPath)
         EXPECT_EQ(userDisplayablePathname(QString::fromUtf8(path)), QString::fromUtf8(path));
 }
 
+TEST(ZRStringFormatting, FormatsTheFirstTimeWithTooManyHoursAsTheMostHours)
+{
+    EXPECT_EQ(ZRStringFormatting::formattedTime(2147483648.0f * 3600.0f), u"2147483647:00:00");
+}
+
 } // namespace

@@ -143,6 +143,18 @@ TEST(ZRProcessServerLifetime, LetsAUnitGoWhenThereIsNoThreadToBeHadAndWorksOnceT
     EXPECT_EQ(counter->processed, 1);
 }
 
+TEST(ZRProcessServerLifetime, GoesOnWithTheWorkersThatItHas)
+{
+    const Application application;
+    ZRProcessServer &two = ZRProcessServer::processServerWithName(QStringLiteral("two workers"), 2);
+    const auto counter = std::make_shared<Counter>();
+    const testSupport::ThreadShortage shortage(1);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(two.addWorkUnit(std::make_shared<CountingUnit>(counter)));
+    EXPECT_TRUE(testSupport::waitUntil([&] { return counter->letGo == 2; }));
+    EXPECT_EQ(counter->processed, 2);
+}
+
 TEST(ZRProcessServerLifetime, DropsADeliveryThatIsAskedForWithoutAnApplication)
 {
     const auto counter = std::make_shared<Counter>();
