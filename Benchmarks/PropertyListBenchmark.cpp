@@ -52,7 +52,7 @@ qint64 decodeAll(const PropertyListView &value)
         return sum;
     }
     case PropertyListType::String:
-        return value.toUtf8().size();
+        return value.plainUtf8()->size();
     case PropertyListType::Integer:
         return value.toInteger();
     case PropertyListType::Real:

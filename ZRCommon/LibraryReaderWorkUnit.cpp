@@ -21,7 +21,7 @@ struct FoldedWord {
     {
         const qsizetype length = text.storedLength();
         return length >= folded.size() && length <= maximumLength
-            && platform::TextFolding::equalsFolded(text.toUtf8(), folded);
+            && platform::TextFolding::equalsFolded(*text.plainUtf8(), folded);
     }
 };
 

@@ -147,7 +147,7 @@ bool iPhotoAlbumReader::photoDictMatchesString(const PropertyListView &photoDict
     if (foldedString.isEmpty())
         return true;
     const PropertyListView caption = photoDict.value(u"Caption");
-    return caption.isString() && platform::TextFolding::folded(QByteArrayView(caption.toUtf8())).contains(foldedString);
+    return caption.isString() && platform::TextFolding::folded(*caption.plainUtf8()).contains(foldedString);
 }
 
 std::shared_ptr<ZRImageThumbnail> iPhotoAlbumReader::thumbnailForPhoto(const PropertyListView &photoDict) const

@@ -11,7 +11,7 @@ else()
     set(ZR_LIBRARY_RPATH "$ORIGIN")
 endif()
 
-set(ZR_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/ZRCommon-${PROJECT_VERSION_MAJOR})
+set(ZR_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/ZRCommon-${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 define_property(GLOBAL PROPERTY ZR_LIBRARIES BRIEF_DOCS "Libraries that are installed" FULL_DOCS "Libraries")
 
 # zr_add_library(NAME FOLDER path DEPENDS lib...)
@@ -33,7 +33,7 @@ function(zr_add_library name)
     target_compile_features(${name} PUBLIC cxx_std_20)
     target_precompile_headers(${name} PRIVATE <QtCore/QtCore>)
     set_target_properties(${name} PROPERTIES
-        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} WINDOWS_EXPORT_ALL_SYMBOLS ON
+        VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR} WINDOWS_EXPORT_ALL_SYMBOLS ON
         INSTALL_RPATH "${ZR_LIBRARY_RPATH}")
     set_property(GLOBAL APPEND PROPERTY ZR_LIBRARIES ${name})
 

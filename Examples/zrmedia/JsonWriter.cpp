@@ -110,7 +110,7 @@ void JsonWriter::value(const PropertyListView &value)
         endArray();
         break;
     case PropertyListType::String:
-        string(value.toUtf8());
+        string(*value.plainUtf8());
         break;
     case PropertyListType::Integer:
         integer(value);

@@ -27,6 +27,7 @@ std::shared_ptr<iTunesLibraryReader> loadedReader(const Arguments &arguments, Ti
 void writeSongs(const SongList &songs, Output &output)
 {
     Progress progress(ZRLocalizedString("Writing"), ZRLocalizedString("songs"), songs.size());
+    progress.hideBesideOutput();
     JsonWriter json(output, 1);
     json.beginArray();
     qint64 done = 0;

@@ -70,6 +70,7 @@ void writeDate(const QDateTime &date, JsonWriter &json)
 void writePhotos(const ThumbnailList &photos, Output &output)
 {
     Progress progress(ZRLocalizedString("Writing"), ZRLocalizedString("photos"), photos.size());
+    progress.hideBesideOutput();
     JsonWriter json(output, 1);
     json.beginArray();
     qint64 done = 0;

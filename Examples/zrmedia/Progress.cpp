@@ -36,6 +36,15 @@ bool standardErrorIsTerminal()
 #endif
 }
 
+bool standardOutputIsTerminal()
+{
+#ifdef Q_OS_WIN
+    return _isatty(_fileno(stdout));
+#else
+    return isatty(STDOUT_FILENO);
+#endif
+}
+
 Progress::Progress(const QString &task, const QString &unit, qint64 total, qint64 perUnit)
     : m_task(task)
     , m_unit(unit)

@@ -5,6 +5,8 @@
 
 /// Whether somebody looks at standard error.
 bool standardErrorIsTerminal();
+/// Whether somebody looks at standard output.
+bool standardOutputIsTerminal();
 
 /// A line on the terminal that tells how far a long task has come: how many of how many, how many per second, how long
 /// it will take. It appears after a moment, so that short tasks show nothing, is written over ten times a second, and
@@ -19,6 +21,10 @@ public:
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
     ~Progress();
+
+    /// For a task that writes to standard output: shows nothing when that is a terminal, where the line would stand in
+    /// the middle of what is written.
+    void hideBesideOutput() { m_isShown = m_isShown && !standardOutputIsTerminal(); }
 
     /// So much is done. Cheap: the clock is asked only now and then.
     void setDone(qint64 done)

@@ -80,10 +80,9 @@ public:
 
     /// The string; empty for anything else.
     QString toString() const;
-    /// The string as UTF-8; empty for anything else. No text is copied: the result borrows the document's bytes
-    /// (QByteArray::fromRawData) and must not outlive it.
+    /// The string as UTF-8, copied; empty for anything else.
     QByteArray toUtf8() const;
-    /// The same as a view; nothing for anything else.
+    /// The same without a copy, valid as long as the document; nothing for anything else.
     std::optional<QByteArrayView> plainUtf8() const;
     /// Length of `toUtf8` in bytes, known without touching the text; 0 for anything else.
     qsizetype storedLength() const;
@@ -247,7 +246,8 @@ public:
     friend bool operator==(const EntryIterator &a, const EntryIterator &b) { return a.m_row == b.m_row; }
 
     QString key() const;
-    /// The key as UTF-8. Borrows the document's bytes, as `toUtf8` of a value does.
+    /// The key as UTF-8. Borrows the document's bytes (QByteArray::fromRawData) and must not outlive it; copy it with
+    /// `QByteArray::detach` or use `key` to keep it.
     QByteArray utf8Key() const;
     PropertyListView value() const { return PropertyListView(m_document, m_valueRow); }
 

@@ -200,7 +200,7 @@ QString PropertyListView::toString() const
 
 QByteArray PropertyListView::toUtf8() const
 {
-    return borrowed(plainUtf8().value_or(QByteArrayView()));
+    return plainUtf8().value_or(QByteArrayView()).toByteArray();
 }
 
 std::optional<QByteArrayView> PropertyListView::plainUtf8() const
@@ -498,7 +498,7 @@ bool PropertyListView::equal(const PropertyListView &a, const PropertyListView &
     case PropertyListType::Array:
         return equalArrays(a, b);
     case PropertyListType::String:
-        return a.toUtf8() == b.toUtf8();
+        return *a.plainUtf8() == *b.plainUtf8();
     case PropertyListType::Integer:
     case PropertyListType::UID:
         return integerOf(*a.m_document, a.m_row) == integerOf(*b.m_document, b.m_row);

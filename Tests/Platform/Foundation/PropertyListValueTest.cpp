@@ -100,13 +100,16 @@ TEST(PropertyListValue, AWrongTypeAnswersTheDefault)
     EXPECT_EQ(integer.storedLength(), 0);
 }
 
-TEST(PropertyListValue, StringsAreBorrowedFromTheDocument)
+TEST(PropertyListValue, StringsAreBorrowedAsViewsAndCopiedOtherwise)
 {
-    const auto string = scalar(Tape::String, "gr\xC3\xBCn &amp;");
+    auto string = scalar(Tape::String, "gr\xC3\xBCn &amp;");
     EXPECT_EQ(string.toString(), QStringLiteral("grün &amp;"));
     ASSERT_TRUE(string.plainUtf8());
-    EXPECT_EQ(string.toUtf8().constData(), string.plainUtf8()->data());
+    EXPECT_EQ(string.plainUtf8()->data(), string.plainUtf8()->data());
     EXPECT_EQ(string.storedLength(), 11);
+    const QByteArray copy = string.toUtf8();
+    string = {};
+    EXPECT_EQ(copy, "gr\xC3\xBCn &amp;");
 }
 
 TEST(PropertyListValue, AStringKeepsTheCharacterThatWouldBeAByteOrderMark)
