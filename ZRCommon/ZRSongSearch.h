@@ -8,17 +8,15 @@
 #include <memory>
 #include <vector>
 
-class SongTexts;
-
 /// Searches one list of songs again and again, as the user types.
 ///
 /// A song matches when the text occurs, without regard to case (canonical composition, then simple case
 /// folding), anywhere within its "Album", its "Artist", its "Genre" or its "Name". What is absent or no
 /// string never matches. The empty text occurs in no text and matches no song.
 ///
-/// Making it folds the texts of all songs once. A search is one pass over them; while the user narrows the
-/// text down, so that it contains the one searched before, only the earlier hits are looked at once they are
-/// few.
+/// Making it folds the texts of all songs once; neighbours that share album, artist and genre, as the songs of an album
+/// do, share these folded texts too. A search is one pass over them; while the user narrows the text down, so that it
+/// contains the one searched before, only the earlier hits are looked at once they are few.
 ///
 /// One object belongs to one thread at a time.
 class ZRSongSearch
@@ -34,11 +32,11 @@ public:
     SongList songsMatchingString(QStringView string);
 
 private:
-    std::vector<quint32> hitsContaining(QByteArrayView needle) const;
-    SongList songsOfHits() const;
+    class Part;
 
     SongList m_songs;
-    std::unique_ptr<const SongTexts> m_texts;
+    std::vector<quint32> m_sharingStarts; // of neighbours that share texts, and the end of the list
+    std::unique_ptr<Part> m_sharedTexts; // of the first of each of them
+    std::unique_ptr<Part> m_ownTexts; // of each song
     QByteArray m_needle; // folded text of the last search
-    std::vector<quint32> m_hits; // the records that hold it, ascending
 };
