@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#else
+#include <mutex>
 #endif
 
 namespace platform {
@@ -76,11 +78,21 @@ qint64 RegularFile::read(char *bytes, qint64 maximum)
     return count;
 }
 
+qint64 RegularFile::readAt(qint64 offset, char *bytes, qint64 maximum) const
+{
+    ssize_t count;
+    do
+        count = ::pread(m_handle->descriptor, bytes, size_t(maximum), offset);
+    while (count < 0 && errno == EINTR);
+    return count;
+}
+
 #else
 
 struct RegularFile::Handle {
     QFile file;
     qint64 size = 0;
+    std::mutex position; // held while a reading at an offset moves the file's position away and back
 };
 
 Result<RegularFile> RegularFile::open(const QString &path)
@@ -107,6 +119,15 @@ qint64 RegularFile::size() const
 qint64 RegularFile::read(char *bytes, qint64 maximum)
 {
     return m_handle->file.read(bytes, maximum);
+}
+
+qint64 RegularFile::readAt(qint64 offset, char *bytes, qint64 maximum) const
+{
+    const std::lock_guard lock(m_handle->position);
+    const qint64 before = m_handle->file.pos();
+    const qint64 count = m_handle->file.seek(offset) ? m_handle->file.read(bytes, maximum) : -1;
+    m_handle->file.seek(before);
+    return count;
 }
 
 #endif

@@ -31,6 +31,9 @@ public:
     /// Reads on from where the last reading ended.
     /// @return the number of bytes read, 0 at the end, -1 when the system refuses.
     qint64 read(char *bytes, qint64 maximum);
+    /// Reads at the offset, without regard to where other readings ended. May be called on several threads at once.
+    /// @return as `read`
+    qint64 readAt(qint64 offset, char *bytes, qint64 maximum) const;
 
 private:
     struct Handle;

@@ -17,6 +17,7 @@ enum class ErrorCode {
     Malformed, ///< The content breaks the rules of its format.
     TooDeep, ///< Nested deeper than the reader's stated limit.
     NotWritable, ///< The system does not let us write.
+    UnknownFormat, ///< The content is in no format that the reader knows.
 };
 
 /// An environmental failure: what went wrong, and where.
