@@ -174,19 +174,34 @@ void SearchFirst(benchmark::State &state)
     }
 }
 
-void SortBySong(benchmark::State &state)
+template <class Sort>
+void sortBySong(benchmark::State &state, const Sort &sort)
 {
-    const Input &input = Input::shared();
     for (auto _ : state) {
         const Stopwatch watch;
-        const SongList sorted =
-            iTunesSortingForZR::sorted(input.songs, iTunesSortingForZR::Column::Song, Qt::AscendingOrder);
+        const SongList sorted = sort(Input::shared().songs);
         state.SetIterationTime(watch.seconds());
-        bool ordered = sorted.size() == input.songs.size();
+        bool ordered = sorted.size() == Input::shared().songs.size();
         for (qsizetype i = 1; ordered && i < sorted.size(); i += 97)
             ordered = iTunesSortingForZR::zrCompareSongAscending(sorted[i - 1], sorted[i]) <= 0;
         benchmarkSupport::require(ordered, "the songs are not in order");
     }
+}
+
+// The reader's worker has long ranked the songs, while the peers' texts were made.
+void SortBySong(benchmark::State &state)
+{
+    sortBySong(state, [](const SongList &songs) {
+        return Input::shared().reader->songsSorted(songs, iTunesSortingForZR::Column::Song, Qt::AscendingOrder);
+    });
+}
+
+// Any songs, of no reader.
+void SortAnyBySong(benchmark::State &state)
+{
+    sortBySong(state, [](const SongList &songs) {
+        return iTunesSortingForZR::sorted(songs, iTunesSortingForZR::Column::Song, Qt::AscendingOrder);
+    });
 }
 
 void PeerSortBySong(benchmark::State &state)
@@ -215,6 +230,7 @@ BENCHMARK(SearchSixtyPercent)->UseManualTime()->Unit(benchmark::kMillisecond)->I
 BENCHMARK(PeerSearchSixtyPercent)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(SearchNarrowed)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(SearchFirst)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(SortAnyBySong)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(SortBySong)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(PeerSortBySong)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
 

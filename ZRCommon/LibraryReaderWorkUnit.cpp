@@ -3,6 +3,7 @@
 #include "Platform/Foundation/PropertyListColumns.h"
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/iTunesLibraryReader.h"
+#include "ZRCommon/SongRanks_p.h"
 #include "ZRFoundation/ZRProcessServer.h"
 
 using platform::PropertyListView;
@@ -40,7 +41,7 @@ LibraryReaderWorkUnit::LibraryReaderWorkUnit(std::weak_ptr<iTunesLibraryReader> 
     , m_library_path(libraryPath)
 { }
 
-void LibraryReaderWorkUnit::processWithServer(ZRProcessServer &server) noexcept
+void LibraryReaderWorkUnit::processWithServer(ZRProcessServer &server)
 {
     if (cancelFlag())
         return;
@@ -53,6 +54,27 @@ void LibraryReaderWorkUnit::processWithServer(ZRProcessServer &server) noexcept
         });
     });
     server.performSelectorOnObject(m_library_reader, &iTunesLibraryReader::workUnitDidLoadDictionary, this);
+    rankSongs();
+}
+
+// Sorting manages without the ranks, only more slowly, so that whatever keeps them from being made is for the server's
+// log alone.
+void LibraryReaderWorkUnit::rankSongs()
+{
+    auto ranks = std::make_shared<SongRanks>(m_dictionary->dictionary.value(u"Tracks"));
+    for (const auto column : {iTunesSortingForZR::Column::Song, iTunesSortingForZR::Column::Artist}) {
+        if (cancelFlag())
+            return;
+        ranks->add(column);
+    }
+    const std::lock_guard lock(m_ranksMutex);
+    m_ranks = std::move(ranks);
+}
+
+std::shared_ptr<const SongRanks> LibraryReaderWorkUnit::songRanks() const
+{
+    const std::lock_guard lock(m_ranksMutex);
+    return m_ranks;
 }
 
 bool LibraryReaderWorkUnit::shouldIncludeSongEntry(const PropertyListView &song)

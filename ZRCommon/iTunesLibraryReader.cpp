@@ -4,6 +4,7 @@
 #include "Platform/Foundation/NotificationCenter.h"
 #include "ZRCommon/LibraryReaderWorkUnit.h"
 #include "ZRCommon/MediaDatabase.h"
+#include "ZRCommon/SongRanks_p.h"
 #include "ZRCommon/ZRFileManagerExtensions.h"
 #include "ZRFoundation/ZRProcessServer.h"
 
@@ -97,6 +98,15 @@ iTunesLibraryReader::SongList iTunesLibraryReader::songsMatchingString(const Son
     if (!m_search || !m_search->songs().isSharedWith(songs))
         m_search = std::make_unique<ZRSongSearch>(songs);
     return m_search->songsMatchingString(string);
+}
+
+iTunesLibraryReader::SongList iTunesLibraryReader::songsSorted(const SongList &songs, iTunesSortingForZR::Column column,
+                                                               Qt::SortOrder order)
+{
+    const auto ranks = m_library_reader_work_unit ? m_library_reader_work_unit->songRanks() : nullptr;
+    if (const auto positions = ranks ? ranks->order(songs, column, order) : std::nullopt)
+        return PropertyListValue::select(songs, *positions);
+    return iTunesSortingForZR::sorted(songs, column, order);
 }
 
 std::optional<platform::Error> iTunesLibraryReader::readError() const

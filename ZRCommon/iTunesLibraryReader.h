@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Foundation/Result.h"
+#include "ZRCommon/iTunesSortingForZR.h"
 #include "ZRCommon/SongList.h"
 #include "ZRCommon/ZRSongSearch.h"
 #include "ZRFoundation/ZRProcessObserver.h"
@@ -71,6 +72,11 @@ public:
     /// again, as while the user types, costs a fraction of the first time: a list counts as the same as long as it is
     /// an unchanged copy of the one given last.
     SongList songsMatchingString(const SongList &songs, const QString &string);
+
+    /// The songs of the list in another order: see `iTunesSortingForZR::sorted`, which gives the same. The list may be
+    /// any. Songs of this library are sorted in a fraction of the time, once their order is known: the worker finds it
+    /// out after the notification, in about half the time that reading the library took.
+    SongList songsSorted(const SongList &songs, iTunesSortingForZR::Column column, Qt::SortOrder order);
 
     /// Whether the file is being read: true from the question that starts it until just before the notification.
     bool isReading() const { return m_is_reading; }

@@ -1,8 +1,9 @@
 #include "ZRCommon/iTunesSortingForZR.h"
 
+#include "Platform/Foundation/PropertyListColumns.h"
 #include "Platform/Foundation/StableOrder.h"
 #include "Platform/Foundation/TextFolding.h"
-#include "ZRCommon/SongTexts_p.h"
+#include "ZRCommon/SongRanks_p.h"
 
 using platform::PropertyListView;
 
@@ -22,23 +23,7 @@ qint64 timeOf(const PropertyListView &song)
 
 std::vector<quint32> orderByText(const SongList &songs, const char *key, Qt::SortOrder order)
 {
-    const char *const keys[] = {key};
-    const SongTexts texts(songs, keys);
-    std::vector<QByteArrayView> records(texts.recordCount());
-    for (size_t i = 0; i < records.size(); ++i)
-        records[i] = texts.record(i).chopped(1); // the separator
-    const std::vector<quint32> recordOrder = platform::StableOrder::ofTexts(records, order);
-    if (texts.recordsOfTexts().empty())
-        return recordOrder;
-
-    // Repeated texts have one record: songs go by the rank that their record has among the different texts.
-    std::vector<qint64> rankOfRecord(records.size()), rankOfSong;
-    for (size_t i = 1; i < recordOrder.size(); ++i)
-        rankOfRecord[recordOrder[i]] =
-            rankOfRecord[recordOrder[i - 1]] + (records[recordOrder[i]] == records[recordOrder[i - 1]] ? 0 : 1);
-    for (const quint32 record : texts.recordsOfTexts())
-        rankOfSong.push_back(rankOfRecord[record]);
-    return platform::StableOrder::ofNumbers(rankOfSong, Qt::AscendingOrder);
+    return platform::StableOrder::ofNumbers(ranksByText(songs, key), order);
 }
 
 std::vector<quint32> orderByTime(const SongList &songs, Qt::SortOrder order)

@@ -69,7 +69,7 @@ Failure runSongs(const Arguments &arguments, Output &output, Timings &timings)
     if (arguments.sortColumn) {
         const auto order = arguments.isDescending ? Qt::DescendingOrder : Qt::AscendingOrder;
         songs = Timings::measured(timings.sorting,
-                                  [&] { return iTunesSortingForZR::sorted(songs, *arguments.sortColumn, order); });
+                                  [&] { return reader->songsSorted(songs, *arguments.sortColumn, order); });
     }
     writeSongs(songs, output);
     return {};

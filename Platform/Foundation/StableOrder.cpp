@@ -99,22 +99,18 @@ struct Run {
 constexpr size_t comparedRun = 16;
 
 /// Orders the items of a short run, which stand by position, by all that follows the offset.
-void sortShortRun(Items items, std::span<const QByteArrayView> texts, qsizetype offset, Qt::SortOrder order)
+void sortShortRun(Items items, std::span<const QByteArrayView> texts, qsizetype offset)
 {
     const auto rest = [&](const Item &item) {
         const QByteArrayView text = texts[item.position];
         return std::string_view(text.data() + offset, size_t(text.size() - offset));
     };
-    for (size_t i = 1; i < items.size(); ++i) { // by insertion, which keeps ties in order
+    for (size_t i = 1; i < items.size(); ++i) { // by insertion
         const Item item = items[i];
         const std::string_view text = rest(item);
         size_t place = i;
-        for (; place > 0; --place) {
-            const int comparison = rest(items[place - 1]).compare(text);
-            if (order == Qt::AscendingOrder ? comparison <= 0 : comparison >= 0)
-                break;
+        for (; place > 0 && rest(items[place - 1]) > text; --place)
             items[place] = items[place - 1];
-        }
         items[place] = item;
     }
 }
@@ -164,7 +160,7 @@ DifferentTexts differentTexts(std::span<const QByteArrayView> texts)
         // The table is larger than the processor's nearest memory.
         if (i + slotsAhead < texts.size())
             fetch(&slots[size_t(hashes[i + slotsAhead]) & mask]);
-        const QByteArrayView text = texts[i];
+        const QByteArrayView text = texts[i].isNull() ? QByteArrayView("") : texts[i]; // null marks an empty slot
         const auto hash = quint32(hashes[i] >> 32);
         const auto isOther = [&](const Slot &slot) {
             // Texts of other lengths have other hashes, or are told apart here at last.
@@ -185,16 +181,15 @@ DifferentTexts differentTexts(std::span<const QByteArrayView> texts)
 }
 
 /// Positions of texts that all differ, in order.
-std::vector<quint32> orderOfDifferent(std::span<const QByteArrayView> texts, Qt::SortOrder order)
+std::vector<quint32> orderOfDifferent(std::span<const QByteArrayView> texts)
 {
-    const quint64 flip = order == Qt::DescendingOrder ? ~quint64(0) : 0;
     std::vector<Item> items(texts.size()), spare(texts.size());
     // The texts are visited in order once, for their first sixteen bytes, by which most of them differ. After the first
     // sort they are visited all over the place, which costs far more than the comparing.
     std::vector<quint64> secondWords(texts.size());
     for (size_t i = 0; i < items.size(); ++i) {
-        items[i] = {wordAt(texts[i], 0) ^ flip, quint32(i)};
-        secondWords[i] = wordAt(texts[i], 8) ^ flip;
+        items[i] = {wordAt(texts[i], 0), quint32(i)};
+        secondWords[i] = wordAt(texts[i], 8);
     }
 
     std::vector<Run> runs{{0, items.size(), 0}};
@@ -207,7 +202,7 @@ std::vector<quint32> orderOfDifferent(std::span<const QByteArrayView> texts, Qt:
                 item.key = secondWords[item.position];
         } else if (run.offset > 8) {
             for (Item &item : part)
-                item.key = wordAt(texts[item.position], run.offset) ^ flip;
+                item.key = wordAt(texts[item.position], run.offset);
         }
         if (part.size() > 1)
             stableSort(part, Items(spare).first(part.size()));
@@ -216,11 +211,11 @@ std::vector<quint32> orderOfDifferent(std::span<const QByteArrayView> texts, Qt:
             size_t end = first + 1;
             while (end < part.size() && part[end].key == key)
                 ++end;
-            const bool textGoesOn = ((key ^ flip) & 0xFF) != 0;
+            const bool textGoesOn = (key & 0xFF) != 0;
             if (textGoesOn && end - first > (run.offset == 0 ? 1 : comparedRun))
                 runs.push_back({run.first + first, end - first, run.offset + 8});
             else if (textGoesOn && end - first > 1)
-                sortShortRun(part.subspan(first, end - first), texts, run.offset + 8, order);
+                sortShortRun(part.subspan(first, end - first), texts, run.offset + 8);
             first = end;
         }
     }
@@ -242,19 +237,24 @@ std::vector<quint32> StableOrder::ofNumbers(std::span<const qint64> numbers, Qt:
 
 std::vector<quint32> StableOrder::ofTexts(std::span<const QByteArrayView> texts, Qt::SortOrder order)
 {
-    // Libraries repeat themselves: each text is ordered once, and what has it is then dealt out by its place.
+    return ofNumbers(ranksOfTexts(texts), order);
+}
+
+std::vector<qint64> StableOrder::ranksOfTexts(std::span<const QByteArrayView> texts)
+{
+    // Libraries repeat themselves: each text is ordered once.
     const DifferentTexts different = differentTexts(texts);
-    const std::vector<quint32> textOrder = orderOfDifferent(different.texts, order);
-    std::vector<quint32> counts(different.texts.size()), places(different.texts.size());
+    std::vector<quint32> counts(different.texts.size());
     for (const quint32 number : different.numberOfText)
         ++counts[number];
-    quint32 place = 0;
-    for (const quint32 number : textOrder)
-        places[number] = std::exchange(place, place + counts[number]);
-    std::vector<quint32> positions(texts.size());
+    std::vector<qint64> rankOfNumber(different.texts.size());
+    qint64 rank = 0;
+    for (const quint32 number : orderOfDifferent(different.texts))
+        rankOfNumber[number] = std::exchange(rank, rank + counts[number]);
+    std::vector<qint64> ranks(texts.size());
     for (size_t i = 0; i < texts.size(); ++i)
-        positions[places[different.numberOfText[i]]++] = quint32(i);
-    return positions;
+        ranks[i] = rankOfNumber[different.numberOfText[i]];
+    return ranks;
 }
 
 } // namespace platform

@@ -18,4 +18,8 @@ std::vector<quint32> ofNumbers(std::span<const qint64> numbers, Qt::SortOrder or
 /// word), so that the cost grows with the bytes by which the texts differ, at worst with all their bytes.
 std::vector<quint32> ofTexts(std::span<const QByteArrayView> texts, Qt::SortOrder order);
 
+/// Numbers that compare as the texts do: for each text how many of them stand before it in that order. Equal texts have
+/// equal ranks. Costs what `ofTexts` costs.
+std::vector<qint64> ranksOfTexts(std::span<const QByteArrayView> texts);
+
 } // namespace platform::StableOrder

@@ -4,6 +4,7 @@
 #include "ReaderTestSupport.h"
 #include "SongTestSupport.h"
 #include "Support/TestSupport.h"
+#include "ZRCommon/SongRanks_p.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -222,6 +223,19 @@ TEST(LibraryReaderWorkUnit, DecidesByGenreAndKindHoweverTheyAreSpelt)
     EXPECT_TRUE(included(""));
 }
 
+TEST_F(ITunesLibraryReader, RanksItsSongsAfterItHasReadThem)
+{
+    testSupport::writeFile(m_path, smallLibrary());
+    ZRProcessServer &server = testSupport::readingServer<testSupport::LibraryReading>();
+    const auto unit = std::make_shared<LibraryReaderWorkUnit>(std::weak_ptr<iTunesLibraryReader>(), m_path);
+    EXPECT_FALSE(unit->songRanks());
+    server.addWorkUnit(unit);
+    ASSERT_TRUE(testSupport::waitUntil([&] { return bool(unit->songRanks()); }));
+    const PropertyListValue tracks = unit->dictionary()->dictionary.value(u"Tracks");
+    for (const auto column : {iTunesSortingForZR::Column::Song, iTunesSortingForZR::Column::Artist})
+        EXPECT_TRUE(unit->songRanks()->order({tracks.value(u"2")}, column, Qt::AscendingOrder));
+}
+
 TEST_F(ITunesLibraryReader, SkipsItemsThatNameNoTrack)
 {
     const QByteArray xml(
@@ -418,6 +432,28 @@ TEST_F(ITunesLibraryReader, SearchesTheListItIsGiven)
     EXPECT_EQ(names(reader->songsMatchingString(changed, QStringLiteral("beat"))), QStringLiteral("Beat It Help!"));
     EXPECT_EQ(names(reader->songsMatchingString(songs, QStringLiteral("beat"))),
               QStringLiteral("Beat It Help! Beat It"));
+}
+
+TEST_F(ITunesLibraryReader, SortsTheListItIsGivenWhetherItsOrderIsKnownOrNot)
+{
+    using iTunesSortingForZR::Column;
+    EXPECT_EQ(names(iTunesLibraryReader(m_path).songsSorted(
+                  testSupport::songs({track("b"), track("A"), track("c")}), Column::Song, Qt::DescendingOrder)),
+              u"c b A");
+
+    const auto reader = readerOf(library(
+        QVariantMap{{QStringLiteral("1"), track("b", {{QStringLiteral("Artist"), QStringLiteral("x")}})},
+                    {QStringLiteral("2"), track("A", {{QStringLiteral("Artist"), QStringLiteral("z")}})},
+                    {QStringLiteral("3"), track("c", {{QStringLiteral("Artist"), QStringLiteral("Y")}})}},
+        QVariantList{playlist("Library", {1, 2, 3, 1})}));
+    const SongList songs = reader->songsInPlaylist(QStringLiteral("Library"));
+    EXPECT_EQ(names(reader->songsSorted(songs, Column::Song, Qt::AscendingOrder)), u"A b b c");
+    blockReading()->release(); // the one worker has ended what it had begun
+    EXPECT_EQ(names(reader->songsSorted(songs, Column::Song, Qt::AscendingOrder)), u"A b b c");
+    EXPECT_EQ(names(reader->songsSorted(songs, Column::Artist, Qt::DescendingOrder)), u"A c b b");
+    EXPECT_EQ(names(reader->songsSorted(songs, Column::Time, Qt::DescendingOrder)), u"b A c b");
+    const SongList foreign = testSupport::songs({track("d"), track("a")});
+    EXPECT_EQ(names(reader->songsSorted(foreign + songs, Column::Song, Qt::AscendingOrder)), u"a A b b c d");
 }
 
 TEST_F(ITunesLibraryReader, FindsTheUsersLibraryInTheMusicFolder)

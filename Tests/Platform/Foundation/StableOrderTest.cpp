@@ -60,6 +60,13 @@ TEST(StableOrder, OfTextsAgreesWithAStableSort)
     }
 }
 
+TEST(StableOrder, RanksTextsByHowManyStandBefore)
+{
+    const std::vector<QByteArrayView> texts{"b", "a", QByteArrayView(), "b", "c", "", "a"};
+    EXPECT_EQ(StableOrder::ranksOfTexts(texts), (std::vector<qint64>{4, 2, 0, 4, 6, 0, 2}));
+    EXPECT_TRUE(StableOrder::ranksOfTexts({}).empty());
+}
+
 TEST(StableOrder, PutsATextBehindItsOwnBeginningsAndTellsZerosFromTheEnd)
 {
     const std::vector<QByteArray> texts{"abcdefghi", QByteArray("abcdefgh\0", 9), "abcdefgh", "abcdefg",
