@@ -23,14 +23,35 @@ QByteArray readWhole(const QString &path)
     return bytes;
 }
 
-qint64 anonymousMemory()
+namespace {
+
+// A size in the table of the process's memory, in bytes; 0 where the system does not tell.
+qint64 memory(const char *kind)
 {
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly))
         return 0;
     const QByteArray text = status.readAll();
-    const qsizetype at = text.indexOf("RssAnon:");
-    return at < 0 ? 0 : text.mid(at + 8, text.indexOf("kB", at) - at - 8).trimmed().toLongLong() * 1024;
+    const qsizetype at = text.indexOf(kind);
+    const qsizetype value = at + qsizetype(qstrlen(kind));
+    return at < 0 ? 0 : text.mid(value, text.indexOf("kB", at) - value).trimmed().toLongLong() * 1024;
+}
+
+} // namespace
+
+qint64 anonymousMemory()
+{
+    return memory("RssAnon:");
+}
+
+qint64 residentMemory()
+{
+    return memory("VmRSS:");
+}
+
+qint64 peakResidentMemory()
+{
+    return memory("VmHWM:");
 }
 
 void require(bool condition, const char *message)

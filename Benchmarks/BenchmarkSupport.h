@@ -18,6 +18,9 @@ QByteArray readWhole(const QString &path);
 
 /// Bytes of private memory that this process holds now (0 where the system does not tell).
 qint64 anonymousMemory();
+/// The same of all memory that is resident, and the most that ever was.
+qint64 residentMemory();
+qint64 peakResidentMemory();
 
 /// Ends the program with a message when an answer is wrong: a fast wrong answer is no figure.
 void require(bool condition, const char *message);
