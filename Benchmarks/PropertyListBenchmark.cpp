@@ -3,7 +3,7 @@
 // freeing the result for none.
 
 #include "BenchmarkSupport.h"
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 
 #include <QtCore>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 
 /// Decodes every value of a list in every way, and compares it with itself.
 inline void decodeEverything(const platform::PropertyListView &value)

@@ -1,4 +1,4 @@
-#include "Platform/Foundation/PropertyListReaders_p.h"
+#include "Platform/Foundation/PropertyList/PropertyListReaders_p.h"
 #include "PropertyListDecoding.h"
 
 // Reads the bytes as an old-style text property list.

@@ -1,5 +1,5 @@
-#include "Platform/Foundation/PropertyListReaders_p.h"
-#include "Platform/Foundation/PropertyListXmlParser_p.h"
+#include "Platform/Foundation/PropertyList/PropertyListReaders_p.h"
+#include "Platform/Foundation/PropertyList/PropertyListXmlParser_p.h"
 #include "PropertyListDecoding.h"
 
 using namespace platform;

@@ -1,4 +1,4 @@
-#include "ZRCommon/AlbumReaderWorkUnit.h"
+#include "ZRCommon/AlbumReaderWorkUnit_p.h"
 
 #include "ZRCommon/iPhotoAlbumReader.h"
 #include "ZRFoundation/ZRProcessServer.h"

@@ -1,6 +1,6 @@
-#include "ZRCommon/LibraryReaderWorkUnit.h"
+#include "ZRCommon/LibraryReaderWorkUnit_p.h"
 
-#include "Platform/Foundation/PropertyListColumns.h"
+#include "Platform/Foundation/PropertyList/PropertyListColumns.h"
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/iTunesLibraryReader.h"
 #include "ZRCommon/SongRanks_p.h"

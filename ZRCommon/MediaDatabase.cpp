@@ -1,4 +1,6 @@
-#include "ZRCommon/MediaDatabase.h"
+#include "ZRCommon/MediaDatabase_p.h"
+
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 
 using platform::PropertyListIndex;
 using platform::PropertyListValue;

@@ -1,6 +1,6 @@
 #include "ZRCommon/SongRanks_p.h"
 
-#include "Platform/Foundation/StableOrder.h"
+#include "Platform/Foundation/StableOrder_p.h"
 #include "ZRCommon/SongTexts_p.h"
 
 using platform::PropertyListValue;

@@ -5,7 +5,7 @@
 //  This file is not part of the public interface. It may change from version to version.
 //
 
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 #include "ZRCommon/iTunesSortingForZR.h"
 #include "ZRCommon/SongList.h"
 

@@ -1,6 +1,6 @@
 #include "ZRCommon/SongTexts_p.h"
 
-#include "Platform/Foundation/SubstringSearch.h"
+#include "Platform/Foundation/SubstringSearch_p.h"
 #include "Platform/Foundation/TextFolding.h"
 
 #include <QHashFunctions>

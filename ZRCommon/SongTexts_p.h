@@ -6,7 +6,7 @@
 //  may change from version to version.
 //
 
-#include "Platform/Foundation/PropertyListColumns.h"
+#include "Platform/Foundation/PropertyList/PropertyListColumns.h"
 #include "ZRCommon/SongList.h"
 
 #include <QByteArray>

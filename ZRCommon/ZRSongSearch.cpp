@@ -1,7 +1,7 @@
 #include "ZRCommon/ZRSongSearch.h"
 
-#include "Platform/Foundation/PropertyListColumns.h"
-#include "Platform/Foundation/SubstringSearch.h"
+#include "Platform/Foundation/PropertyList/PropertyListColumns.h"
+#include "Platform/Foundation/SubstringSearch_p.h"
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/SongTexts_p.h"
 

@@ -4,8 +4,8 @@
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/TextFolding.h"
-#include "ZRCommon/AlbumReaderWorkUnit.h"
-#include "ZRCommon/MediaDatabase.h"
+#include "ZRCommon/AlbumReaderWorkUnit_p.h"
+#include "ZRCommon/MediaDatabase_p.h"
 #include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRFoundation/ZRProcessServer.h"
 

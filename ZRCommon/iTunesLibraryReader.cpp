@@ -2,8 +2,8 @@
 
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/NotificationCenter.h"
-#include "ZRCommon/LibraryReaderWorkUnit.h"
-#include "ZRCommon/MediaDatabase.h"
+#include "ZRCommon/LibraryReaderWorkUnit_p.h"
+#include "ZRCommon/MediaDatabase_p.h"
 #include "ZRCommon/SongRanks_p.h"
 #include "ZRCommon/ZRFileManagerExtensions.h"
 #include "ZRFoundation/ZRProcessServer.h"

@@ -1,7 +1,7 @@
 #include "ZRCommon/iTunesSortingForZR.h"
 
-#include "Platform/Foundation/PropertyListColumns.h"
-#include "Platform/Foundation/StableOrder.h"
+#include "Platform/Foundation/PropertyList/PropertyListColumns.h"
+#include "Platform/Foundation/StableOrder_p.h"
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/SongRanks_p.h"
 

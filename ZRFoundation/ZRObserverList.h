@@ -107,8 +107,7 @@ private:
                 std::erase(observers, nullptr);
         }
 
-        std::vector<Observer *>
-            observers; // null: removed during a delivery; taken out when the outermost one ends
+        std::vector<Observer *> observers; // null: removed during a delivery; taken out when the outermost one ends
         int deliveries = 0; // within one another
     };
 

@@ -1,5 +1,5 @@
 #include "Libraries.h"
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 #include "ToneFile.h"
 
 #include <QDateTime>

@@ -1,7 +1,7 @@
 #include "Libraries.h"
 #include "PhotoFile.h"
 #include "Pictures.h"
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 
 #include <QBuffer>
 #include <QDateTime>

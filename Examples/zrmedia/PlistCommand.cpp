@@ -4,7 +4,7 @@
 #include "Output.h"
 #include "Support.h"
 
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 
 #include <climits>
 

@@ -1,10 +1,8 @@
 #include "Platform/Foundation/AssertionHandler.h"
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 // Null stands for the default handler, so that a thread that never asks costs nothing.
 thread_local AssertionHandler *threadHandler = nullptr;
@@ -37,8 +35,8 @@ void AssertionHandler::setCurrentHandler(AssertionHandler *handler)
     threadHandler = handler;
 }
 
-void AssertionHandler::handleFailureInMethod(const QString &method, const QString &object,
-                                             const QString &file, int lineNumber, const QString &description)
+void AssertionHandler::handleFailureInMethod(const QString &method, const QString &object, const QString &file,
+                                             int lineNumber, const QString &description)
 {
     throw InternalInconsistency(method, object, file, lineNumber, description);
 }
@@ -65,8 +63,7 @@ void raiseFailure(const FailureSource &source, const FailureObject &object, cons
 
 void raiseInvalidParameter(const FailureSource &source, const FailureObject &object, const char *condition)
 {
-    raiseFailure(source, object,
-                 QStringLiteral("Invalid parameter not satisfying: ") + QString::fromUtf8(condition));
+    raiseFailure(source, object, QStringLiteral("Invalid parameter not satisfying: ") + QString::fromUtf8(condition));
 }
 
 } // namespace platform

@@ -24,8 +24,7 @@
 ///     if (!photo)
 ///         platform::raiseInvalidParameter({Q_FUNC_INFO, "PhotoReader", 274}, this, "photo_dict != NULL");
 
-namespace platform
-{
+namespace platform {
 
 /// The place in a source that reports a failure. `ZR_FAILURE_SOURCE` is the place where it is written.
 struct FailureSource {
@@ -41,10 +40,7 @@ public:
     InternalInconsistency(QString method, QString object, QString file, int line, QString description);
 
     QString method() const { return m_method; }
-    QString object() const
-    {
-        return m_object;
-    } ///< Class, address and, for a QObject with one, its name; or empty.
+    QString object() const { return m_object; } ///< Class, address and, for a QObject with one, its name; or empty.
     QString file() const { return m_file; } ///< Without folders.
     int line() const { return m_line; }
     QString description() const { return m_description; } ///< The exact text, with nothing added.
@@ -114,8 +110,7 @@ private:
 };
 
 /// Reports a failure with a fixed description.
-[[noreturn]] void raiseFailure(const FailureSource &source, const FailureObject &object,
-                               const QString &description);
+[[noreturn]] void raiseFailure(const FailureSource &source, const FailureObject &object, const QString &description);
 /// Reports a failure with the description "Invalid parameter not satisfying: %s", filled in with the
 /// condition.
 [[noreturn]] void raiseInvalidParameter(const FailureSource &source, const FailureObject &object,
@@ -126,8 +121,8 @@ private:
 #define ZR_FAILURE_SOURCE (::platform::FailureSource{Q_FUNC_INFO, __FILE__, __LINE__})
 
 /// Reports a failure of `object` (`this`, or nullptr in a function without one) unless the condition holds.
-#define ZR_ASSERT(object, condition, description)                                                            \
+#define ZR_ASSERT(object, condition, description)                                                                      \
     ((condition) ? void(0) : ::platform::raiseFailure(ZR_FAILURE_SOURCE, object, QStringLiteral(description)))
 /// The same with the condition's own text: "Invalid parameter not satisfying: index >= 0".
-#define ZR_ASSERT_PARAMETER(object, condition)                                                               \
+#define ZR_ASSERT_PARAMETER(object, condition)                                                                         \
     ((condition) ? void(0) : ::platform::raiseInvalidParameter(ZR_FAILURE_SOURCE, object, #condition))

@@ -5,8 +5,7 @@
 
 #include <utility>
 
-namespace platform
-{
+namespace platform {
 
 /// Logs the exception that is being handled as a warning: "what: exception text". To be called in a catch
 /// block.

@@ -11,11 +11,9 @@
 #include <mutex>
 #include <vector>
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 struct Call {
     const QLoggingCategory *category = nullptr;

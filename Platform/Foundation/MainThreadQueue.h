@@ -4,8 +4,7 @@
 
 #include <functional>
 
-namespace platform
-{
+namespace platform {
 
 /// Calls that other threads hand to the main thread, which is the one that made the application object.
 ///

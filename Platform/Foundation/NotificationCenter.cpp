@@ -13,11 +13,9 @@
 #include <thread>
 #include <vector>
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 struct Registration {
     quint64 serial = 0; // in the order of registering
@@ -55,8 +53,7 @@ class NotificationCenter::Registrations : public std::enable_shared_from_this<Re
 public:
     /// A registration that ends with its sender, and with its observer when there is one. Not yet told of
     /// anything.
-    RegistrationPointer make(QObject *observer, Handler handler, const QString &name,
-                             const NotificationObject &object);
+    RegistrationPointer make(QObject *observer, Handler handler, const QString &name, const NotificationObject &object);
     void add(const RegistrationPointer &registration);
     void end(const RegistrationPointer &registration);
     void endIf(const std::function<bool(const Registration &)> &condition);
@@ -77,8 +74,7 @@ private:
     std::map<QString, std::vector<RegistrationPointer>> m_byName; // under the empty name: those for any name
 };
 
-RegistrationPointer NotificationCenter::Registrations::make(QObject *observer, Handler handler,
-                                                            const QString &name,
+RegistrationPointer NotificationCenter::Registrations::make(QObject *observer, Handler handler, const QString &name,
                                                             const NotificationObject &object)
 {
     ZR_ASSERT_PARAMETER(nullptr, handler);
@@ -142,16 +138,15 @@ void NotificationCenter::Registrations::endIf(const std::function<bool(const Reg
         end(registration);
 }
 
-void NotificationCenter::Registrations::endWhenDestroyed(QObject *object,
-                                                         const RegistrationPointer &registration)
+void NotificationCenter::Registrations::endWhenDestroyed(QObject *object, const RegistrationPointer &registration)
 {
-    const auto death = QObject::connect(object, &QObject::destroyed,
-                                        [all = weak_from_this(), dying = std::weak_ptr(registration)] {
-                                            const auto registrations = all.lock();
-                                            const RegistrationPointer known = dying.lock();
-                                            if (registrations && known)
-                                                registrations->end(known);
-                                        });
+    const auto death =
+        QObject::connect(object, &QObject::destroyed, [all = weak_from_this(), dying = std::weak_ptr(registration)] {
+            const auto registrations = all.lock();
+            const RegistrationPointer known = dying.lock();
+            if (registrations && known)
+                registrations->end(known);
+        });
     registration->deaths.push_back(death);
 }
 
@@ -198,8 +193,7 @@ void NotificationCenter::Registrations::call(Registration &registration, const N
     const auto returned = qScopeGuard([&] {
         const std::lock_guard lock(m_mutex);
         const auto self = std::this_thread::get_id();
-        registration.callers.erase(
-            std::find(registration.callers.cbegin(), registration.callers.cend(), self));
+        registration.callers.erase(std::find(registration.callers.cbegin(), registration.callers.cend(), self));
         m_callReturned.notify_all();
     });
     registration.handler(notification);
@@ -219,8 +213,7 @@ NotificationCenter &NotificationCenter::workspaceCenter()
 
 NotificationCenter::NotificationCenter()
     : m_registrations(std::make_shared<Registrations>())
-{
-}
+{ }
 
 NotificationCenter::~NotificationCenter()
 {
@@ -234,8 +227,7 @@ void NotificationCenter::addObserver(QObject *observer, Handler handler, const Q
     m_registrations->add(m_registrations->make(observer, std::move(handler), name, object));
 }
 
-Observation NotificationCenter::addObserver(Handler handler, const QString &name,
-                                            const NotificationObject &object)
+Observation NotificationCenter::addObserver(Handler handler, const QString &name, const NotificationObject &object)
 {
     const RegistrationPointer registration = m_registrations->make(nullptr, std::move(handler), name, object);
     m_registrations->add(registration);
@@ -250,8 +242,7 @@ void NotificationCenter::removeObserver(QObject *observer)
     removeObserver(observer, {});
 }
 
-void NotificationCenter::removeObserver(QObject *observer, const QString &name,
-                                        const NotificationObject &object)
+void NotificationCenter::removeObserver(QObject *observer, const QString &name, const NotificationObject &object)
 {
     m_registrations->endIf([&](const Registration &registration) {
         return registration.observer == observer && (name.isEmpty() || registration.name == name)

@@ -13,8 +13,7 @@
 #include <type_traits>
 #include <typeinfo>
 
-namespace platform
-{
+namespace platform {
 
 /// What a notification is about: nothing, an object by its identity, or a value such as a path. Also the
 /// filter of a registration, where nothing means anything.
@@ -44,13 +43,11 @@ public:
     }
     /// The value, of any type that a QVariant can be made from.
     template <class T>
-    requires(
-        !std::is_pointer_v<std::decay_t<
-            T>> && !std::is_same_v<std::decay_t<T>, NotificationObject> && std::is_constructible_v<QVariant, T>)
+    requires(!std::is_pointer_v<std::decay_t<
+                 T>> && !std::is_same_v<std::decay_t<T>, NotificationObject> && std::is_constructible_v<QVariant, T>)
         NotificationObject(T &&value)
         : m_value(std::forward<T>(value))
-    {
-    }
+    { }
 
     bool isNothing() const { return !m_identity && !m_value.isValid(); }
 
@@ -78,8 +75,7 @@ public:
         : m_name(name)
         , m_object(object)
         , m_qObject(object.m_qObject)
-    {
-    }
+    { }
 
     const QString &name() const { return m_name; }
 
@@ -93,9 +89,8 @@ public:
             return dynamic_cast<T *>(m_qObject.data());
         } else {
             const bool died = m_object.m_qObject && !m_qObject;
-            return !died && m_object.m_type && *m_object.m_type == typeid(T)
-                ? static_cast<T *>(m_object.m_pointer)
-                : nullptr;
+            return !died && m_object.m_type && *m_object.m_type == typeid(T) ? static_cast<T *>(m_object.m_pointer)
+                                                                             : nullptr;
         }
     }
     /// Whether the notification is about this object or value.
@@ -165,8 +160,8 @@ public:
     /// @param object that the notifications must be about; anything when nothing
     template <std::derived_from<QObject> Observer, class Base>
     requires std::derived_from<Observer, Base>
-    void addObserver(Observer *observer, void (Base::*selector)(const Notification &),
-                     const QString &name = {}, const NotificationObject &object = {})
+    void addObserver(Observer *observer, void (Base::*selector)(const Notification &), const QString &name = {},
+                     const NotificationObject &object = {})
     {
         QObject *const watched = observer;
         addObserver(

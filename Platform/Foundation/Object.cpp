@@ -2,8 +2,7 @@
 
 #include "Platform/Foundation/TypeName.h"
 
-namespace platform
-{
+namespace platform {
 
 QString ObjectClass::name() const
 {

@@ -6,8 +6,7 @@
 #include <memory>
 #include <typeinfo>
 
-namespace platform
-{
+namespace platform {
 
 /// A class at run time: its name, its superclass, and its identity. Made by `ZR_OBJECT`, one for each class;
 /// lives as long as the process. Any thread.
@@ -17,8 +16,7 @@ public:
     ObjectClass(const std::type_info &type, const ObjectClass *superclass)
         : m_type(type)
         , m_superclass(superclass)
-    {
-    }
+    { }
     ObjectClass(const ObjectClass &) = delete;
     ObjectClass &operator=(const ObjectClass &) = delete;
 
@@ -31,10 +29,7 @@ public:
 
     /// Compares the C++ types rather than addresses, since each library that uses a class may hold its own
     /// record.
-    friend bool operator==(const ObjectClass &a, const ObjectClass &b)
-    {
-        return &a == &b || a.m_type == b.m_type;
-    }
+    friend bool operator==(const ObjectClass &a, const ObjectClass &b) { return &a == &b || a.m_type == b.m_type; }
 
 private:
     const std::type_info &m_type;
@@ -62,10 +57,7 @@ public:
     /// The object's own class at run time.
     virtual const ObjectClass &objectClass() const { return staticClass(); }
     /// Whether the object is of the class or of one of its subclasses.
-    bool isKindOfClass(const ObjectClass &someClass) const
-    {
-        return objectClass().isSubclassOfClass(someClass);
-    }
+    bool isKindOfClass(const ObjectClass &someClass) const { return objectClass().isSubclassOfClass(someClass); }
 
     /// Whether both stand for the same thing: identity, unless a class says otherwise. A class that overrides
     /// this overrides `hash` as well, keeps the relation symmetric, and does not let it change while the

@@ -4,18 +4,14 @@
 
 #include <unordered_set>
 
-namespace platform
-{
+namespace platform {
 
 /// Hashes and compares objects by what they stand for.
 struct ObjectHash {
     size_t operator()(const ObjectPointer &object) const { return object ? object->hash() : 0; }
 };
 struct ObjectEquality {
-    bool operator()(const ObjectPointer &a, const ObjectPointer &b) const
-    {
-        return areEqual(a.get(), b.get());
-    }
+    bool operator()(const ObjectPointer &a, const ObjectPointer &b) const { return areEqual(a.get(), b.get()); }
 };
 
 /// A set of objects in no order: of several equal objects it holds the one that was inserted first.

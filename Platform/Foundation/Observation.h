@@ -3,8 +3,7 @@
 #include <functional>
 #include <utility>
 
-namespace platform
-{
+namespace platform {
 
 /// A registration that ends by itself: as long as the observation lives, the observer is told. Made by the
 /// registering operations of observer lists and notification centres. May outlive what it was made by.
@@ -18,12 +17,10 @@ public:
     /// @param end ends the registration; called once
     explicit Observation(std::function<void()> end)
         : m_end(std::move(end))
-    {
-    }
+    { }
     Observation(Observation &&other) noexcept
         : m_end(std::exchange(other.m_end, nullptr))
-    {
-    }
+    { }
     Observation &operator=(Observation &&other) noexcept
     {
         Observation previous(std::exchange(m_end, std::exchange(other.m_end, nullptr)));

@@ -1,4 +1,3 @@
-#include "Platform/Foundation/SubstringSearch.h"
 #include "Platform/Foundation/SubstringSearch_p.h"
 
 #include <algorithm>

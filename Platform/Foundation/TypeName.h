@@ -4,8 +4,7 @@
 
 #include <typeinfo>
 
-namespace platform
-{
+namespace platform {
 
 /// The name of a C++ type as a programmer writes it, such as "platform::Number". For messages only: its form
 /// depends on the compiler. Any thread.

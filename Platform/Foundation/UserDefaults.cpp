@@ -1,7 +1,7 @@
 #include "Platform/Foundation/UserDefaults.h"
 
 #include "Platform/Foundation/FileManager.h"
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 
 #include <charconv>
 #include <cmath>

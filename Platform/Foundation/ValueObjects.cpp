@@ -5,11 +5,9 @@
 #include <cmath>
 #include <limits>
 
-namespace platform
-{
+namespace platform {
 
-namespace
-{
+namespace {
 
 constexpr double twoToThe63 = 9223372036854775808.0;
 
@@ -79,12 +77,9 @@ size_t String::hash() const
 bool Array::isEqual(const Object &other) const
 {
     const auto *array = dynamic_cast<const Array *>(&other);
-    const auto equal = [](const ObjectPointer &a, const ObjectPointer &b) {
-        return areEqual(a.get(), b.get());
-    };
+    const auto equal = [](const ObjectPointer &a, const ObjectPointer &b) { return areEqual(a.get(), b.get()); };
     return array
-        && std::equal(m_objects.cbegin(), m_objects.cend(), array->m_objects.cbegin(),
-                      array->m_objects.cend(), equal);
+        && std::equal(m_objects.cbegin(), m_objects.cend(), array->m_objects.cbegin(), array->m_objects.cend(), equal);
 }
 
 size_t Array::hash() const

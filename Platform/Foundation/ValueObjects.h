@@ -11,8 +11,7 @@
 /// @file
 /// Plain values as objects, for where an object is asked for. All are immutable and compare by value.
 
-namespace platform
-{
+namespace platform {
 
 /// A whole or real number. A whole number equals the real one of exactly the same value; not-a-number equals
 /// itself.
@@ -22,12 +21,10 @@ class Number : public Object
 public:
     explicit Number(qint64 value)
         : m_value(value)
-    {
-    }
+    { }
     explicit Number(int value)
         : Number(qint64(value))
-    {
-    }
+    { }
     /// A real number without a fraction is the same as the whole one.
     explicit Number(double value);
 
@@ -49,8 +46,7 @@ class String : public Object
 public:
     explicit String(QString value)
         : m_value(std::move(value))
-    {
-    }
+    { }
     const QString &value() const { return m_value; }
 
     bool isEqual(const Object &other) const override;
@@ -67,8 +63,7 @@ class Array : public Object
 public:
     explicit Array(QList<ObjectPointer> objects)
         : m_objects(std::move(objects))
-    {
-    }
+    { }
     const QList<ObjectPointer> &objects() const { return m_objects; }
 
     bool isEqual(const Object &other) const override;
@@ -87,8 +82,7 @@ public:
     explicit WrappedQObject(QObject *object)
         : m_object(object)
         , m_address(object)
-    {
-    }
+    { }
     /// Null once it has died.
     QObject *object() const { return m_object; }
 

@@ -1,7 +1,7 @@
 #include "zrmedia/JsonWriter.h"
 #include "zrmedia/Output.h"
 
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 
 #include <gtest/gtest.h>
 

@@ -116,8 +116,8 @@ QString testSupport::homePath()
     return home->path();
 }
 
-// Every test program has an application object unless its tests make their own, an isolated home folder, and fails the running test on any message
-// of warning level or above that the test did not announce.
+// Every test program has an application object unless its tests make their own, an isolated home folder, and fails the
+// running test on any message of warning level or above that the test did not announce.
 int main(int argc, char **argv)
 {
     testing::InitGoogleMock(&argc, argv);

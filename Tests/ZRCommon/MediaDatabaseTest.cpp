@@ -1,4 +1,4 @@
-#include "ZRCommon/MediaDatabase.h"
+#include "ZRCommon/MediaDatabase_p.h"
 
 #include "ReaderTestSupport.h"
 

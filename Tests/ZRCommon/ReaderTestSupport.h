@@ -2,10 +2,10 @@
 
 #include "Platform/Foundation/NotificationCenter.h"
 #include "Support/TestSupport.h"
-#include "ZRCommon/AlbumReaderWorkUnit.h"
+#include "ZRCommon/AlbumReaderWorkUnit_p.h"
 #include "ZRCommon/iPhotoAlbumReader.h"
 #include "ZRCommon/iTunesLibraryReader.h"
-#include "ZRCommon/LibraryReaderWorkUnit.h"
+#include "ZRCommon/LibraryReaderWorkUnit_p.h"
 #include "ZRFoundation/ZRProcessServer.h"
 
 #include <future>

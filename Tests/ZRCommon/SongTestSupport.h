@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 #include "ZRCommon/SongList.h"
 
 #include <QVariant>

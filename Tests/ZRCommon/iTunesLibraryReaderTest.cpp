@@ -437,15 +437,15 @@ TEST_F(ITunesLibraryReader, SearchesTheListItIsGiven)
 TEST_F(ITunesLibraryReader, SortsTheListItIsGivenWhetherItsOrderIsKnownOrNot)
 {
     using iTunesSortingForZR::Column;
-    EXPECT_EQ(names(iTunesLibraryReader(m_path).songsSorted(
-                  testSupport::songs({track("b"), track("A"), track("c")}), Column::Song, Qt::DescendingOrder)),
+    EXPECT_EQ(names(iTunesLibraryReader(m_path).songsSorted(testSupport::songs({track("b"), track("A"), track("c")}),
+                                                            Column::Song, Qt::DescendingOrder)),
               u"c b A");
 
-    const auto reader = readerOf(library(
-        QVariantMap{{QStringLiteral("1"), track("b", {{QStringLiteral("Artist"), QStringLiteral("x")}})},
-                    {QStringLiteral("2"), track("A", {{QStringLiteral("Artist"), QStringLiteral("z")}})},
-                    {QStringLiteral("3"), track("c", {{QStringLiteral("Artist"), QStringLiteral("Y")}})}},
-        QVariantList{playlist("Library", {1, 2, 3, 1})}));
+    const auto reader = readerOf(
+        library(QVariantMap{{QStringLiteral("1"), track("b", {{QStringLiteral("Artist"), QStringLiteral("x")}})},
+                            {QStringLiteral("2"), track("A", {{QStringLiteral("Artist"), QStringLiteral("z")}})},
+                            {QStringLiteral("3"), track("c", {{QStringLiteral("Artist"), QStringLiteral("Y")}})}},
+                QVariantList{playlist("Library", {1, 2, 3, 1})}));
     const SongList songs = reader->songsInPlaylist(QStringLiteral("Library"));
     EXPECT_EQ(names(reader->songsSorted(songs, Column::Song, Qt::AscendingOrder)), u"A b b c");
     blockReading()->release(); // the one worker has ended what it had begun

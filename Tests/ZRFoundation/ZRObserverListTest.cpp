@@ -9,8 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 struct Observer {
     virtual ~Observer() = default;
@@ -23,8 +22,7 @@ struct NotingObserver : Observer {
     NotingObserver(QStringList &callList, const QString &ownName)
         : calls(callList)
         , name(ownName)
-    {
-    }
+    { }
     void didChange(int value) override
     {
         calls.append(name + QString::number(value));

@@ -11,8 +11,7 @@
 #include <future>
 #include <stdexcept>
 
-namespace
-{
+namespace {
 
 using testSupport::waitUntil;
 
@@ -45,8 +44,7 @@ public:
     using Script = std::function<void(ScriptedUnit &, ZRProcessServer &)>;
     explicit ScriptedUnit(Script script)
         : m_script(std::move(script))
-    {
-    }
+    { }
     ~ScriptedUnit() override
     {
         if (onDestruction)
@@ -69,10 +67,7 @@ protected:
         const auto *test = testing::UnitTest::GetInstance()->current_test_info();
         return ZRProcessServer::processServerWithName(QString::fromUtf8(test->name()), count);
     }
-    void add(ScriptedUnit::Script script)
-    {
-        server().addWorkUnit(std::make_shared<ScriptedUnit>(std::move(script)));
-    }
+    void add(ScriptedUnit::Script script) { server().addWorkUnit(std::make_shared<ScriptedUnit>(std::move(script))); }
     // Processes everything that was added before.
     void finish()
     {
@@ -98,8 +93,7 @@ TEST_F(ZRProcessServerTest, IsTheOneServerOfItsName)
 
 TEST_F(ZRProcessServerTest, RefusesToBeMadeWithoutWorkers)
 {
-    EXPECT_THROW(ZRProcessServer::processServerWithName(QStringLiteral("none"), 0),
-                 platform::InternalInconsistency);
+    EXPECT_THROW(ZRProcessServer::processServerWithName(QStringLiteral("none"), 0), platform::InternalInconsistency);
 }
 
 TEST_F(ZRProcessServerTest, RefusesToQueueNothingAndToTellNobody)
@@ -183,8 +177,7 @@ TEST_F(ZRProcessServerTest, DropsDeliveriesToTheDead)
         void take(const std::shared_ptr<int> &) { ADD_FAILURE() << "called after death"; }
     };
     auto taker = std::make_shared<Taker>();
-    add([&, qtPointer = QPointer(qtReceiver.get()), weak = std::weak_ptr(taker)](auto &,
-                                                                                 ZRProcessServer &worker) {
+    add([&, qtPointer = QPointer(qtReceiver.get()), weak = std::weak_ptr(taker)](auto &, ZRProcessServer &worker) {
         worker.performSelectorOnObject(weak, &Taker::take, argument);
         worker.performSelectorOnObject(qtPointer, &QtReceiver::note, 1);
         delivered.set_value();
@@ -311,8 +304,7 @@ TEST_F(ZRProcessServerTest, StillProcessesAUnitThatWasCancelledInTheQueue)
 struct Observer : ZRProcessObserver {
     explicit Observer(Receiver &log)
         : receiver(log)
-    {
-    }
+    { }
     void processServerDidBeginWorkUnit(ZRProcessServer &server, ZRWorkUnit &) override
     {
         receiver.note(QStringLiteral("began"));

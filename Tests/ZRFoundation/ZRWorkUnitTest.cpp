@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 struct Unit : ZRWorkUnit {
     void processWithServer(ZRProcessServer &) override { }

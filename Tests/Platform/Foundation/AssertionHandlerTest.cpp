@@ -8,8 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 using platform::AssertionHandler;
 using platform::InternalInconsistency;
@@ -52,11 +51,9 @@ TEST(AssertionHandler, NamesTheConditionMethodObjectFileAndLine)
     const int line = __LINE__ - 32;
     const auto failure = failureOf([&] { strip.addIndex(8); });
     ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->description(),
-              QStringLiteral("Invalid parameter not satisfying: index >= 0 && index < 8"));
+    EXPECT_EQ(failure->description(), QStringLiteral("Invalid parameter not satisfying: index >= 0 && index < 8"));
     EXPECT_TRUE(failure->method().contains(QStringLiteral("Strip::addIndex"))) << failure->what();
-    EXPECT_EQ(failure->object(),
-              QStringLiteral("(anonymous namespace)::Strip 0x%1").arg(quintptr(&strip), 0, 16));
+    EXPECT_EQ(failure->object(), QStringLiteral("(anonymous namespace)::Strip 0x%1").arg(quintptr(&strip), 0, 16));
     EXPECT_EQ(failure->file(), QStringLiteral("AssertionHandlerTest.cpp"));
     EXPECT_EQ(failure->line(), line);
 }
@@ -86,15 +83,13 @@ TEST(AssertionHandler, TellsItAllInOneLineOfText)
                                         QStringLiteral("Strip.cpp"), 12, QStringLiteral("no view – here"));
     const std::exception &exception = failure;
     EXPECT_STREQ(exception.what(), "no view – here (in addIndex of Strip 0x1, Strip.cpp:12)");
-    const InternalInconsistency inFunction(QStringLiteral("add"), {}, QStringLiteral("a.cpp"), 1,
-                                           QStringLiteral("b"));
+    const InternalInconsistency inFunction(QStringLiteral("add"), {}, QStringLiteral("a.cpp"), 1, QStringLiteral("b"));
     EXPECT_STREQ(inFunction.what(), "b (in add, a.cpp:1)");
 }
 
 TEST(AssertionHandler, NamesObjectsByTheirRunTimeClassAndName)
 {
-    struct Panel : QObject {
-    };
+    struct Panel : QObject { };
     Panel panel;
     panel.setObjectName(QStringLiteral("inspector"));
     const QObject *const object = &panel;
@@ -125,8 +120,7 @@ TEST(AssertionHandler, CanBeReplacedForTheThread)
     EXPECT_EQ(&AssertionHandler::currentHandler(), &handler);
     Strip strip;
     EXPECT_THROW(strip.readPhoto(), std::string);
-    EXPECT_EQ(handler.noted,
-              QStringLiteral("PhotoReader:274 Invalid parameter not satisfying: photo_dict != NULL"));
+    EXPECT_EQ(handler.noted, QStringLiteral("PhotoReader:274 Invalid parameter not satisfying: photo_dict != NULL"));
     std::thread([&] {
         EXPECT_NE(&AssertionHandler::currentHandler(), &handler);
         EXPECT_THROW(strip.readPhoto(), InternalInconsistency);

@@ -5,8 +5,7 @@
 
 #include <stdexcept>
 
-namespace
-{
+namespace {
 
 Q_LOGGING_CATEGORY(testLog, "zr.test")
 
@@ -28,8 +27,8 @@ TEST(EventBoundary, LogsAFailedAssertionWithItsDescription)
 {
     testSupport::expectWarning(
         QStringLiteral("platform::InternalInconsistency: Invalid parameter not satisfying: 1 == 2"));
-    EXPECT_FALSE(platform::callGuarded(testLog(), QStringLiteral("call"),
-                                       [] { ZR_ASSERT_PARAMETER(nullptr, 1 == 2); }));
+    EXPECT_FALSE(
+        platform::callGuarded(testLog(), QStringLiteral("call"), [] { ZR_ASSERT_PARAMETER(nullptr, 1 == 2); }));
 }
 
 TEST(EventBoundary, LogsAnExceptionThatIsNone)

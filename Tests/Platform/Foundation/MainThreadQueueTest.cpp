@@ -9,8 +9,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace
-{
+namespace {
 
 using platform::MainThreadQueue;
 using testSupport::waitUntil;

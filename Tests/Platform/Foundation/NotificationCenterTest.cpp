@@ -12,8 +12,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace
-{
+namespace {
 
 using platform::Notification;
 using platform::NotificationCenter;
@@ -23,8 +22,7 @@ using platform::Observation;
 const QString didChange = QStringLiteral("DidChangeNotification");
 const QString willClose = QStringLiteral("WillCloseNotification");
 
-struct Sender : QObject {
-};
+struct Sender : QObject { };
 struct PlainSender {
     int value = 0;
 };
@@ -38,8 +36,7 @@ struct Right {
     virtual ~Right() = default;
     int right = 0;
 };
-struct Both : Left, Right {
-};
+struct Both : Left, Right { };
 
 struct Observer : QObject {
     int told = 0;
@@ -67,8 +64,7 @@ protected:
 
 TEST_F(NotificationCenterTest, HasADefaultAndAWorkspaceInstanceThatShareNothing)
 {
-    const Observation observation =
-        NotificationCenter::defaultCenter().addObserver(noting(QStringLiteral("default")));
+    const Observation observation = NotificationCenter::defaultCenter().addObserver(noting(QStringLiteral("default")));
     NotificationCenter::workspaceCenter().postNotification(didChange);
     EXPECT_TRUE(calls.isEmpty());
     NotificationCenter::defaultCenter().postNotification(didChange);
@@ -156,8 +152,7 @@ TEST_F(NotificationCenterTest, CarriesItsNameAndAnObjectOrAValue)
 TEST_F(NotificationCenterTest, KnowsAnObjectByWhateverBaseClassItIsPointedTo)
 {
     Both both;
-    ASSERT_NE(static_cast<void *>(static_cast<Left *>(&both)),
-              static_cast<void *>(static_cast<Right *>(&both)));
+    ASSERT_NE(static_cast<void *>(static_cast<Left *>(&both)), static_cast<void *>(static_cast<Right *>(&both)));
     const Observation observation = center.addObserver(
         [&](const Notification &notification) {
             EXPECT_EQ(notification.object<Right>(), &both);
@@ -180,8 +175,7 @@ TEST_F(NotificationCenterTest, TakesANullObjectAsNothing)
 
 TEST_F(NotificationCenterTest, RefusesToRegisterNothing)
 {
-    EXPECT_THROW(center.addObserver(static_cast<QObject *>(nullptr), noting({})),
-                 platform::InternalInconsistency);
+    EXPECT_THROW(center.addObserver(static_cast<QObject *>(nullptr), noting({})), platform::InternalInconsistency);
     EXPECT_THROW((void)center.addObserver(nullptr), platform::InternalInconsistency);
 }
 
@@ -220,8 +214,7 @@ TEST_F(NotificationCenterTest, DoesNotCallAMemberFunctionOfAnObjectThatIsHalfDes
     struct Poster : QObject {
         explicit Poster(NotificationCenter &used)
             : center(used)
-        {
-        }
+        { }
         ~Poster() override { center.postNotification(didChange); }
         NotificationCenter &center;
     };
@@ -229,8 +222,7 @@ TEST_F(NotificationCenterTest, DoesNotCallAMemberFunctionOfAnObjectThatIsHalfDes
         Derived(NotificationCenter &used, int &count)
             : Poster(used)
             , told(count)
-        {
-        }
+        { }
         void changed(const Notification &) { ++told; }
         int &told;
     };
@@ -439,9 +431,8 @@ TEST_F(NotificationCenterTest, MayBeDestroyedDuringADelivery)
 TEST_F(NotificationCenterTest, CallsObserversOnThePostingThread)
 {
     std::thread::id thread;
-    const Observation observation =
-        center.addObserver([&](const Notification &) { thread = std::this_thread::get_id(); }, didChange,
-                           QStringLiteral("/path"));
+    const Observation observation = center.addObserver(
+        [&](const Notification &) { thread = std::this_thread::get_id(); }, didChange, QStringLiteral("/path"));
     std::thread poster([&] { center.postNotification(didChange, QStringLiteral("/path")); });
     const auto posterId = poster.get_id();
     poster.join();

@@ -23,8 +23,7 @@ class Photo : public platform::Object
     ZR_OBJECT(Photo, platform::Object)
 };
 
-namespace
-{
+namespace {
 
 using platform::areEqual;
 using platform::Array;
@@ -89,8 +88,7 @@ TEST(Object, ComparesNumbersByValue)
     EXPECT_TRUE(equal(Number(3), Number(3.0)));
     EXPECT_TRUE(equal(Number(0), Number(-0.0)));
     EXPECT_FALSE(equal(Number(3), Number(3.5)));
-    EXPECT_FALSE(equal(Number((qint64(1) << 53) + 1), Number(9007199254740992.0)))
-        << "equal only when rounded";
+    EXPECT_FALSE(equal(Number((qint64(1) << 53) + 1), Number(9007199254740992.0))) << "equal only when rounded";
     EXPECT_TRUE(equal(Number(std::nan("")), Number(std::nan(""))));
     EXPECT_TRUE(equal(Number(1e300), Number(1e300)));
     EXPECT_FALSE(Number(3).isEqual(String(QStringLiteral("3"))));

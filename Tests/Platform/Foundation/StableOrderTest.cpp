@@ -1,4 +1,4 @@
-#include "Platform/Foundation/StableOrder.h"
+#include "Platform/Foundation/StableOrder_p.h"
 
 #include <QByteArray>
 

@@ -8,8 +8,7 @@
 #include <future>
 
 // The servers across the life of application objects. These tests make application objects of their own.
-namespace
-{
+namespace {
 
 struct Application {
     int argc = 1;
@@ -37,8 +36,7 @@ class CountingUnit : public ZRWorkUnit
 public:
     explicit CountingUnit(std::shared_ptr<Counter> counter)
         : m_counter(std::move(counter))
-    {
-    }
+    { }
     ~CountingUnit() override
     {
         ++m_counter->letGo;

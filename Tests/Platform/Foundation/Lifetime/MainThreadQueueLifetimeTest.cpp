@@ -7,8 +7,7 @@
 #include <gtest/gtest.h>
 
 // The queue across the life of application objects. These tests make application objects of their own.
-namespace
-{
+namespace {
 
 using platform::MainThreadQueue;
 
@@ -69,8 +68,7 @@ TEST(MainThreadQueueLifetime, DropsWaitingCallsAtTheEndAlsoThoseThatPostMore)
     const auto held = std::make_shared<int>();
     {
         const Application application;
-        MainThreadQueue::post(testLog(),
-                              [held, poster = std::make_shared<Poster>()] { ADD_FAILURE() << "was made"; });
+        MainThreadQueue::post(testLog(), [held, poster = std::make_shared<Poster>()] { ADD_FAILURE() << "was made"; });
     }
     EXPECT_EQ(held.use_count(), 1);
     const Application application;
