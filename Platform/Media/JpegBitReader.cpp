@@ -14,10 +14,11 @@ JpegBitReader::JpegBitReader(const ImageInput &input)
     , m_data(m_memory.get() + rawSize)
     , m_raw(m_memory.get())
     , m_rawEnd(m_raw)
-    , m_next(m_data)
     , m_dataEnd(m_data)
     , m_refillAt(m_data)
-{ }
+{
+    m_bits.m_next = m_data;
+}
 
 void JpegBitReader::start(qint64 offset)
 {
@@ -30,9 +31,8 @@ void JpegBitReader::start(qint64 offset)
         m_raw = m_rawEnd = rawBegin();
     }
     m_atMarker = false;
-    m_bits = 0;
-    m_count = 0;
-    m_next = m_dataEnd = m_refillAt = m_data;
+    m_bits = JpegBits();
+    m_bits.m_next = m_dataEnd = m_refillAt = m_data;
     fill();
 }
 
@@ -52,13 +52,13 @@ bool JpegBitReader::readRaw()
 bool JpegBitReader::fill()
 {
     // The bits that were taken up but not used are not counted as read.
-    if (m_next - (m_count >> 3) > m_dataEnd)
+    if (m_bits.m_next - (m_bits.m_count >> 3) > m_dataEnd)
         return false;
     if (m_atMarker)
         return true;
-    const qsizetype kept = m_dataEnd - m_next;
-    std::memmove(m_data, m_next, size_t(kept));
-    m_next = m_data;
+    const qsizetype kept = m_dataEnd - m_bits.m_next;
+    std::memmove(m_data, m_bits.m_next, size_t(kept));
+    m_bits.m_next = m_data;
     copyData(m_data + kept, m_data + dataSize);
     std::memset(const_cast<uchar *>(m_dataEnd), 0, size_t(zerosSize));
     m_refillAt = m_atMarker ? m_dataEnd : m_dataEnd - preparedBytes;
@@ -95,9 +95,8 @@ void JpegBitReader::copyData(uchar *to, uchar *end)
 void JpegBitReader::skipToMarker()
 {
     while (!m_atMarker) {
-        m_next = m_dataEnd;
-        m_count = 0;
-        m_bits = 0;
+        m_bits = JpegBits();
+        m_bits.m_next = m_dataEnd;
         fill();
     }
     // A marker may be preceded by any number of bytes 0xFF.

@@ -219,21 +219,22 @@ std::optional<Error> JpegDcDecoder::decodeScan(const JpegSegment &segment, QByte
         m_segments.skipScan();
         return std::nullopt;
     }
-    JpegBitReader bits(m_input);
-    bits.start(segment.offset + segment.length);
-    if (std::optional<Error> error = m_isProgressive ? decodeUnits<true>(scan, bits) : decodeUnits<false>(scan, bits))
+    JpegBitReader reader(m_input);
+    reader.start(segment.offset + segment.length);
+    if (std::optional<Error> error =
+            m_isProgressive ? decodeUnits<true>(scan, reader) : decodeUnits<false>(scan, reader))
         return error;
     for (const ScanComponent &component : scan.components)
         m_components[component.index].isDecoded = true;
     if (!isComplete()) {
-        bits.skipToMarker();
-        m_segments.seek(bits.markerOffset());
+        reader.skipToMarker();
+        m_segments.seek(reader.markerOffset());
     }
     return std::nullopt;
 }
 
 template <bool isProgressive>
-std::optional<Error> JpegDcDecoder::decodeUnits(Scan &scan, JpegBitReader &bits)
+std::optional<Error> JpegDcDecoder::decodeUnits(Scan &scan, JpegBitReader &reader)
 {
     const QSize size = m_picture.size;
     int columns = divideUp(size.width(), 8 * m_maximumHorizontal);
@@ -247,41 +248,20 @@ std::optional<Error> JpegDcDecoder::decodeUnits(Scan &scan, JpegBitReader &bits)
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < columns; ++column) {
             if (m_restartInterval > 0 && untilRestart-- == 0) {
-                if (!restart(scan, bits))
+                if (!restart(scan, reader))
                     return endEarly(scan, row, rows);
                 untilRestart = m_restartInterval - 1;
             }
-            if (!bits.prepare() || !decodeUnit<isProgressive>(scan, bits, column, row))
+            if (!reader.prepare() || !decodeUnit<isProgressive>(scan, reader, column, row))
                 return endEarly(scan, row, rows);
         }
     }
     return std::nullopt;
 }
 
-template <bool isProgressive>
-bool JpegDcDecoder::decodeUnit(Scan &scan, JpegBitReader &bits, int column, int row)
-{
-    const bool isInterleaved = scan.components.size() > 1;
-    for (ScanComponent &component : scan.components) {
-        JpegEighth::Component &shape = m_picture.components[component.index];
-        const int across = isInterleaved ? shape.horizontalSampling : 1;
-        const int down = isInterleaved ? shape.verticalSampling : 1;
-        for (int y = row * down; y < (row + 1) * down; ++y) {
-            uchar *const samples = shape.plane.row(y) + column * across;
-            for (int x = 0; x < across; ++x) {
-                if (!decodeBlock<isProgressive>(component, bits))
-                    return false;
-                const qint64 mean = (qint64(component.predictor) * component.factor + component.offset) >> 3;
-                samples[x] = uchar(std::clamp<qint64>(mean, 0, 255));
-            }
-        }
-    }
-    return true;
-}
-
 // The innermost loop: nearly all of the time of a thumbnail is spent here.
 template <bool isProgressive>
-inline bool JpegDcDecoder::decodeBlock(ScanComponent &component, JpegBitReader &bits) const
+Q_ALWAYS_INLINE bool JpegDcDecoder::decodeBlock(ScanComponent &component, JpegBits &bits)
 {
     constexpr int lookUpBits = JpegHuffmanTable::lookUpBits;
     const auto symbolOf = [&](const JpegHuffmanTable &table) {
@@ -306,14 +286,15 @@ inline bool JpegDcDecoder::decodeBlock(ScanComponent &component, JpegBitReader &
     for (quint32 index = 1;;) {
         bits.refill();
         quint32 run = 0;
-        for (int i = 0; i < 3; ++i) {
+        const auto passRun = [&] {
             run = table.run(bits.peek(lookUpBits));
             index += run >> JpegHuffmanTable::lengthBits;
             if (Q_UNLIKELY(index >= end))
-                break;
+                return false;
             bits.skip(int(run & lengthMask));
-        }
-        if (Q_LIKELY(index < end))
+            return true;
+        };
+        if (Q_LIKELY(passRun() && passRun() && passRun())) // as many as a refill is sure to be enough for
             continue;
         if (Q_LIKELY(index - JpegHuffmanTable::EndOfBlock < end || index == end)) {
             bits.skip(int(run & lengthMask));
@@ -334,13 +315,36 @@ inline bool JpegDcDecoder::decodeBlock(ScanComponent &component, JpegBitReader &
     }
 }
 
-bool JpegDcDecoder::restart(Scan &scan, JpegBitReader &bits) const
+template <bool isProgressive>
+Q_ALWAYS_INLINE bool JpegDcDecoder::decodeUnit(Scan &scan, JpegBitReader &reader, int column, int row)
 {
-    bits.skipToMarker();
-    const uchar marker = bits.marker();
+    const bool isInterleaved = scan.components.size() > 1;
+    JpegBits bits = reader.bits();
+    for (ScanComponent &component : scan.components) {
+        JpegEighth::Component &shape = m_picture.components[component.index];
+        const int across = isInterleaved ? shape.horizontalSampling : 1;
+        const int down = isInterleaved ? shape.verticalSampling : 1;
+        for (int y = row * down; y < (row + 1) * down; ++y) {
+            uchar *const samples = shape.plane.row(y) + column * across;
+            for (int x = 0; x < across; ++x) {
+                if (!decodeBlock<isProgressive>(component, bits))
+                    return false;
+                const qint64 mean = (qint64(component.predictor) * component.factor + component.offset) >> 3;
+                samples[x] = uchar(std::clamp<qint64>(mean, 0, 255));
+            }
+        }
+    }
+    reader.setBits(bits);
+    return true;
+}
+
+bool JpegDcDecoder::restart(Scan &scan, JpegBitReader &reader) const
+{
+    reader.skipToMarker();
+    const uchar marker = reader.marker();
     if (marker < FirstRestart || marker > LastRestart)
         return false;
-    bits.start(bits.markerOffset() + 2);
+    reader.start(reader.markerOffset() + 2);
     for (ScanComponent &component : scan.components)
         component.predictor = 0;
     return true;

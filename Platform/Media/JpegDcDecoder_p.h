@@ -15,6 +15,7 @@
 namespace platform {
 
 class JpegBitReader;
+class JpegBits;
 
 /// A picture at an eighth of its width and height: the mean of every block of 8 by 8 samples.
 struct JpegEighth {
@@ -70,12 +71,12 @@ private:
     std::optional<Error> decodeScan(const JpegSegment &segment, QByteArrayView content);
     Result<Scan> readScan(QByteArrayView content);
     template <bool isProgressive>
-    std::optional<Error> decodeUnits(Scan &scan, JpegBitReader &bits);
+    std::optional<Error> decodeUnits(Scan &scan, JpegBitReader &reader);
     template <bool isProgressive>
-    bool decodeUnit(Scan &scan, JpegBitReader &bits, int column, int row);
+    bool decodeUnit(Scan &scan, JpegBitReader &reader, int column, int row);
     template <bool isProgressive>
-    bool decodeBlock(ScanComponent &component, JpegBitReader &bits) const;
-    bool restart(Scan &scan, JpegBitReader &bits) const;
+    static bool decodeBlock(ScanComponent &component, JpegBits &bits);
+    bool restart(Scan &scan, JpegBitReader &reader) const;
     std::optional<Error> endEarly(const Scan &scan, int row, int rows);
     bool isComplete() const;
 

@@ -39,14 +39,13 @@ public:
     Symbol longSymbol(quint32 bits) const;
 
     /// What several codes that follow each other, with the bits of their coefficients, come to: how many bits they take
-    /// (in the lower five bits of the number), and how far they advance in the block (above these). To the latter
-    /// EndOfBlock is added where the last of the codes ends the block, and it is NotTold where the first code already
-    /// has to be looked at by itself.
-    /// Known once `prepareRuns` was called.
+    /// (in the lower six bits of the number, as many as a shift looks at), and how far they advance in the block (above
+    /// these). To the latter EndOfBlock is added where the last of the codes ends the block, and it is NotTold where
+    /// the first code already has to be looked at by itself. Known once `prepareRuns` was called.
     quint32 run(quint32 bits) const { return m_runs[bits]; }
     static constexpr quint32 EndOfBlock = 128;
     static constexpr quint32 NotTold = 256;
-    static constexpr int lengthBits = 5;
+    static constexpr int lengthBits = 6;
     /// The most bits that a run takes: three of them are sure to fit into what the reader holds.
     static constexpr int longestRun = 18;
 

@@ -4,6 +4,7 @@
 
 #include <QPainter>
 
+#include <algorithm>
 #include <memory>
 
 #include <turbojpeg.h>
@@ -37,6 +38,18 @@ QByteArray compressed(const Compress &compress)
     return isDone ? QByteArray(reinterpret_cast<const char *>(bytes), qsizetype(size)) : QByteArray();
 }
 
+// The library reads the luma up to where that of whole samples of colour ends.
+Plane evenSided(const Plane &plane)
+{
+    Plane result(plane.width + plane.width % 2, plane.height + plane.height % 2);
+    for (int y = 0; y < result.height; ++y) {
+        const uchar *const from = plane.row(std::min(y, plane.height - 1));
+        std::copy_n(from, plane.width, result.row(y));
+        result.row(y)[result.width - 1] = from[plane.width - 1];
+    }
+    return result;
+}
+
 // On white, three bytes or one byte for each pixel.
 QImage flattened(const QImage &image)
 {
@@ -63,19 +76,21 @@ QByteArray JpegWriter::encoded(const QImage &image, int quality)
     return compressed([&](unsigned char **bytes, unsigned long *size) {
         return tjCompress2(compressor(), picture.constBits(), picture.width(), int(picture.bytesPerLine()),
                            picture.height(), isGrey ? TJPF_GRAY : TJPF_RGB, bytes, size,
-                           isGrey ? TJSAMP_GRAY : TJSAMP_420, quality, 0);
+                           isGrey ? TJSAMP_GRAY : TJSAMP_420, quality, TJFLAG_ACCURATEDCT);
     });
 }
 
 QByteArray JpegWriter::encoded(const JpegPlanes &planes)
 {
-    const unsigned char *bytesOfPlanes[] = {planes.luma.bytes.data(), planes.blue.bytes.data(),
-                                            planes.red.bytes.data()};
-    const int strides[] = {planes.luma.width, planes.blue.width, planes.red.width};
+    const bool isGrey = planes.blue.isEmpty();
+    const int width = planes.luma.width, height = planes.luma.height;
+    const Plane luma = isGrey ? planes.luma : evenSided(planes.luma);
+    const unsigned char *bytesOfPlanes[] = {luma.bytes.data(), planes.blue.bytes.data(), planes.red.bytes.data()};
+    const int strides[] = {luma.width, planes.blue.width, planes.red.width};
     return compressed([&](unsigned char **bytes, unsigned long *size) {
-        return tjCompressFromYUVPlanes(compressor(), bytesOfPlanes, planes.luma.width, strides, planes.luma.height,
-                                       planes.blue.isEmpty() ? TJSAMP_GRAY : TJSAMP_420, bytes, size, defaultQuality,
-                                       0);
+        return tjCompressFromYUVPlanes(compressor(), bytesOfPlanes, width, strides, height,
+                                       isGrey ? TJSAMP_GRAY : TJSAMP_420, bytes, size, defaultQuality,
+                                       TJFLAG_ACCURATEDCT);
     });
 }
 

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
+#include <type_traits>
 
 namespace platform {
 namespace {
 
-constexpr int fractionBits = 14;
+constexpr int weightBits = 14; // behind the point
+constexpr int betweenBits = 6; // of samples between the two passes
 constexpr double lobes = 3;
 
 /// The Lanczos kernel (Duchon: "Lanczos Filtering in One and Two Dimensions", 1979).
@@ -19,6 +22,13 @@ double kernel(double x)
         return 0;
     const double angle = std::numbers::pi * x;
     return lobes * std::sin(angle) * std::sin(angle / lobes) / (angle * angle);
+}
+
+/// The same for samples that are the means of their areas, as decoders hand them out: these are softer than the
+/// picture, which a second difference takes back (the first terms of the inverse of a mean over one sample).
+double correctedKernel(double x, double sample)
+{
+    return kernel(x) + (2 * kernel(x) - kernel(x - sample) - kernel(x + sample)) / 24;
 }
 
 /// For each sample of a row of the target: which samples of the source make it up, and by how much.
@@ -42,11 +52,11 @@ Weights weightsFor(int count, double extent, int targetCount)
         const int first = std::clamp(int(std::floor(centre - lobes * width)), 0, count - result.taps);
         double sum = 0;
         for (int tap = 0; tap < result.taps; ++tap)
-            sum += exact[size_t(tap)] = kernel((first + tap + 0.5 - centre) / width);
+            sum += exact[size_t(tap)] = correctedKernel((first + tap + 0.5 - centre) / width, 1 / width);
         // What rounding leaves over goes to the largest weight, so that an even area stays as it is.
-        int left = 1 << fractionBits;
+        int left = 1 << weightBits;
         for (double &weight : exact) {
-            weight = std::round(weight / sum * (1 << fractionBits));
+            weight = std::round(weight / sum * (1 << weightBits));
             left -= int(weight);
         }
         *std::max_element(exact.begin(), exact.end()) += left;
@@ -56,34 +66,52 @@ Weights weightsFor(int count, double extent, int targetCount)
     return result;
 }
 
-/// Reduces the height. Works on whole rows at a time, which compilers turn into vector instructions.
-Plane resampledInHeight(const Plane &source, double extent, int height)
+/// The samples of a picture while it is worked on.
+template <class Sample>
+struct Samples {
+    int width, height;
+    std::vector<Sample> values;
+
+    Samples(int w, int h)
+        : width(w)
+        , height(h)
+        , values(size_t(w) * size_t(h))
+    { }
+    Sample *row(int y) { return values.data() + size_t(y) * size_t(width); }
+    const Sample *row(int y) const { return values.data() + size_t(y) * size_t(width); }
+};
+
+/// Changes the height. Works on whole rows at a time, which compilers turn into vector instructions.
+/// @tparam shift how many bits the sums have behind the point beyond those of the result
+template <int shift, class Result, class Source>
+void resampleInHeight(const Source &source, double extent, Result &result)
 {
-    const Weights weights = weightsFor(source.height, extent, height);
-    Plane result(source.width, height);
+    using Sample = std::remove_reference_t<decltype(*result.row(0))>;
+    constexpr int least = std::numeric_limits<Sample>::min(), most = std::numeric_limits<Sample>::max();
+    const Weights weights = weightsFor(source.height, extent, result.height);
     std::vector<qint32> sums(size_t(source.width), 0);
-    for (int y = 0; y < height; ++y) {
-        std::fill(sums.begin(), sums.end(), 1 << (fractionBits - 1));
+    for (int y = 0; y < result.height; ++y) {
+        std::fill(sums.begin(), sums.end(), 1 << (shift - 1));
         qint32 *const sum = sums.data();
         for (int tap = 0; tap < weights.taps; ++tap) {
             const qint16 weight = weights.weights[size_t(y) * size_t(weights.taps) + size_t(tap)];
             if (weight == 0)
                 continue;
-            const uchar *const row = source.row(weights.first[size_t(y)] + tap);
+            const auto *const row = source.row(weights.first[size_t(y)] + tap);
             for (int x = 0; x < source.width; ++x)
                 sum[x] += qint16(row[x]) * weight;
         }
-        uchar *const row = result.row(y);
+        auto *const row = result.row(y);
         for (int x = 0; x < source.width; ++x)
-            row[x] = uchar(std::clamp(sum[x] >> fractionBits, 0, 255));
+            row[x] = Sample(std::clamp(sum[x] >> shift, least, most));
     }
-    return result;
 }
 
-Plane transposed(const Plane &source)
+template <class Picture>
+Picture transposed(const Picture &source)
 {
     constexpr int block = 16; // both sides of which stay in the processor's nearest memory
-    Plane result(source.height, source.width);
+    Picture result(source.height, source.width);
     for (int top = 0; top < source.height; top += block) {
         const int bottom = std::min(source.height, top + block);
         for (int left = 0; left < source.width; left += block) {
@@ -113,8 +141,10 @@ void flip(Plane &plane)
 
 Plane resampled(const Plane &source, const QSizeF &extent, const QSize &target, int orientation)
 {
-    const Plane lower = resampledInHeight(source, extent.height(), target.height());
-    Plane result = resampledInHeight(transposed(lower), extent.width(), target.width());
+    Samples<qint16> lower(source.width, target.height());
+    resampleInHeight<weightBits - betweenBits>(source, extent.height(), lower);
+    Plane result(target.height(), target.width());
+    resampleInHeight<weightBits + betweenBits>(transposed(lower), extent.width(), result);
     // What is there now is mirrored along its diagonal, which is orientation 5.
     if (!swapsSides(orientation))
         result = transposed(result);
