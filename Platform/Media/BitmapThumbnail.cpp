@@ -1,6 +1,7 @@
 #include "Platform/Media/BitmapThumbnail_p.h"
 
 #include "Platform/Media/ColorProfile_p.h"
+#include "Platform/Media/ImageReading_p.h"
 #include "Platform/Media/JpegThumbnail_p.h"
 #include "Platform/Media/JpegWriter.h"
 #include "Platform/Media/Plane_p.h"
@@ -44,21 +45,35 @@ Plane channel(const QImage &image, int index)
     return plane;
 }
 
-QImage reduced(const QImage &image, const QSize &size, int orientation)
+QImage reduced(const QImage &image, const QSize &size)
 {
     const bool isGrey = image.format() == QImage::Format_Grayscale8;
-    const int channels = isGrey ? 1 : 3;
-    QImage result(swapsSides(orientation) ? size.transposed() : size,
-                  isGrey ? QImage::Format_Grayscale8 : QImage::Format_RGB888);
+    const int channels = isGrey ? 1 : 3; // of the result
+    QImage result(size, isGrey ? QImage::Format_Grayscale8 : QImage::Format_RGB888);
     for (int index = 0; index < channels && !result.isNull(); ++index) {
-        const Plane plane = resampled(channel(image, index), image.size(), size, orientation);
-        for (int y = 0; y < result.height(); ++y) {
+        Plane plane = channel(image, index);
+        if (size != image.size()) // the resampler sharpens a little, also when nothing is to be reduced
+            plane = resampled(plane, image.size(), size);
+        for (int y = 0; y < size.height(); ++y) {
             uchar *const to = result.scanLine(y);
-            for (int x = 0; x < result.width(); ++x)
+            for (int x = 0; x < size.width(); ++x)
                 to[x * channels + index] = plane.row(y)[x];
         }
     }
     return result;
+}
+
+QImageIOHandler::Transformations transformationOf(int orientation)
+{
+    constexpr QImageIOHandler::Transformation values[] = {QImageIOHandler::TransformationNone,
+                                                          QImageIOHandler::TransformationMirror,
+                                                          QImageIOHandler::TransformationRotate180,
+                                                          QImageIOHandler::TransformationFlip,
+                                                          QImageIOHandler::TransformationFlipAndRotate90,
+                                                          QImageIOHandler::TransformationRotate90,
+                                                          QImageIOHandler::TransformationMirrorAndRotate90,
+                                                          QImageIOHandler::TransformationRotate270};
+    return values[orientation - 1];
 }
 
 } // namespace
@@ -68,11 +83,11 @@ Result<QByteArray> bitmapThumbnail(QImage image, int maximumPixelSize, int orien
     const QSize size = thumbnailSize(image.size(), maximumPixelSize);
     const QColorSpace space = image.colorSpace();
     image = usual(std::move(image));
-    QImage small = image.isNull() ? QImage() : reduced(image, size, orientation);
+    QImage small = image.isNull() ? QImage() : upright(reduced(image, size), transformationOf(orientation));
     if (!profile.isEmpty()) {
         ColorProfile::convertToSrgb(small, profile);
     } else if (space.isValid() && space != QColorSpace(QColorSpace::SRgb)) {
-        small = small.convertToFormat(QImage::Format_RGB888);
+        small = std::move(small).convertToFormat(QImage::Format_RGB888);
         small.setColorSpace(space);
         small.convertToColorSpace(QColorSpace::SRgb);
     }

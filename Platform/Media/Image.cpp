@@ -3,8 +3,6 @@
 #include "Platform/Media/ImageInput_p.h"
 #include "Platform/Media/ImageReading_p.h"
 
-#include <QTransform>
-
 #include <cmath>
 
 namespace platform {
@@ -34,16 +32,6 @@ double points(int pixels, int dotsPerMeter)
     return dotsPerMeter > 1 ? pixels * pointsPerInch / pixelsPerInch(dotsPerMeter) : pixels;
 }
 
-// QImageReader's own turning would lose what `readPage` has to know.
-QImage upright(const QImage &image, QImageIOHandler::Transformations transformation)
-{
-    QImage result = image.mirrored(transformation.testFlag(QImageIOHandler::TransformationMirror),
-                                   transformation.testFlag(QImageIOHandler::TransformationFlip));
-    if (transformation.testFlag(QImageIOHandler::TransformationRotate90))
-        result = result.transformed(QTransform().rotate(90));
-    return result;
-}
-
 // Decodes the page that the reader stands at; a null bitmap when that fails.
 //
 // A QImage is born with the screen's resolution, so that a file that states none and one that states just
@@ -67,6 +55,7 @@ Page readPage(QImageReader &reader)
     const auto stated = [&](int dots) { return ownImage && dots == ofTheScreen ? unstated : dots; };
     QSizeF size(points(image.width(), stated(image.dotsPerMeterX())),
                 points(image.height(), stated(image.dotsPerMeterY())));
+    // QImageReader's own turning would lose what has been looked at here.
     if (transformation != QImageIOHandler::TransformationNone)
         image = upright(image, transformation);
     if (transformation.testFlag(QImageIOHandler::TransformationRotate90))

@@ -109,7 +109,8 @@ bool isSpace(char c)
 
 bool isPortableAnyMap(QByteArrayView begin)
 {
-    if (begin.size() < 7 || begin[0] != 'P' || begin[1] < '1' || begin[1] > '6' || !(isSpace(begin[2]) || begin[2] == '#'))
+    if (begin.size() < 7 || begin[0] != 'P' || begin[1] < '1' || begin[1] > '6'
+        || !(isSpace(begin[2]) || begin[2] == '#'))
         return false;
     // A width follows, behind white space and comments.
     qsizetype place = 2;
@@ -136,11 +137,13 @@ bool isTarga(QByteArrayView begin, qint64 fileSize)
     const qint64 pixels = qint64(littleWord(begin, 12)) * littleWord(begin, 14);
     if (kind < 1 || kind > 3 || pixels == 0 || (uchar(begin[17]) & 0xC0) != 0)
         return false;
-    if (kind == 1 ? mapKind != 1 || depth != 8 : kind == 2 ? depth != 15 && depth != 16 && depth != 24 && depth != 32
-                                                           : depth != 8 && depth != 16)
+    if (kind == 1       ? mapKind != 1 || depth != 8
+            : kind == 2 ? depth != 15 && depth != 16 && depth != 24 && depth != 32
+                        : depth != 8 && depth != 16)
         return false;
-    if (mapKind == 0 ? littleWord(begin, 3) != 0 || mapLength != 0 || mapDepth != 0
-                     : mapKind != 1 || mapLength == 0 || (mapDepth != 15 && mapDepth != 16 && mapDepth != 24 && mapDepth != 32))
+    if (mapKind == 0
+            ? littleWord(begin, 3) != 0 || mapLength != 0 || mapDepth != 0
+            : mapKind != 1 || mapLength == 0 || (mapDepth != 15 && mapDepth != 16 && mapDepth != 24 && mapDepth != 32))
         return false;
     // A packet of a compressed picture holds 128 pixels at most.
     const qint64 pixelSize = (depth + 7) / 8;

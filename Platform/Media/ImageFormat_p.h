@@ -35,8 +35,8 @@ enum class ImageFormat {
 inline constexpr qsizetype formatBlockSize = 1024;
 
 /// Tells a format by how a file begins, never by its name. Where a format has a number of its own at the start, the
-/// first 32 bytes decide. XML counts as SVG when its first element is one, and stands within the block. Targa files have no such number:
-/// a header counts that is consistent in itself and with the size of the file.
+/// first 32 bytes decide. XML counts as SVG when its first element is one, and stands within the block. Targa files
+/// have no such number: a header counts that is consistent in itself and with the size of the file.
 /// @param begin the first bytes of the file, `formatBlockSize` of them where it has so many
 /// @param fileSize in bytes
 ImageFormat imageFormatOf(QByteArrayView begin, qint64 fileSize);

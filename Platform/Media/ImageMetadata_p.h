@@ -25,8 +25,8 @@ struct ImageMetadata {
     std::vector<ByteRange> profile;
 };
 
-/// Of a JPEG file. Reads one block of 80 KB, which holds all that cameras write in front of the picture; more only where
-/// the block ends before the picture begins.
+/// Of a JPEG file. Reads one block of 80 KB, which holds all that cameras write in front of the picture; more only
+/// where the block ends before the picture begins.
 ImageMetadata jpegMetadata(const ImageInput &input);
 
 /// Orientation, and the colour profile as one part, of a WebP file (RFC 9649, 2.7.1).

@@ -1,7 +1,7 @@
 #include "Platform/Media/ImageReading_p.h"
 
-#include <QImage>
 #include <QPixelFormat>
+#include <QTransform>
 
 #include <algorithm>
 
@@ -17,6 +17,15 @@ bool isWithinLimits(const QImageReader &reader, qint64 pixelsBefore, qint64 maxi
     const qint64 limit = qint64(QImageReader::allocationLimit()) * 1024 * 1024;
     const int bitsPerPixel = std::max(32, int(QImage::toPixelFormat(reader.imageFormat()).bitsPerPixel()));
     return limit <= 0 || pixelsOf(size) * bitsPerPixel / 8 <= limit;
+}
+
+QImage upright(const QImage &image, QImageIOHandler::Transformations transformation)
+{
+    QImage result = image.mirrored(transformation.testFlag(QImageIOHandler::TransformationMirror),
+                                   transformation.testFlag(QImageIOHandler::TransformationFlip));
+    if (transformation.testFlag(QImageIOHandler::TransformationRotate90))
+        result = result.transformed(QTransform().rotate(90));
+    return result;
 }
 
 } // namespace platform

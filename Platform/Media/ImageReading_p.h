@@ -6,6 +6,8 @@
 //
 
 #include <QBuffer>
+#include <QImage>
+#include <QImageIOHandler>
 #include <QImageReader>
 
 namespace platform {
@@ -27,5 +29,8 @@ inline qint64 pixelsOf(const QSize &size)
 /// together with those before it, and the decoder's own limit, beyond which it would write a warning to the log, is
 /// kept. True where no header tells a size; then the decoder's own limit holds.
 bool isWithinLimits(const QImageReader &reader, qint64 pixelsBefore, qint64 maximumPixels);
+
+/// The picture turned as a decoder says that it has to be.
+QImage upright(const QImage &image, QImageIOHandler::Transformations transformation);
 
 } // namespace platform

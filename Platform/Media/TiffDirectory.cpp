@@ -33,13 +33,6 @@ int sizeOf(quint16 type)
     }
 }
 
-const TiffEntry *find(const TiffStructure::Directory &directory, TiffTag tag)
-{
-    const auto found = std::find_if(directory.entries.begin(), directory.entries.end(),
-                                    [tag](const TiffEntry &entry) { return entry.tag == tag; });
-    return found == directory.entries.end() ? nullptr : &*found;
-}
-
 } // namespace
 
 std::optional<TiffStructure> TiffStructure::at(const ImageInput &input, qint64 base)
@@ -95,33 +88,41 @@ TiffStructure::Directory TiffStructure::directory(qint64 offset) const
     const QByteArray bytes = m_input->read(m_base + offset + countSize, kept * entrySize + offsetSize);
     for (qint64 i = 0; i < kept && (i + 1) * entrySize <= bytes.size(); ++i) {
         const char *const from = bytes.constData() + i * entrySize;
-        TiffEntry entry;
-        entry.tag = quint16(decoded(from, 2));
-        entry.type = quint16(decoded(from + 2, 2));
-        entry.count = decoded(from + 4, offsetSize);
-        const quint64 size = quint64(sizeOf(entry.type));
+        TiffEntry each;
+        each.tag = quint16(decoded(from, 2));
+        each.type = quint16(decoded(from + 2, 2));
+        each.count = decoded(from + 4, offsetSize);
+        each.offset = offset + countSize + i * entrySize;
+        const quint64 size = quint64(sizeOf(each.type));
         if (size == 0)
             continue;
-        entry.valueOffset = entry.count <= quint64(offsetSize) / size
-            ? offset + countSize + i * entrySize + 4 + offsetSize
+        each.valueOffset = each.count <= quint64(offsetSize) / size
+            ? each.offset + 4 + offsetSize
             : qint64(std::min<quint64>(decoded(from + 4 + offsetSize, offsetSize), quint64(m_input->size())));
-        result.entries.push_back(entry);
+        result.entries.push_back(each);
     }
     if (kept == qint64(count) && bytes.size() == kept * entrySize + offsetSize)
-        result.next = qint64(std::min<quint64>(decoded(bytes.constData() + kept * entrySize, offsetSize),
-                                               quint64(m_input->size())));
+        result.next = qint64(
+            std::min<quint64>(decoded(bytes.constData() + kept * entrySize, offsetSize), quint64(m_input->size())));
     return result;
+}
+
+const TiffEntry *TiffStructure::entry(const Directory &directory, TiffTag tag)
+{
+    const auto found = std::find_if(directory.entries.begin(), directory.entries.end(),
+                                    [tag](const TiffEntry &each) { return each.tag == tag; });
+    return found == directory.entries.end() ? nullptr : &*found;
 }
 
 std::vector<qint64> TiffStructure::numbers(const Directory &directory, TiffTag tag, qsizetype maximum) const
 {
     std::vector<qint64> result;
-    const TiffEntry *const entry = find(directory, tag);
-    if (!entry || entry->count == 0)
+    const TiffEntry *const found = entry(directory, tag);
+    if (!found || found->count == 0)
         return result;
-    const int size = sizeOf(entry->type);
-    const QByteArray bytes = m_input->read(m_base + entry->valueOffset,
-                                           qint64(std::min<quint64>(entry->count, quint64(maximum))) * size);
+    const int size = sizeOf(found->type);
+    const QByteArray bytes =
+        m_input->read(m_base + found->valueOffset, qint64(std::min<quint64>(found->count, quint64(maximum))) * size);
     for (qsizetype place = 0; place + size <= bytes.size(); place += size)
         result.push_back(qint64(decoded(bytes.constData() + place, size)));
     return result;
@@ -135,13 +136,13 @@ std::optional<qint64> TiffStructure::number(const Directory &directory, TiffTag 
 
 ByteRange TiffStructure::bytes(const Directory &directory, TiffTag tag) const
 {
-    const TiffEntry *const entry = find(directory, tag);
-    if (!entry || sizeOf(entry->type) != 1)
+    const TiffEntry *const found = entry(directory, tag);
+    if (!found || sizeOf(found->type) != 1)
         return {};
-    const qint64 offset = m_base + entry->valueOffset;
-    if (offset > m_input->size() || entry->count > quint64(m_input->size() - offset))
+    const qint64 offset = m_base + found->valueOffset;
+    if (offset > m_input->size() || found->count > quint64(m_input->size() - offset))
         return {};
-    return {offset, qint64(entry->count)};
+    return {offset, qint64(found->count)};
 }
 
 } // namespace platform

@@ -39,6 +39,7 @@ struct TiffEntry {
     quint16 tag = 0;
     quint16 type = 0;
     quint64 count = 0; ///< Of values.
+    qint64 offset = 0; ///< Where the entry itself stands.
     qint64 valueOffset = 0; ///< Where the values stand, within the entry when they fit.
 };
 
@@ -66,6 +67,8 @@ public:
     std::vector<qint64> numbers(const Directory &directory, TiffTag tag, qsizetype maximum) const;
     /// Where in the input the bytes of an entry of type BYTE or UNDEFINED stand; empty where they reach out of it.
     ByteRange bytes(const Directory &directory, TiffTag tag) const;
+    /// The first entry with the tag; null where there is none that holds whole numbers or bytes.
+    static const TiffEntry *entry(const Directory &directory, TiffTag tag);
 
     quint16 word(qint64 offset) const { return quint16(integer(offset, 2)); }
     quint32 longWord(qint64 offset) const { return quint32(integer(offset, 4)); }
