@@ -3,6 +3,8 @@
 #include "ZRCommon/iPhotoAlbumReader.h"
 #include "ZRFoundation/ZRProcessServer.h"
 
+#include <memory>
+
 AlbumReaderWorkUnit::AlbumReaderWorkUnit(std::weak_ptr<iPhotoAlbumReader> albumReader, const QString &albumPath)
     : m_album_reader(std::move(albumReader))
     , m_album_path(albumPath)

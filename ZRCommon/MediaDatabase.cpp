@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/PropertyList/PropertyList.h"
 
+#include <new>
+
 using platform::PropertyListIndex;
 using platform::PropertyListValue;
 using platform::PropertyListView;

@@ -8,6 +8,8 @@
 #include "Platform/Foundation/PropertyList/PropertyListIndex.h"
 #include "Platform/Foundation/Result.h"
 
+#include <QAnyStringView>
+
 #include <functional>
 #include <memory>
 #include <optional>

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Result.h"
 #include "ZRFoundation/ZRProcessObserver.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QList>
 #include <QStringList>

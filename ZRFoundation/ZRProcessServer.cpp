@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <typeinfo>
 
 Q_LOGGING_CATEGORY(processServerLog, "zr.processserver")
 

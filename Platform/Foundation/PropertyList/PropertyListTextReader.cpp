@@ -8,6 +8,8 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace platform {
 

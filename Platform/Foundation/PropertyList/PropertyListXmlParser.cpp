@@ -8,6 +8,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <memory>
+#include <optional>
 
 namespace platform {
 
