@@ -186,10 +186,12 @@ std::shared_ptr<const MediaDatabase> iPhotoAlbumReader::albumDataDictionary()
     const std::lock_guard lock(m_mutex);
     if (m_album_data_dict)
         return m_album_data_dict;
+    const auto self = weak_from_this().lock();
+    ZR_ASSERT(this, self, "make readers with std::make_shared");
     auto placeholder = std::make_shared<const MediaDatabase>();
-    auto workUnit = std::make_shared<AlbumReaderWorkUnit>(weak_from_this(), m_album_path);
+    auto workUnit = std::make_shared<AlbumReaderWorkUnit>(self, m_album_path);
     ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("album_reader_server"), 1);
-    server.addProcessObserver(shared_from_this());
+    server.addProcessObserver(self);
     // The result waits for the lock.
     if (server.addWorkUnit(workUnit)) {
         m_album_data_dict = placeholder;

@@ -52,8 +52,9 @@ inline const QString ZRIPhotoAlbumChangedNotification = QStringLiteral("ZRIPhoto
 /// text in the library folder (the one that holds the database, unless it is given), so that a library that was moved
 /// or copied still finds its files.
 ///
-/// Made with std::make_shared, since the work in the background refers to it; when it dies while that is under way, the
-/// result is dropped.
+/// Made with std::make_shared, since the work in the background refers to it: a question to a reader that no
+/// std::shared_ptr holds, and that would start the reading, fails as an internal inconsistency. When the reader dies
+/// while the work is under way, the result is dropped.
 ///
 /// Threads: `albumNames`, `isReading`, `readError` and the end of the reader belong to the main thread. Photos may be
 /// listed on any thread, but by one thread at a time: the records made so far are kept without a lock.

@@ -43,8 +43,9 @@ inline const QString ZRITunesLibraryChangedNotification = QStringLiteral("ZRITun
 ///
 /// Songs are the library's own track dictionaries, handed out without a copy; each keeps the library in memory.
 ///
-/// Made with std::make_shared, since the work in the background refers to it; when it dies while that is under way, the
-/// result is dropped. All operations, and its end, are on the main thread.
+/// Made with std::make_shared, since the work in the background refers to it: a question to a reader that no
+/// std::shared_ptr holds, and that would start the reading, fails as an internal inconsistency. When the reader dies
+/// while the work is under way, the result is dropped. All operations, and its end, are on the main thread.
 class iTunesLibraryReader : public ZRProcessObserver, public std::enable_shared_from_this<iTunesLibraryReader>
 {
 public:

@@ -1,5 +1,6 @@
 #include "ZRCommon/MediaDatabase_p.h"
 
+#include "Platform/Foundation/AssertionHandler.h"
 #include "ReaderTestSupport.h"
 
 #include <atomic>
@@ -125,6 +126,20 @@ TYPED_TEST(MediaReaders, ReadOnTheOneWorkerOfTheirServer)
     const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
     this->server.addProcessObserver(watcher);
     EXPECT_TRUE(testSupport::waitUntil([&] { return watcher->ended == 1; }));
+}
+
+TYPED_TEST(MediaReaders, RefuseToReadWhenNoSharedPointerHoldsThem)
+{
+    typename TypeParam::Reader reader(this->path);
+    for (int question = 0; question < 2; ++question) {
+        try {
+            TypeParam::names(reader);
+            FAIL();
+        } catch (const platform::InternalInconsistency &failure) {
+            EXPECT_EQ(failure.description(), u"make readers with std::make_shared");
+        }
+        EXPECT_FALSE(reader.isReading());
+    }
 }
 
 TYPED_TEST(MediaReaders, ObserveTheirServer)
