@@ -48,6 +48,9 @@ inline const QString ZRIPhotoAlbumChangedNotification = QStringLiteral("ZRIPhoto
 ///         Caption: string                     the title; a final ".JPG" (exactly so) is not shown
 ///         ThumbPath, ImagePath: string        the thumbnail's and the full image's file
 ///
+/// A property list that has content, but neither albums nor photos, is no album database: it is taken for a file that
+/// cannot be read.
+///
 /// A path at which there is nothing, and which contains "iPhoto Library", is taken to what is behind the first such
 /// text in the library folder (the one that holds the database, unless it is given), so that a library that was moved
 /// or copied still finds its files.

@@ -41,6 +41,9 @@ inline const QString ZRITunesLibraryChangedNotification = QStringLiteral("ZRITun
 ///             too
 ///     Tracks: dictionary of dictionaries   the songs; see `LibraryReaderWorkUnit::shouldIncludeSongEntry`
 ///
+/// A property list that has content, but neither playlists nor tracks, is none of a music library: it is taken for a
+/// file that cannot be read.
+///
 /// Songs are the library's own track dictionaries, handed out without a copy; each keeps the library in memory.
 ///
 /// Made with std::make_shared, since the work in the background refers to it: a question to a reader that no

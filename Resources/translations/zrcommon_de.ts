@@ -196,5 +196,13 @@
         <source>the property list is no dictionary</source>
         <translation>die Property-List ist kein Dictionary</translation>
     </message>
+    <message>
+        <source>it holds neither playlists nor tracks</source>
+        <translation>darin sind weder Wiedergabelisten noch Titel</translation>
+    </message>
+    <message>
+        <source>it holds neither albums nor photos</source>
+        <translation>darin sind weder Alben noch Fotos</translation>
+    </message>
 </context>
 </TS>

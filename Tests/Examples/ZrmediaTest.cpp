@@ -304,6 +304,18 @@ TEST(Zrmedia, SaysWhereAnAlbumDatabaseIsBroken)
     }
 }
 
+TEST(Zrmedia, SaysThatALibraryIsOfTheOtherKind)
+{
+    const Outcome playlists = run({"playlists", albumData});
+    EXPECT_EQ(playlists.status, 1);
+    EXPECT_EQ(playlists.output, "");
+    EXPECT_EQ(playlists.errors, "zrmedia: " + albumData.toUtf8() + ": it holds neither playlists nor tracks\n");
+    const Outcome albums = run({"albums", musicLibrary});
+    EXPECT_EQ(albums.status, 1);
+    EXPECT_EQ(albums.output, "");
+    EXPECT_EQ(albums.errors, "zrmedia: " + musicLibrary.toUtf8() + ": it holds neither albums nor photos\n");
+}
+
 TEST(Zrmedia, ReadsAnAlbumDatabaseOfAnyNameWithItsOwnFolderForTheLibrary)
 {
     const QString file = path("library/copy of albums.xml");

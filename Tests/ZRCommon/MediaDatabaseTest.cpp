@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <new>
 #include <system_error>
+#include <type_traits>
 
 namespace {
 
@@ -62,14 +63,36 @@ QByteArray largeDatabase()
         + items + "</dict><key>Tracks</key><dict>" + items + "</dict></dict>";
 }
 
+constexpr MediaDatabase::Kind kind{QLatin1String("L"), QLatin1String("T"), QLatin1String("neither L nor T")};
+
+TEST(MediaDatabase, IsEmptyWithAnErrorWhenTheListIsOfAnotherKind)
+{
+    const QString path = pathFor(QStringLiteral("list.xml"));
+    const auto errorOf = [&](const QByteArray &list) {
+        testSupport::writeFile(path, list);
+        const auto database = MediaDatabase::read(path, kind);
+        EXPECT_EQ(database->dictionary.isNull(), database->error.has_value());
+        EXPECT_TRUE(!database->error || database->error->code == platform::ErrorCode::Malformed);
+        return database->error ? database->error->toString() : QString();
+    };
+    const QString neither = path + QStringLiteral(": neither L nor T");
+    EXPECT_EQ(errorOf("<dict><key>X</key><array/></dict>"), neither);
+    EXPECT_EQ(errorOf("<dict><key>L</key><dict/><key>T</key><array/></dict>"), neither);
+    EXPECT_EQ(errorOf("<dict><key>L</key><array/><key>T</key><array/></dict>"), QString());
+    EXPECT_EQ(errorOf("<dict><key>L</key><dict/><key>T</key><dict/></dict>"), QString());
+    EXPECT_EQ(errorOf("<dict/>"), QString()) << "an empty database";
+    EXPECT_EQ(errorOf("<array><dict/></array>"), path + QStringLiteral(": the property list is no dictionary"));
+    EXPECT_EQ(errorOf("<plist/>"), path + QStringLiteral(": the property list is no dictionary"));
+}
+
 TEST(MediaDatabase, FindsTheItemsThatAreAccepted)
 {
     const QString path = pathFor(QStringLiteral("list.xml"));
     testSupport::writeFile(path, "<dict><key>T</key><dict><key>1</key><true/><key>2</key><dict/></dict></dict>");
-    const auto all = MediaDatabase::read(path, u"T");
+    const auto all = MediaDatabase::read(path, kind);
     EXPECT_FALSE(all->items.value(1).isNull());
     EXPECT_FALSE(all->items.value(2).isNull());
-    const auto some = MediaDatabase::read(path, u"T", [](const PropertyListView &item) { return item.isDictionary(); });
+    const auto some = MediaDatabase::read(path, kind, [](const PropertyListView &item) { return item.isDictionary(); });
     EXPECT_TRUE(some->items.value(1).isNull());
     EXPECT_FALSE(some->items.value(2).isNull());
 }
@@ -80,7 +103,7 @@ TEST(MediaDatabase, IsEmptyWithAnErrorWhateverIsThrownWhileItIsRead)
     testSupport::writeFile(path, "<dict><key>T</key><dict><key>1</key><dict/></dict></dict>");
     const auto textAfter = [&](const std::function<void()> &fail) {
         const auto database = MediaDatabase::guarded(path, [&] {
-            return MediaDatabase::read(path, u"T", [&](const PropertyListView &) {
+            return MediaDatabase::read(path, kind, [&](const PropertyListView &) {
                 fail();
                 return true;
             });
@@ -94,7 +117,7 @@ TEST(MediaDatabase, IsEmptyWithAnErrorWhateverIsThrownWhileItIsRead)
     EXPECT_EQ(textAfter([] { throw std::system_error(EIO, std::generic_category()); }),
               path + u": reading it was broken off");
     EXPECT_EQ(textAfter([] { throw 17; }), path + u": reading it was broken off");
-    EXPECT_FALSE(MediaDatabase::guarded(path, [&] { return MediaDatabase::read(path, u"T"); })->error);
+    EXPECT_FALSE(MediaDatabase::guarded(path, [&] { return MediaDatabase::read(path, kind); })->error);
 }
 
 template <class Reading>
@@ -126,6 +149,25 @@ TYPED_TEST(MediaReaders, ReadOnTheOneWorkerOfTheirServer)
     const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
     this->server.addProcessObserver(watcher);
     EXPECT_TRUE(testSupport::waitUntil([&] { return watcher->ended == 1; }));
+}
+
+TYPED_TEST(MediaReaders, SayThatTheDatabaseOfTheOtherIsNoneOfTheirs)
+{
+    using Other = std::conditional_t<std::is_same_v<TypeParam, AlbumReading>, LibraryReading, AlbumReading>;
+    testSupport::writeFile(this->path, Other::emptyDatabase());
+    const auto reader = this->newReader();
+    TypeParam::names(*reader);
+    ASSERT_TRUE(this->waitForNotification(1));
+    EXPECT_TRUE(TypeParam::names(*reader).isEmpty());
+    ASSERT_TRUE(reader->readError());
+    EXPECT_EQ(reader->readError()->toString(), this->path + TypeParam::mismatch());
+
+    testSupport::writeFile(this->path, TypeParam::emptyDatabase());
+    const auto right = this->newReader();
+    TypeParam::names(*right);
+    ASSERT_TRUE(this->waitForNotification(2));
+    EXPECT_TRUE(TypeParam::names(*right).isEmpty());
+    EXPECT_FALSE(right->readError()) << "an empty database is no error";
 }
 
 TYPED_TEST(MediaReaders, RefuseToReadWhenNoSharedPointerHoldsThem)

@@ -22,6 +22,11 @@ struct AlbumReading {
     static QString notificationName() { return QStringLiteral("ZRIPhotoAlbumChangedNotification"); }
     static QString fileName() { return QStringLiteral("AlbumData.xml"); }
     static QStringList names(Reader &reader) { return reader.albumNames(); }
+    static QByteArray emptyDatabase()
+    {
+        return "<dict><key>List of Albums</key><array/><key>Master Image List</key><dict/></dict>";
+    }
+    static QString mismatch() { return QStringLiteral(": it holds neither albums nor photos"); }
 };
 
 struct LibraryReading {
@@ -32,6 +37,8 @@ struct LibraryReading {
     static QString notificationName() { return QStringLiteral("ZRITunesLibraryChangedNotification"); }
     static QString fileName() { return QStringLiteral("iTunes Music Library.xml"); }
     static QStringList names(Reader &reader) { return reader.playlistNames(); }
+    static QByteArray emptyDatabase() { return "<dict><key>Playlists</key><array/><key>Tracks</key><dict/></dict>"; }
+    static QString mismatch() { return QStringLiteral(": it holds neither playlists nor tracks"); }
 };
 
 /// Looks at the readers' work units while a server tells of them.
