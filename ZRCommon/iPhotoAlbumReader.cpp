@@ -211,3 +211,14 @@ void iPhotoAlbumReader::workUnitDidLoadDictionary(AlbumReaderWorkUnit *workUnit)
     }
     platform::NotificationCenter::defaultCenter().postNotification(ZRIPhotoAlbumChangedNotification, this);
 }
+
+// The result will not come any more.
+void iPhotoAlbumReader::processServerDidEnd(ZRProcessServer &)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_is_reading)
+        return;
+    m_album_data_dict.reset();
+    m_album_reader_work_unit.reset();
+    m_is_reading = false;
+}

@@ -33,7 +33,7 @@ inline const QString ZRIPhotoAlbumChangedNotification = QStringLiteral("ZRIPhoto
 ///
 /// A question that cannot start the reading, since there is no application object or no thread to be had, is answered
 /// as for an empty database and leaves the reader as it was: it is not reading, nothing will be posted, and the next
-/// question tries again. Reading that the end of the application object cuts short is never told of.
+/// question tries again. The same holds for reading that the end of the application object cuts short.
 ///
 /// Of the database these keys are used; other keys are passed over, and so are values of other types than these, as if
 /// they were absent, unless it says otherwise:
@@ -112,6 +112,7 @@ private:
 
     std::shared_ptr<const MediaDatabase> albumDataDictionary();
     void workUnitDidLoadDictionary(AlbumReaderWorkUnit *workUnit);
+    void processServerDidEnd(ZRProcessServer &server) override;
     std::shared_ptr<ZRImageThumbnail> thumbnailForPhoto(const platform::PropertyListView &photoDict) const;
     QString existingPath(const QString &path) const;
 

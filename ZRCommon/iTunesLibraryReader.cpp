@@ -139,3 +139,13 @@ void iTunesLibraryReader::workUnitDidLoadDictionary(LibraryReaderWorkUnit *workU
     m_is_reading = false;
     platform::NotificationCenter::defaultCenter().postNotification(ZRITunesLibraryChangedNotification, this);
 }
+
+// The result will not come any more.
+void iTunesLibraryReader::processServerDidEnd(ZRProcessServer &)
+{
+    if (!m_is_reading)
+        return;
+    m_library_data_dict.reset();
+    m_library_reader_work_unit.reset();
+    m_is_reading = false;
+}

@@ -29,7 +29,7 @@ inline const QString ZRITunesLibraryChangedNotification = QStringLiteral("ZRITun
 ///
 /// A question that cannot start the reading, since there is no application object or no thread to be had, is answered
 /// as for an empty library and leaves the reader as it was: it is not reading, nothing will be posted, and the next
-/// question tries again. Reading that the end of the application object cuts short is never told of.
+/// question tries again. The same holds for reading that the end of the application object cuts short.
 ///
 /// Of the library these keys are used; other keys, and values of other types than these, are passed over as if they
 /// were absent:
@@ -92,6 +92,7 @@ private:
 
     std::shared_ptr<const MediaDatabase> libraryDataDictionary();
     void workUnitDidLoadDictionary(LibraryReaderWorkUnit *workUnit);
+    void processServerDidEnd(ZRProcessServer &server) override;
 
     QString m_library_path;
     std::shared_ptr<const MediaDatabase> m_library_data_dict; // null until first needed, then empty until it is read

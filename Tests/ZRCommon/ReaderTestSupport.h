@@ -61,23 +61,6 @@ public:
     bool lastHadDictionary = false;
 };
 
-/// The server that the readers of a kind read on, idle at first. A reader was the first to ask for it, so that the
-/// server has the number of workers that a reader wants and not the one that is said here.
-template <class Reading>
-ZRProcessServer &readingServer()
-{
-    static const auto serverOfAReader = []() -> ZRProcessServer & {
-        Reading::names(*std::make_shared<typename Reading::Reader>(QStringLiteral("/nowhere")));
-        ZRProcessServer &server = ZRProcessServer::processServerWithName(Reading::serverName(), 9);
-        const auto watcher = std::make_shared<WorkUnitWatcher<typename Reading::WorkUnit>>();
-        server.addProcessObserver(watcher);
-        EXPECT_TRUE(waitUntil([&] { return watcher->ended == 1; })) << "readers read on another server";
-        return server;
-    };
-    static ZRProcessServer &server = serverOfAReader();
-    return server;
-}
-
 /// Keeps the worker of a server busy until it is released, so that a test can look at what happens meanwhile.
 class BlockingUnit : public ZRWorkUnit
 {
@@ -99,6 +82,28 @@ public:
 private:
     std::promise<void> m_started, m_released;
 };
+
+/// The server that the readers of a kind read on, idle, with nothing under way that an earlier test began. A reader was
+/// the first to ask for it, so that the server has the number of workers that a reader wants and not the one that is
+/// said here.
+template <class Reading>
+ZRProcessServer &readingServer()
+{
+    static const auto serverOfAReader = []() -> ZRProcessServer & {
+        Reading::names(*std::make_shared<typename Reading::Reader>(QStringLiteral("/nowhere")));
+        ZRProcessServer &server = ZRProcessServer::processServerWithName(Reading::serverName(), 9);
+        const auto watcher = std::make_shared<WorkUnitWatcher<typename Reading::WorkUnit>>();
+        server.addProcessObserver(watcher);
+        EXPECT_TRUE(waitUntil([&] { return watcher->ended == 1; })) << "readers read on another server";
+        return server;
+    };
+    static ZRProcessServer &server = serverOfAReader();
+    // The server lets a unit go after all that it and those before it had delivered.
+    const auto last = BlockingUnit::start(server);
+    last->release();
+    EXPECT_TRUE(waitUntil([&] { return last.use_count() == 1; }));
+    return server;
+}
 
 /// Counts the notifications that readers of a kind post.
 template <class Reading>
