@@ -121,19 +121,16 @@ TEST(MediaDatabase, IsEmptyWithAnErrorWhateverIsThrownWhileItIsRead)
 }
 
 template <class Reading>
-struct MediaReaders : testing::Test {
+struct MediaReaders : testSupport::ReaderTest<Reading> {
+    MediaReaders()
+        : testSupport::ReaderTest<Reading>(testSupport::homePath())
+    { }
     std::shared_ptr<typename Reading::Reader> newReader() const
     {
-        return std::make_shared<typename Reading::Reader>(path);
-    }
-    bool waitForNotification(int wanted)
-    {
-        return testSupport::waitUntil([&] { return notifications.count() >= wanted; });
+        return std::make_shared<typename Reading::Reader>(this->m_path);
     }
 
-    const QString path = pathFor(Reading::fileName());
     ZRProcessServer &server = testSupport::readingServer<Reading>();
-    testSupport::NotificationCounter<Reading> notifications;
 };
 
 using Readings = testing::Types<AlbumReading, LibraryReading>;
@@ -154,15 +151,15 @@ TYPED_TEST(MediaReaders, ReadOnTheOneWorkerOfTheirServer)
 TYPED_TEST(MediaReaders, SayThatTheDatabaseOfTheOtherIsNoneOfTheirs)
 {
     using Other = std::conditional_t<std::is_same_v<TypeParam, AlbumReading>, LibraryReading, AlbumReading>;
-    testSupport::writeFile(this->path, Other::emptyDatabase());
+    testSupport::writeFile(this->m_path, Other::emptyDatabase());
     const auto reader = this->newReader();
     TypeParam::names(*reader);
     ASSERT_TRUE(this->waitForNotification(1));
     EXPECT_TRUE(TypeParam::names(*reader).isEmpty());
     ASSERT_TRUE(reader->readError());
-    EXPECT_EQ(reader->readError()->toString(), this->path + TypeParam::mismatch());
+    EXPECT_EQ(reader->readError()->toString(), this->m_path + TypeParam::mismatch());
 
-    testSupport::writeFile(this->path, TypeParam::emptyDatabase());
+    testSupport::writeFile(this->m_path, TypeParam::emptyDatabase());
     const auto right = this->newReader();
     TypeParam::names(*right);
     ASSERT_TRUE(this->waitForNotification(2));
@@ -172,7 +169,7 @@ TYPED_TEST(MediaReaders, SayThatTheDatabaseOfTheOtherIsNoneOfTheirs)
 
 TYPED_TEST(MediaReaders, RefuseToReadWhenNoSharedPointerHoldsThem)
 {
-    typename TypeParam::Reader reader(this->path);
+    typename TypeParam::Reader reader(this->m_path);
     for (int question = 0; question < 2; ++question) {
         try {
             TypeParam::names(reader);
@@ -191,14 +188,14 @@ TYPED_TEST(MediaReaders, ObserveTheirServer)
         void processServerDidEndWorkUnit(ZRProcessServer &, ZRWorkUnit &) override { ++ended; }
         int ended = 0;
     };
-    const auto reader = std::make_shared<ObservingReader>(this->path);
+    const auto reader = std::make_shared<ObservingReader>(this->m_path);
     TypeParam::names(*reader);
     EXPECT_TRUE(testSupport::waitUntil([&] { return reader->ended == 1; }));
 }
 
 TYPED_TEST(MediaReaders, CancelTheirReadingWhenTheyDieBeforeItsEnd)
 {
-    testSupport::writeFile(this->path, "<dict/>");
+    testSupport::writeFile(this->m_path, "<dict/>");
     const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
     this->server.addProcessObserver(watcher);
     const auto block = testSupport::BlockingUnit::start(this->server);
@@ -211,15 +208,15 @@ TYPED_TEST(MediaReaders, CancelTheirReadingWhenTheyDieBeforeItsEnd)
 
 TYPED_TEST(MediaReaders, ReadNothingOnceCancelledAndTellNobody)
 {
-    testSupport::writeFile(this->path, "<dict/>");
+    testSupport::writeFile(this->m_path, "<dict/>");
     const auto reader = this->newReader();
-    const auto unit = std::make_shared<typename TypeParam::WorkUnit>(std::weak_ptr(reader), this->path);
+    const auto unit = std::make_shared<typename TypeParam::WorkUnit>(std::weak_ptr(reader), this->m_path);
     unit->setCancelFlag(true);
     unit->processWithServer(this->server);
     EXPECT_FALSE(unit->dictionary());
     TypeParam::names(*reader);
     ASSERT_TRUE(this->waitForNotification(1));
-    EXPECT_EQ(this->notifications.count(), 1);
+    EXPECT_EQ(this->m_notifications.count(), 1);
     unit->setCancelFlag(false);
     unit->processWithServer(this->server);
     EXPECT_TRUE(unit->dictionary());
@@ -228,7 +225,7 @@ TYPED_TEST(MediaReaders, ReadNothingOnceCancelledAndTellNobody)
 
 TYPED_TEST(MediaReaders, KeepTheirWorkUnitForTheirLifeOrLetItGoWhenItIsDone)
 {
-    testSupport::writeFile(this->path, "<dict/>");
+    testSupport::writeFile(this->m_path, "<dict/>");
     const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
     this->server.addProcessObserver(watcher);
     auto reader = this->newReader();
@@ -246,7 +243,7 @@ TYPED_TEST(MediaReaders, KeepTheirWorkUnitForTheirLifeOrLetItGoWhenItIsDone)
 
 TYPED_TEST(MediaReaders, AreEmptyWithAnErrorWhenTheMemoryDoesNotSuffice)
 {
-    testSupport::writeFile(this->path, largeDatabase());
+    testSupport::writeFile(this->m_path, largeDatabase());
     const auto reader = this->newReader();
     failingSize = 100'000;
     TypeParam::names(*reader);
@@ -256,7 +253,7 @@ TYPED_TEST(MediaReaders, AreEmptyWithAnErrorWhenTheMemoryDoesNotSuffice)
     EXPECT_FALSE(reader->isReading());
     EXPECT_TRUE(TypeParam::names(*reader).isEmpty());
     ASSERT_TRUE(reader->readError());
-    EXPECT_EQ(reader->readError()->toString(), this->path + u": there is not enough memory to read it");
+    EXPECT_EQ(reader->readError()->toString(), this->m_path + u": there is not enough memory to read it");
 
     const auto next = this->newReader();
     TypeParam::names(*next);

@@ -105,17 +105,71 @@ ZRProcessServer &readingServer()
     return server;
 }
 
-/// Counts the notifications that readers of a kind post.
+/// Counts the notifications that readers of a kind post, and looks at the reader that posts one.
 template <class Reading>
 class NotificationCounter
 {
 public:
     int count() const { return m_count; }
+    /// The reader that posted the last one, which may have died since.
+    const typename Reading::Reader *lastSender() const { return m_lastSender; }
+    /// Whether that was still reading when it did.
+    bool lastSenderWasReading() const { return m_lastSenderWasReading; }
 
 private:
+    void count(const platform::Notification &notification)
+    {
+        ++m_count;
+        m_lastSender = notification.object<typename Reading::Reader>();
+        m_lastSenderWasReading = m_lastSender && m_lastSender->isReading();
+    }
+
     int m_count = 0;
+    const typename Reading::Reader *m_lastSender = nullptr;
+    bool m_lastSenderWasReading = false;
     platform::Observation m_observation = platform::NotificationCenter::defaultCenter().addObserver(
-        [this](const platform::Notification &) { ++m_count; }, Reading::notificationName());
+        [this](const platform::Notification &notification) { count(notification); }, Reading::notificationName());
+};
+
+/// What the tests of one reader stand on: a path for its file, and readers that have read it.
+template <class Reading>
+class ReaderTest : public testing::Test
+{
+protected:
+    using ReaderPointer = std::shared_ptr<typename Reading::Reader>;
+
+    explicit ReaderTest(const QString &folder)
+        : m_folder(folder)
+    { }
+
+    /// Has a reader read its file.
+    ReaderPointer read(ReaderPointer reader)
+    {
+        const int before = m_notifications.count();
+        EXPECT_TRUE(Reading::names(*reader).isEmpty());
+        EXPECT_TRUE(reader->isReading());
+        EXPECT_TRUE(waitForNotification(before + 1));
+        EXPECT_EQ(m_notifications.lastSender(), reader.get());
+        EXPECT_FALSE(m_notifications.lastSenderWasReading());
+        EXPECT_FALSE(reader->isReading());
+        return reader;
+    }
+    /// A reader that has read the file.
+    ReaderPointer readerOf(const QString &path) { return read(std::make_shared<typename Reading::Reader>(path)); }
+    ReaderPointer readerOf(const QByteArray &bytes)
+    {
+        writeFile(m_path, bytes);
+        return readerOf(m_path);
+    }
+    /// Waits until at least so many notifications were posted.
+    [[nodiscard]] bool waitForNotification(int wanted)
+    {
+        return waitUntil([&] { return m_notifications.count() >= wanted; });
+    }
+
+    const QString m_folder;
+    const QString m_path = m_folder + QLatin1Char('/') + Reading::fileName();
+    NotificationCounter<Reading> m_notifications;
 };
 
 } // namespace testSupport

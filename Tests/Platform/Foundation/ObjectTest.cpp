@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/ObjectSet.h"
 #include "Platform/Foundation/ValueObjects.h"
+#include "Support/ModelObjects.h"
 
 #include <QObject>
 
@@ -9,19 +10,6 @@
 #include <limits>
 
 #include <gtest/gtest.h>
-
-class Song : public platform::Object
-{
-    ZR_OBJECT(Song, platform::Object)
-};
-class ProtectedSong : public Song
-{
-    ZR_OBJECT(ProtectedSong, Song)
-};
-class Photo : public platform::Object
-{
-    ZR_OBJECT(Photo, platform::Object)
-};
 
 namespace {
 
