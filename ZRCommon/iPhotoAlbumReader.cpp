@@ -131,7 +131,7 @@ iPhotoAlbumReader::ThumbnailList iPhotoAlbumReader::imageThumbnailsInAlbum(const
             if (!isPhoto(photoDict))
                 continue;
             thumbnail = thumbnailForPhoto(photoDict);
-            m_image_thumbnails_by_key.insert(QByteArray(key->constData(), key->size()), thumbnail);
+            m_image_thumbnails_by_key.insert(*key, thumbnail);
         }
         if (foldedString.isEmpty()
             || photoDictMatchesString(database->items.value(QUtf8StringView(*key)), foldedString))
@@ -146,8 +146,8 @@ bool iPhotoAlbumReader::photoDictMatchesString(const PropertyListView &photoDict
         platform::raiseInvalidParameter({Q_FUNC_INFO, "iPhotoAlbumReader", 274}, this, "photo_dict != NULL");
     if (foldedString.isEmpty())
         return true;
-    const PropertyListView caption = photoDict.value(u"Caption");
-    return caption.isString() && platform::TextFolding::folded(*caption.plainUtf8()).contains(foldedString);
+    const auto caption = photoDict.value(u"Caption").plainUtf8();
+    return caption && platform::TextFolding::folded(*caption).contains(foldedString);
 }
 
 std::shared_ptr<ZRImageThumbnail> iPhotoAlbumReader::thumbnailForPhoto(const PropertyListView &photoDict) const

@@ -85,6 +85,8 @@ TEST_F(IPhotoAlbumReader, TakesTheDatabaseOrTheFolderThatHoldsIt)
     EXPECT_EQ(pathFor("/x/iPhoto Library/"), u"/x/iPhoto Library/AlbumData.xml");
     EXPECT_EQ(pathFor("/x/albumdata.xml"), u"/x/albumdata.xml/AlbumData.xml");
     EXPECT_EQ(pathFor("/x/My AlbumData.xml"), u"/x/My AlbumData.xml");
+    EXPECT_EQ(pathFor("/"), u"/AlbumData.xml");
+    EXPECT_EQ(pathFor(""), u"AlbumData.xml");
 }
 
 TEST_F(IPhotoAlbumReader, TakesADatabaseOfAnyNameWithItsLibraryFolder)
@@ -221,6 +223,8 @@ TEST_F(IPhotoAlbumReader, FindsTheFilesOfALibraryThatWasMoved)
     };
     EXPECT_EQ(imagePath(old + QStringLiteral("/Data/2005/x.jpg")), m_folder + QStringLiteral("/Data/2005/x.jpg"));
     EXPECT_EQ(imagePath(old), m_folder);
+    EXPECT_EQ(imagePath(old + QStringLiteral("//Data/x/")), m_folder + QStringLiteral("/Data/x"));
+    EXPECT_EQ(imagePath(QStringLiteral("iPhoto Library/x.jpg")), m_folder + QStringLiteral("/x.jpg"));
     EXPECT_EQ(imagePath(old + QStringLiteral("/iPhoto Library/x.jpg")),
               m_folder + QStringLiteral("/iPhoto Library/x.jpg")); // the first
     EXPECT_EQ(imagePath(there), there); // is there
@@ -334,17 +338,19 @@ TEST_F(IPhotoAlbumReader, FailsToMatchNoPhotoEvenWithTheEmptyText)
 TEST_F(IPhotoAlbumReader, PassesOverWhatIsOfTheWrongType)
 {
     EXPECT_TRUE(readerOf(database(QVariantMap(), QStringLiteral("x")))->albumNames().isEmpty());
-    const auto reader = readerOf(
-        database(QVariantMap{{QStringLiteral("12"), photo(QStringLiteral("twelve"))},
-                             {QStringLiteral("s"), QStringLiteral("no dictionary")}},
-                 QVariantList{QStringLiteral("x"), QVariantMap(), QVariantMap{{QStringLiteral("AlbumName"), 7}},
-                              QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("no keys")}},
-                              QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("text")},
-                                          {QStringLiteral("KeyList"), QStringLiteral("12")}},
-                              album(QStringLiteral("good"), {12, 12.5, QVariantMap(), true, QStringLiteral("12")})}));
+    const auto reader = readerOf(database(
+        QVariantMap{{QStringLiteral("12"), photo(QStringLiteral("twelve"))},
+                    {QStringLiteral("s"), QStringLiteral("no dictionary")}},
+        QVariantList{QStringLiteral("x"), QVariantMap(),
+                     QVariantMap{{QStringLiteral("AlbumName"), 7}, {QStringLiteral("KeyList"), QVariantList{12}}},
+                     QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("no keys")}},
+                     QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("text")},
+                                 {QStringLiteral("KeyList"), QStringLiteral("12")}},
+                     album(QStringLiteral("good"), {12, 12.5, QVariantMap(), true, QStringLiteral("12")})}));
     EXPECT_EQ(reader->albumNames().join(QLatin1Char(',')), u"no keys,text,good");
     EXPECT_TRUE(reader->imageThumbnailsInAlbum(QStringLiteral("no keys")).isEmpty());
     EXPECT_TRUE(reader->imageThumbnailsInAlbum(QStringLiteral("text")).isEmpty());
+    EXPECT_TRUE(reader->imageThumbnailsInAlbum(QString()).isEmpty()) << "an album without a name has not an empty one";
     EXPECT_EQ(titles(reader->imageThumbnailsInAlbum(QStringLiteral("good"))),
               QStringLiteral("twelve twelve")); // an integer stands for its text
 }

@@ -241,6 +241,10 @@ TEST_F(ITunesLibraryReader, PassesOverWhatIsOfTheWrongType)
                       QVariantList{QStringLiteral("x"), 7, QVariantMap(), QVariantMap{{QStringLiteral("Name"), 7}},
                                    playlist("good", {})}),
               u"good");
+    EXPECT_TRUE(readerOf(library(QVariantMap(), QVariantList{QVariantMap{{QStringLiteral("Name"), 7}}}))
+                    ->playlistInfoForName(QString())
+                    .isNull())
+        << "a playlist without a name has not an empty one";
 
     const auto reader =
         readerOf(library(QVariantList{track("one")},

@@ -79,6 +79,8 @@ TEST(Object, ComparesNumbersByValue)
     EXPECT_FALSE(equal(Number((qint64(1) << 53) + 1), Number(9007199254740992.0))) << "equal only when rounded";
     EXPECT_TRUE(equal(Number(std::nan("")), Number(std::nan(""))));
     EXPECT_TRUE(equal(Number(1e300), Number(1e300)));
+    EXPECT_TRUE(equal(Number(std::numeric_limits<qint64>::min()), Number(-9223372036854775808.0)));
+    EXPECT_FALSE(equal(Number(std::numeric_limits<qint64>::max()), Number(9223372036854775808.0)));
     EXPECT_FALSE(Number(3).isEqual(String(QStringLiteral("3"))));
 }
 
