@@ -12,6 +12,9 @@
 #include <plist/plist.h>
 #include <pugixml.hpp>
 
+#include <iterator>
+#include <vector>
+
 using benchmarkSupport::Stopwatch;
 using platform::PropertyListType;
 using platform::PropertyListValue;

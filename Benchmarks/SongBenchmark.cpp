@@ -10,8 +10,12 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <memory>
 #include <numeric>
+#include <vector>
 
 using benchmarkSupport::Stopwatch;
 

@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/PropertyList/PropertyList.h"
 
+#include <cstddef>
+
 /// Decodes every value of a list in every way, and compares it with itself.
 inline void decodeEverything(const platform::PropertyListView &value)
 {

@@ -8,6 +8,8 @@
 #include "ZRCommon/MediaDatabase_p.h"
 #include "ZRFoundation/ZRWorkUnit.h"
 
+#include <memory>
+
 class iPhotoAlbumReader;
 
 /// Reads an album database for an `iPhotoAlbumReader` in the background and hands it to the reader on the main thread.

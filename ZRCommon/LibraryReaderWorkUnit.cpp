@@ -10,6 +10,9 @@ using platform::PropertyListView;
 
 namespace {
 
+constexpr MediaDatabase::Kind musicLibrary{QLatin1String("Playlists"), QLatin1String("Tracks"),
+                                           QLatin1String("it holds neither playlists nor tracks")};
+
 /// A text to be told from others without regard to case.
 struct FoldedWord {
     QByteArrayView folded;
@@ -48,7 +51,7 @@ void LibraryReaderWorkUnit::processWithServer(ZRProcessServer &server)
     m_dictionary = MediaDatabase::guarded(m_library_path, [this] {
         const char *const keys[] = {"Genre", "Kind"};
         platform::PropertyListColumns columns(keys);
-        return MediaDatabase::read(m_library_path, u"Tracks", [&](const PropertyListView &song) {
+        return MediaDatabase::read(m_library_path, musicLibrary, [&](const PropertyListView &song) {
             const auto values = columns.values(song);
             return song.isDictionary() && includes(values[0], values[1]);
         });

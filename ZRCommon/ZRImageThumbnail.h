@@ -16,8 +16,9 @@
 /// Shared by its source, which keeps it for reuse, and by all lists that hold it: a picture once loaded is loaded
 /// for all. Paths, title and date never change.
 ///
-/// Thread safety: a record may be made on any thread and handed over; it belongs to one thread at a time. Pictures
-/// are meant to be loaded on the main thread, while drawing, and nothing is locked.
+/// Thread safety: a record may be made on any thread and handed over; it belongs to one thread at a time, and nothing
+/// is locked. Pictures are meant to be loaded on the main thread, while drawing. That needs no window system: a
+/// QCoreApplication is enough, and even that only for formats whose plug-ins Qt looks for beside the program.
 class ZRImageThumbnail : public platform::Object
 {
     ZR_OBJECT(ZRImageThumbnail, platform::Object)
@@ -32,8 +33,8 @@ public:
     ZRImageThumbnail(const QString &thumbPath, const QString &imagePath);
 
     /// The thumbnail picture, read from its file if it is not loaded yet. Its logical size is its size in pixels.
-    /// @return the not-loaded image, which is empty, when the file is missing or cannot be read. That is not
-    /// remembered: the next call tries the file again.
+    /// @return `notLoadedImage`, a null pointer, when the file is missing or cannot be read. That is not remembered:
+    /// the next call tries the file again.
     std::shared_ptr<platform::Image> imageToDisplay();
 
     const QString &title() const { return m_title; }
@@ -44,7 +45,7 @@ public:
 
     // Internal: for what draws thumbnails and wants to spread the loading or to free memory.
 
-    /// What is displayed in place of a picture that cannot be loaded: no image at all.
+    /// What is displayed in place of a picture that cannot be loaded: no image at all, a null pointer.
     static std::shared_ptr<platform::Image> notLoadedImage() { return nullptr; }
     /// Reads the picture, unless one is loaded.
     void loadImage();
@@ -54,7 +55,7 @@ public:
 private:
     QString m_thumb_path;
     QString m_image_path;
-    std::shared_ptr<platform::Image> m_thumb_image; // empty until the first display
+    std::shared_ptr<platform::Image> m_thumb_image; // null until the first display
     QString m_title;
     QDateTime m_creation_date;
 };

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <span>
 
 using platform::PropertyListValue;
 using platform::PropertyListView;

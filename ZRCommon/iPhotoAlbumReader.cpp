@@ -131,7 +131,7 @@ iPhotoAlbumReader::ThumbnailList iPhotoAlbumReader::imageThumbnailsInAlbum(const
             if (!isPhoto(photoDict))
                 continue;
             thumbnail = thumbnailForPhoto(photoDict);
-            m_image_thumbnails_by_key.insert(QByteArray(key->constData(), key->size()), thumbnail);
+            m_image_thumbnails_by_key.insert(*key, thumbnail);
         }
         if (foldedString.isEmpty()
             || photoDictMatchesString(database->items.value(QUtf8StringView(*key)), foldedString))
@@ -146,8 +146,8 @@ bool iPhotoAlbumReader::photoDictMatchesString(const PropertyListView &photoDict
         platform::raiseInvalidParameter({Q_FUNC_INFO, "iPhotoAlbumReader", 274}, this, "photo_dict != NULL");
     if (foldedString.isEmpty())
         return true;
-    const PropertyListView caption = photoDict.value(u"Caption");
-    return caption.isString() && platform::TextFolding::folded(*caption.plainUtf8()).contains(foldedString);
+    const auto caption = photoDict.value(u"Caption").plainUtf8();
+    return caption && platform::TextFolding::folded(*caption).contains(foldedString);
 }
 
 std::shared_ptr<ZRImageThumbnail> iPhotoAlbumReader::thumbnailForPhoto(const PropertyListView &photoDict) const
@@ -186,10 +186,12 @@ std::shared_ptr<const MediaDatabase> iPhotoAlbumReader::albumDataDictionary()
     const std::lock_guard lock(m_mutex);
     if (m_album_data_dict)
         return m_album_data_dict;
+    const auto self = weak_from_this().lock();
+    ZR_ASSERT(this, self, "make readers with std::make_shared");
     auto placeholder = std::make_shared<const MediaDatabase>();
-    auto workUnit = std::make_shared<AlbumReaderWorkUnit>(weak_from_this(), m_album_path);
+    auto workUnit = std::make_shared<AlbumReaderWorkUnit>(self, m_album_path);
     ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("album_reader_server"), 1);
-    server.addProcessObserver(shared_from_this());
+    server.addProcessObserver(self);
     // The result waits for the lock.
     if (server.addWorkUnit(workUnit)) {
         m_album_data_dict = placeholder;
@@ -208,4 +210,15 @@ void iPhotoAlbumReader::workUnitDidLoadDictionary(AlbumReaderWorkUnit *workUnit)
         m_is_reading = false;
     }
     platform::NotificationCenter::defaultCenter().postNotification(ZRIPhotoAlbumChangedNotification, this);
+}
+
+// The result will not come any more.
+void iPhotoAlbumReader::processServerDidEnd(ZRProcessServer &)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_is_reading)
+        return;
+    m_album_data_dict.reset();
+    m_album_reader_work_unit.reset();
+    m_is_reading = false;
 }

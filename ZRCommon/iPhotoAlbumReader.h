@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Result.h"
 #include "ZRFoundation/ZRProcessObserver.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QList>
 #include <QStringList>
@@ -32,7 +33,7 @@ inline const QString ZRIPhotoAlbumChangedNotification = QStringLiteral("ZRIPhoto
 ///
 /// A question that cannot start the reading, since there is no application object or no thread to be had, is answered
 /// as for an empty database and leaves the reader as it was: it is not reading, nothing will be posted, and the next
-/// question tries again. Reading that the end of the application object cuts short is never told of.
+/// question tries again. The same holds for reading that the end of the application object cuts short.
 ///
 /// Of the database these keys are used; other keys are passed over, and so are values of other types than these, as if
 /// they were absent, unless it says otherwise:
@@ -47,12 +48,16 @@ inline const QString ZRIPhotoAlbumChangedNotification = QStringLiteral("ZRIPhoto
 ///         Caption: string                     the title; a final ".JPG" (exactly so) is not shown
 ///         ThumbPath, ImagePath: string        the thumbnail's and the full image's file
 ///
+/// A property list that has content, but neither albums nor photos, is no album database: it is taken for a file that
+/// cannot be read.
+///
 /// A path at which there is nothing, and which contains "iPhoto Library", is taken to what is behind the first such
 /// text in the library folder (the one that holds the database, unless it is given), so that a library that was moved
 /// or copied still finds its files.
 ///
-/// Made with std::make_shared, since the work in the background refers to it; when it dies while that is under way, the
-/// result is dropped.
+/// Made with std::make_shared, since the work in the background refers to it: a question to a reader that no
+/// std::shared_ptr holds, and that would start the reading, fails as an internal inconsistency. When the reader dies
+/// while the work is under way, the result is dropped.
 ///
 /// Threads: `albumNames`, `isReading`, `readError` and the end of the reader belong to the main thread. Photos may be
 /// listed on any thread, but by one thread at a time: the records made so far are kept without a lock.
@@ -107,6 +112,7 @@ private:
 
     std::shared_ptr<const MediaDatabase> albumDataDictionary();
     void workUnitDidLoadDictionary(AlbumReaderWorkUnit *workUnit);
+    void processServerDidEnd(ZRProcessServer &server) override;
     std::shared_ptr<ZRImageThumbnail> thumbnailForPhoto(const platform::PropertyListView &photoDict) const;
     QString existingPath(const QString &path) const;
 

@@ -1,5 +1,6 @@
 #include "ZRCommon/iTunesLibraryReader.h"
 
+#include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/NotificationCenter.h"
 #include "ZRCommon/LibraryReaderWorkUnit_p.h"
@@ -118,10 +119,12 @@ std::shared_ptr<const MediaDatabase> iTunesLibraryReader::libraryDataDictionary(
 {
     if (m_library_data_dict)
         return m_library_data_dict;
+    const auto self = weak_from_this().lock();
+    ZR_ASSERT(this, self, "make readers with std::make_shared");
     auto placeholder = std::make_shared<const MediaDatabase>();
-    auto workUnit = std::make_shared<LibraryReaderWorkUnit>(weak_from_this(), m_library_path);
+    auto workUnit = std::make_shared<LibraryReaderWorkUnit>(self, m_library_path);
     ZRProcessServer &server = ZRProcessServer::processServerWithName(QStringLiteral("library_reader_server"), 1);
-    server.addProcessObserver(shared_from_this());
+    server.addProcessObserver(self);
     if (server.addWorkUnit(workUnit)) {
         m_library_data_dict = placeholder;
         m_library_reader_work_unit = std::move(workUnit);
@@ -135,4 +138,14 @@ void iTunesLibraryReader::workUnitDidLoadDictionary(LibraryReaderWorkUnit *workU
     m_library_data_dict = workUnit->dictionary();
     m_is_reading = false;
     platform::NotificationCenter::defaultCenter().postNotification(ZRITunesLibraryChangedNotification, this);
+}
+
+// The result will not come any more.
+void iTunesLibraryReader::processServerDidEnd(ZRProcessServer &)
+{
+    if (!m_is_reading)
+        return;
+    m_library_data_dict.reset();
+    m_library_reader_work_unit.reset();
+    m_is_reading = false;
 }

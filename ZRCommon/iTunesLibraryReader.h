@@ -29,7 +29,7 @@ inline const QString ZRITunesLibraryChangedNotification = QStringLiteral("ZRITun
 ///
 /// A question that cannot start the reading, since there is no application object or no thread to be had, is answered
 /// as for an empty library and leaves the reader as it was: it is not reading, nothing will be posted, and the next
-/// question tries again. Reading that the end of the application object cuts short is never told of.
+/// question tries again. The same holds for reading that the end of the application object cuts short.
 ///
 /// Of the library these keys are used; other keys, and values of other types than these, are passed over as if they
 /// were absent:
@@ -41,10 +41,14 @@ inline const QString ZRITunesLibraryChangedNotification = QStringLiteral("ZRITun
 ///             too
 ///     Tracks: dictionary of dictionaries   the songs; see `LibraryReaderWorkUnit::shouldIncludeSongEntry`
 ///
+/// A property list that has content, but neither playlists nor tracks, is none of a music library: it is taken for a
+/// file that cannot be read.
+///
 /// Songs are the library's own track dictionaries, handed out without a copy; each keeps the library in memory.
 ///
-/// Made with std::make_shared, since the work in the background refers to it; when it dies while that is under way, the
-/// result is dropped. All operations, and its end, are on the main thread.
+/// Made with std::make_shared, since the work in the background refers to it: a question to a reader that no
+/// std::shared_ptr holds, and that would start the reading, fails as an internal inconsistency. When the reader dies
+/// while the work is under way, the result is dropped. All operations, and its end, are on the main thread.
 class iTunesLibraryReader : public ZRProcessObserver, public std::enable_shared_from_this<iTunesLibraryReader>
 {
 public:
@@ -88,6 +92,7 @@ private:
 
     std::shared_ptr<const MediaDatabase> libraryDataDictionary();
     void workUnitDidLoadDictionary(LibraryReaderWorkUnit *workUnit);
+    void processServerDidEnd(ZRProcessServer &server) override;
 
     QString m_library_path;
     std::shared_ptr<const MediaDatabase> m_library_data_dict; // null until first needed, then empty until it is read

@@ -93,7 +93,7 @@ private:
         void remove(Observer *observer)
         {
             const auto found = std::find(observers.begin(), observers.end(), observer);
-            if (!observer || found == observers.end())
+            if (found == observers.end())
                 return;
             if (deliveries == 0)
                 observers.erase(found);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <typeinfo>
 
 Q_LOGGING_CATEGORY(processServerLog, "zr.processserver")
 
@@ -111,7 +112,7 @@ std::shared_ptr<ZRWorkUnit> ZRProcessServer::takeUnit()
 
 void ZRProcessServer::process(std::shared_ptr<ZRWorkUnit> unit)
 {
-    deliver([this, unit] { tellObservers(*unit, &ZRProcessObserver::processServerDidBeginWorkUnit); });
+    deliver([this, unit] { tellObservers(&ZRProcessObserver::processServerDidBeginWorkUnit, *unit); });
     const ZRWorkUnit &worked = *unit;
     const QString what =
         QStringLiteral("work unit %1 of server \"%2\"").arg(platform::typeName(typeid(worked)), m_name);
@@ -120,11 +121,12 @@ void ZRProcessServer::process(std::shared_ptr<ZRWorkUnit> unit)
         const std::lock_guard lock(m_mutex);
         m_unitsAtWork.erase(std::find(m_unitsAtWork.cbegin(), m_unitsAtWork.cend(), unit.get()));
     }
-    deliver([this, unit = std::move(unit)] { tellObservers(*unit, &ZRProcessObserver::processServerDidEndWorkUnit); });
+    deliver([this, unit = std::move(unit)] { tellObservers(&ZRProcessObserver::processServerDidEndWorkUnit, *unit); });
 }
 
-void ZRProcessServer::tellObservers(ZRWorkUnit &unit,
-                                    void (ZRProcessObserver::*message)(ZRProcessServer &, ZRWorkUnit &))
+template <class... Arguments>
+void ZRProcessServer::tellObservers(void (ZRProcessObserver::*message)(ZRProcessServer &, Arguments &...),
+                                    Arguments &...arguments)
 {
     std::vector<std::weak_ptr<ZRProcessObserver>> observers;
     {
@@ -134,7 +136,7 @@ void ZRProcessServer::tellObservers(ZRWorkUnit &unit,
     for (const auto &observer : observers) {
         if (const auto alive = observer.lock()) {
             platform::callGuarded(processServerLog(), QStringLiteral("observer of server \"%1\"").arg(m_name),
-                                  [&] { ((*alive).*message)(*this, unit); });
+                                  [&] { ((*alive).*message)(*this, arguments...); });
         }
     }
 }
@@ -152,8 +154,10 @@ void ZRProcessServer::endAll()
         for (const auto &[name, server] : servers().byName)
             all.push_back(server.get());
     }
-    for (ZRProcessServer *server : all)
+    for (ZRProcessServer *server : all) {
         server->end();
+        server->tellObservers(&ZRProcessObserver::processServerDidEnd);
+    }
 }
 
 void ZRProcessServer::end()

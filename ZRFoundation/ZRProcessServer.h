@@ -31,12 +31,12 @@
 ///     };
 ///     ZRProcessServer::processServerWithName(QStringLiteral("song_counter"), 1).addWorkUnit(unit);
 ///
-/// A server works while an application object exists. When that is destroyed, the cancel flags of all units
-/// are set, the units that no worker took yet are let go unprocessed, the workers are waited for, and
-/// deliveries that are still under way are dropped; all on the main thread. A unit that is added without an
-/// application object, or while it is being destroyed, is let go at once, as `addWorkUnit` then tells. A unit should
-/// therefore poll its cancel flag often, and must not wait for the main thread. A later application object finds the
-/// servers working again.
+/// A server works while an application object exists. When that is destroyed, the cancel flags of all units are set,
+/// the units that no worker took yet are let go unprocessed, the workers are waited for, and deliveries that are still
+/// under way are dropped; observers are told of that (`processServerDidEnd`); all on the main thread. A unit that is
+/// added without an application object, or while it is being destroyed, is let go at once, as `addWorkUnit` then tells.
+/// A unit should therefore poll its cancel flag often, and must not wait for the main thread. A later application
+/// object finds the servers working again.
 ///
 /// Thread safety: every operation may be called on any thread.
 class ZRProcessServer
@@ -93,7 +93,8 @@ private:
     void work();
     std::shared_ptr<ZRWorkUnit> takeUnit();
     void process(std::shared_ptr<ZRWorkUnit> unit);
-    void tellObservers(ZRWorkUnit &unit, void (ZRProcessObserver::*message)(ZRProcessServer &, ZRWorkUnit &));
+    template <class... Arguments>
+    void tellObservers(void (ZRProcessObserver::*message)(ZRProcessServer &, Arguments &...), Arguments &...arguments);
     void deliver(std::function<void()> call);
 
     template <class T>

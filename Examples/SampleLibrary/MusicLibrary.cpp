@@ -10,6 +10,8 @@
 #include <QUrl>
 
 #include <functional>
+#include <iterator>
+#include <optional>
 
 namespace {
 

@@ -10,6 +10,8 @@
 #include <QFileInfo>
 #include <QImageWriter>
 
+#include <optional>
+
 namespace {
 
 /// Where the library stood when its database was written.

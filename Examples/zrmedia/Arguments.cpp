@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -34,12 +35,13 @@ const Syntax *syntaxNamed(const QString &name)
 
 std::optional<Column> columnNamed(const QString &name)
 {
-    if (name == QLatin1String("Song"))
-        return Column::Song;
-    if (name == QLatin1String("Artist"))
-        return Column::Artist;
-    if (name == QLatin1String("Time"))
-        return Column::Time;
+    static constexpr std::pair<QLatin1String, Column> columns[] = {{QLatin1String("Song"), Column::Song},
+                                                                   {QLatin1String("Artist"), Column::Artist},
+                                                                   {QLatin1String("Time"), Column::Time}};
+    for (const auto &[columnName, column] : columns) {
+        if (name.compare(columnName, Qt::CaseInsensitive) == 0)
+            return column;
+    }
     return {};
 }
 
@@ -119,7 +121,8 @@ QString helpText()
         QStringLiteral("--help, --version"),
         QString(),
         ZRLocalizedString("JSON in UTF-8 goes to standard output, everything else to standard error."),
-        ZRLocalizedString("Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted."),
+        ZRLocalizedString(
+            "Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted, 141 nobody reads on."),
     };
     return usageText() + QLatin1Char('\n') + lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }

@@ -5,6 +5,8 @@
 
 #include "Platform/Foundation/Result.h"
 
+#include <optional>
+
 class Output;
 
 /// Why a command could not be carried out: an input that is not usable. Ready to be shown behind "zrmedia: ".

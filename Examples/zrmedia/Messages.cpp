@@ -16,7 +16,11 @@ QString localizedReason(const QString &reason)
         {QLatin1String("the file cannot be read to its end"), ZRLocalizedString("the file cannot be read to its end")},
         {QLatin1String("the file is larger than 4 GiB"), ZRLocalizedString("the file is larger than 4 GiB")},
         {QLatin1String("not enough memory for the file"), ZRLocalizedString("not enough memory for the file")},
+        {QLatin1String("this is no property list"), ZRLocalizedString("this is no property list")},
         {QLatin1String("the property list is no dictionary"), ZRLocalizedString("the property list is no dictionary")},
+        {QLatin1String("it holds neither playlists nor tracks"),
+         ZRLocalizedString("it holds neither playlists nor tracks")},
+        {QLatin1String("it holds neither albums nor photos"), ZRLocalizedString("it holds neither albums nor photos")},
     };
     for (const auto &[english, localized] : reasons) {
         if (reason == english)

@@ -8,6 +8,8 @@
 #include "ZRCommon/iTunesLibraryReader.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
+#include <memory>
+
 namespace {
 
 /// A reader whose library is parsed, or why there is none.

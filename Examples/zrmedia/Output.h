@@ -6,8 +6,8 @@
 
 #include <cstdio>
 
-/// Bytes on their way into a stream, gathered in blocks. A stream that takes no more (a full disk, a pipe whose reader
-/// has gone) is noticed and remembered; what is written after that is dropped. The main thread only.
+/// Bytes on their way into a stream, gathered in blocks. A stream that takes no more (a full disk, a closed
+/// descriptor) is noticed and remembered; what is written after that is dropped. The main thread only.
 class Output
 {
 public:

@@ -15,6 +15,8 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <iterator>
+#include <memory>
 
 namespace {
 

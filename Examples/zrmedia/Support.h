@@ -4,6 +4,7 @@
 
 #include "Platform/Foundation/NotificationCenter.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QStringList>
 

@@ -12,26 +12,28 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <variant>
 
 namespace {
 
 constexpr int done = 0;
 constexpr int inputNotUsable = 1;
 constexpr int wrongUsage = 2;
-constexpr int interrupted = 130;
+constexpr int endedBySignal = 128; // and the signal's number, as shells have it
 
 volatile std::sig_atomic_t wipesLine = 0;
 
 // Nothing is left half-written on disk, so that the program may end at any instruction. Only what may be called in a
 // signal handler is.
-extern "C" void endInterrupted(int)
+extern "C" void endBySignal(int signal)
 {
     if (wipesLine)
         Progress::wipeFromSignalHandler();
-    std::_Exit(interrupted);
+    std::_Exit(endedBySignal + signal);
 }
 
 Failure run(const Arguments &arguments, Output &output, Timings &timings)
@@ -82,12 +84,12 @@ int main(int argc, char **argv)
     reserveStandardDescriptors();
     const QList<QByteArray> rawWords(argv + 1, argv + std::max(argc, 1));
     QCoreApplication application(argc, argv);
-#ifdef SIGPIPE
-    // A reader that has gone away is reported like a full disk.
-    std::signal(SIGPIPE, SIG_IGN);
-#endif
     wipesLine = standardErrorIsTerminal();
-    std::signal(SIGINT, endInterrupted);
+    std::signal(SIGINT, endBySignal);
+#ifdef SIGPIPE
+    // Whoever read the output has had enough (zrmedia … | head): nothing to complain about.
+    std::signal(SIGPIPE, endBySignal);
+#endif
 
     const auto parsed = parseArguments(QCoreApplication::arguments().mid(1));
     if (const auto *error = std::get_if<UsageError>(&parsed)) {

@@ -2,11 +2,14 @@
 
 #include "Platform/Foundation/TypeName.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 
+#include <cstddef>
 #include <exception>
 #include <type_traits>
+#include <typeinfo>
 
 /// @file
 /// How a wrong call by a programmer is reported: through the assertion handler of the thread, which raises

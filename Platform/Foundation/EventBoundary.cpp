@@ -3,6 +3,7 @@
 #include "Platform/Foundation/TypeName.h"
 
 #include <exception>
+#include <typeinfo>
 
 void platform::logCurrentException(const QLoggingCategory &category, const QString &what)
 {

@@ -8,10 +8,12 @@
 #include <QVariant>
 
 #include <concepts>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 namespace platform {
 

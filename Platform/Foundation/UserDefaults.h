@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QSettings>
 #include <QString>
 #include <QVariant>
@@ -64,7 +65,9 @@ public:
     /// @return nothing when there is no such list, it is damaged, its root is no dictionary, or the name is none.
     QVariantMap persistentDomainForName(const QString &name) const;
 
-    /// Forgets everything, what was set on disk too and what was registered. For tests.
+    /// Forgets everything: what was set, on disk too and at once, and what was registered. For tests. What the user
+    /// prefers is gone for good, and defaults that parts of the program registered at its start stay away until they
+    /// are registered anew; a program that offers its user a fresh start removes its own keys instead.
     void clear();
 
 private:

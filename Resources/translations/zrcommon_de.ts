@@ -85,8 +85,8 @@
         <translation>JSON in UTF-8 geht auf die Standardausgabe, alles andere auf die Fehlerausgabe.</translation>
     </message>
     <message>
-        <source>Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted.</source>
-        <translation>Ende mit 0: getan, 1: Eingabe nicht brauchbar, 2: falsch aufgerufen, 130: unterbrochen.</translation>
+        <source>Exit status: 0 done, 1 input not usable, 2 wrong usage, 130 interrupted, 141 nobody reads on.</source>
+        <translation>Ende mit 0: getan, 1: Eingabe nicht brauchbar, 2: falsch aufgerufen, 130: unterbrochen, 141: niemand liest weiter.</translation>
     </message>
     <message>
         <source>Each also takes --timings; --help tells more.</source>
@@ -193,8 +193,20 @@
         <translation>der Speicher reicht für die Datei nicht</translation>
     </message>
     <message>
+        <source>this is no property list</source>
+        <translation>das ist keine Property-List</translation>
+    </message>
+    <message>
         <source>the property list is no dictionary</source>
         <translation>die Property-List ist kein Dictionary</translation>
+    </message>
+    <message>
+        <source>it holds neither playlists nor tracks</source>
+        <translation>darin sind weder Wiedergabelisten noch Titel</translation>
+    </message>
+    <message>
+        <source>it holds neither albums nor photos</source>
+        <translation>darin sind weder Alben noch Fotos</translation>
     </message>
 </context>
 </TS>

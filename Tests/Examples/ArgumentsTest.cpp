@@ -47,6 +47,9 @@ TEST(Arguments, OptionsMayStandAnywhere)
     EXPECT_TRUE(songs.showsTimings);
     EXPECT_EQ(parsed({"songs", "f", "p", "--sort", "Song"}).sortColumn, Column::Song);
     EXPECT_EQ(parsed({"songs", "f", "p", "--sort", "Artist"}).sortColumn, Column::Artist);
+    EXPECT_EQ(parsed({"songs", "f", "p", "--sort", "song"}).sortColumn, Column::Song);
+    EXPECT_EQ(parsed({"songs", "f", "p", "--sort", "ARTIST"}).sortColumn, Column::Artist);
+    EXPECT_EQ(parsed({"songs", "f", "p", "--sort", "time"}).sortColumn, Column::Time);
     EXPECT_EQ(parsed({"photos", "f", "a", "--search", "b"}).search, "b");
 }
 
@@ -65,7 +68,7 @@ TEST(Arguments, RefusesWhatItDoesNotUnderstand)
     EXPECT_EQ(refusalOf({"albums", "f", "g"}), "too many arguments for \"albums\"");
     EXPECT_EQ(refusalOf({"plist", "f", "--search", "x"}), "\"plist\" takes no --search");
     EXPECT_EQ(refusalOf({"photos", "f", "a", "--sort", "Song"}), "\"photos\" takes no --sort");
-    EXPECT_EQ(refusalOf({"songs", "f", "p", "--sort", "song"}), "\"song\" is none of Song, Artist and Time");
+    EXPECT_EQ(refusalOf({"songs", "f", "p", "--sort", "Name"}), "\"Name\" is none of Song, Artist and Time");
     EXPECT_EQ(refusalOf({"songs", "f", "p", "--descending"}), "--descending needs --sort");
     EXPECT_EQ(refusalOf({"songs", "f", "p", "--loud"}), "there is no option \"loud\"");
     EXPECT_EQ(refusalOf({"songs", "f", "p", "--search"}), "\"--search\" needs a value");

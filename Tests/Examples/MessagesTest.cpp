@@ -56,7 +56,8 @@ TEST_F(GermanMessages, WhatConcernsAWholeFileIsInGerman)
     for (const char *reason :
          {"there is no such file", "it is not a regular file", "the file cannot be opened for reading",
           "the file cannot be read to its end", "the file is larger than 4 GiB", "not enough memory for the file",
-          "the property list is no dictionary"}) {
+          "this is no property list", "the property list is no dictionary", "it holds neither playlists nor tracks",
+          "it holds neither albums nor photos"}) {
         const QString text = described({platform::ErrorCode::NotReadable, QString::fromLatin1(reason), -1, "f"});
         EXPECT_TRUE(text.startsWith(QLatin1String("f: ")));
         EXPECT_NE(text, QLatin1String("f: ") + QLatin1String(reason));

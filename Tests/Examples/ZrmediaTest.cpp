@@ -290,6 +290,20 @@ TEST(Zrmedia, SaysWhereAnInputIsBroken)
     }
 }
 
+TEST(Zrmedia, SaysThatAFileIsNoPropertyList)
+{
+    const QString file = path("README.md");
+    for (const char *text :
+         {"# A heading\n", "A heading\n\nText.\n", "\x89PNG\r\n\x1A\n", "<!DOCTYPE html><html></html>"}) {
+        testSupport::writeFile(file, text);
+        for (const QStringList &arguments : {QStringList{"plist", file}, {"playlists", file}, {"albums", file}}) {
+            const Outcome result = run(arguments);
+            EXPECT_EQ(result.status, 1);
+            EXPECT_TRUE(result.errors.endsWith(": this is no property list\n")) << result.errors.constData();
+        }
+    }
+}
+
 TEST(Zrmedia, SaysWhereAnAlbumDatabaseIsBroken)
 {
     const QString file = path("AlbumData.xml");
@@ -302,6 +316,18 @@ TEST(Zrmedia, SaysWhereAnAlbumDatabaseIsBroken)
         EXPECT_TRUE(result.errors.startsWith(QByteArray("zrmedia: " + file.toUtf8() + ": byte ")))
             << result.errors.constData();
     }
+}
+
+TEST(Zrmedia, SaysThatALibraryIsOfTheOtherKind)
+{
+    const Outcome playlists = run({"playlists", albumData});
+    EXPECT_EQ(playlists.status, 1);
+    EXPECT_EQ(playlists.output, "");
+    EXPECT_EQ(playlists.errors, "zrmedia: " + albumData.toUtf8() + ": it holds neither playlists nor tracks\n");
+    const Outcome albums = run({"albums", musicLibrary});
+    EXPECT_EQ(albums.status, 1);
+    EXPECT_EQ(albums.output, "");
+    EXPECT_EQ(albums.errors, "zrmedia: " + musicLibrary.toUtf8() + ": it holds neither albums nor photos\n");
 }
 
 TEST(Zrmedia, ReadsAnAlbumDatabaseOfAnyNameWithItsOwnFolderForTheLibrary)
@@ -518,21 +544,21 @@ TEST(Zrmedia, FailsWhenItsOutputTakesNoMore)
     EXPECT_TRUE(result.errors.startsWith("zrmedia: standard output: ")) << result.errors.constData();
 }
 
-TEST(Zrmedia, FailsWhenTheReaderOfItsOutputGoesAway)
+TEST(Zrmedia, EndsQuietlyWhenTheReaderOfItsOutputGoesAway)
 {
     QByteArray strings;
     for (int i = 0; i < 100'000; ++i)
         strings += "<string>many bytes, far more than a pipe holds</string>";
     const QString file = path("large.plist");
     testSupport::writeFile(file, "<plist><array>" + strings + "</array></plist>");
-    QProcess shell;
-    shell.setProcessEnvironment(english());
-    shell.start(QStringLiteral("bash"),
-                {"-c", "\"$0\" plist \"$1\" | head -n 1; exit ${PIPESTATUS[0]}", program, file});
-    const Outcome result = finished(shell);
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.output, "[\n");
-    EXPECT_TRUE(result.errors.startsWith("zrmedia: standard output: ")) << result.errors.constData();
+    const Outcome large = runInShell("\"$0\" plist \"$1\" | head -n 1; exit ${PIPESTATUS[0]}", file);
+    EXPECT_EQ(large.status, 141);
+    EXPECT_EQ(large.output, "[\n");
+    EXPECT_EQ(large.errors, "");
+    // Also for a program that was started with the signal ignored, and before a first byte is read.
+    const Outcome none = runInShell("trap '' PIPE; \"$0\" plist \"$1\" | exec <&-; exit ${PIPESTATUS[0]}", file);
+    EXPECT_EQ(none.status, 141);
+    EXPECT_EQ(none.errors, "");
 }
 
 TEST(Zrmedia, EndsWithAClosedStandardOutput)

@@ -1,11 +1,13 @@
 #include "ZRCommon/MediaDatabase_p.h"
 
+#include "Platform/Foundation/AssertionHandler.h"
 #include "ReaderTestSupport.h"
 
 #include <atomic>
 #include <cstdlib>
 #include <new>
 #include <system_error>
+#include <type_traits>
 
 namespace {
 
@@ -61,14 +63,36 @@ QByteArray largeDatabase()
         + items + "</dict><key>Tracks</key><dict>" + items + "</dict></dict>";
 }
 
+constexpr MediaDatabase::Kind kind{QLatin1String("L"), QLatin1String("T"), QLatin1String("neither L nor T")};
+
+TEST(MediaDatabase, IsEmptyWithAnErrorWhenTheListIsOfAnotherKind)
+{
+    const QString path = pathFor(QStringLiteral("list.xml"));
+    const auto errorOf = [&](const QByteArray &list) {
+        testSupport::writeFile(path, list);
+        const auto database = MediaDatabase::read(path, kind);
+        EXPECT_EQ(database->dictionary.isNull(), database->error.has_value());
+        EXPECT_TRUE(!database->error || database->error->code == platform::ErrorCode::Malformed);
+        return database->error ? database->error->toString() : QString();
+    };
+    const QString neither = path + QStringLiteral(": neither L nor T");
+    EXPECT_EQ(errorOf("<dict><key>X</key><array/></dict>"), neither);
+    EXPECT_EQ(errorOf("<dict><key>L</key><dict/><key>T</key><array/></dict>"), neither);
+    EXPECT_EQ(errorOf("<dict><key>L</key><array/><key>T</key><array/></dict>"), QString());
+    EXPECT_EQ(errorOf("<dict><key>L</key><dict/><key>T</key><dict/></dict>"), QString());
+    EXPECT_EQ(errorOf("<dict/>"), QString()) << "an empty database";
+    EXPECT_EQ(errorOf("<array><dict/></array>"), path + QStringLiteral(": the property list is no dictionary"));
+    EXPECT_EQ(errorOf("<plist/>"), path + QStringLiteral(": the property list is no dictionary"));
+}
+
 TEST(MediaDatabase, FindsTheItemsThatAreAccepted)
 {
     const QString path = pathFor(QStringLiteral("list.xml"));
     testSupport::writeFile(path, "<dict><key>T</key><dict><key>1</key><true/><key>2</key><dict/></dict></dict>");
-    const auto all = MediaDatabase::read(path, u"T");
+    const auto all = MediaDatabase::read(path, kind);
     EXPECT_FALSE(all->items.value(1).isNull());
     EXPECT_FALSE(all->items.value(2).isNull());
-    const auto some = MediaDatabase::read(path, u"T", [](const PropertyListView &item) { return item.isDictionary(); });
+    const auto some = MediaDatabase::read(path, kind, [](const PropertyListView &item) { return item.isDictionary(); });
     EXPECT_TRUE(some->items.value(1).isNull());
     EXPECT_FALSE(some->items.value(2).isNull());
 }
@@ -79,7 +103,7 @@ TEST(MediaDatabase, IsEmptyWithAnErrorWhateverIsThrownWhileItIsRead)
     testSupport::writeFile(path, "<dict><key>T</key><dict><key>1</key><dict/></dict></dict>");
     const auto textAfter = [&](const std::function<void()> &fail) {
         const auto database = MediaDatabase::guarded(path, [&] {
-            return MediaDatabase::read(path, u"T", [&](const PropertyListView &) {
+            return MediaDatabase::read(path, kind, [&](const PropertyListView &) {
                 fail();
                 return true;
             });
@@ -93,23 +117,20 @@ TEST(MediaDatabase, IsEmptyWithAnErrorWhateverIsThrownWhileItIsRead)
     EXPECT_EQ(textAfter([] { throw std::system_error(EIO, std::generic_category()); }),
               path + u": reading it was broken off");
     EXPECT_EQ(textAfter([] { throw 17; }), path + u": reading it was broken off");
-    EXPECT_FALSE(MediaDatabase::guarded(path, [&] { return MediaDatabase::read(path, u"T"); })->error);
+    EXPECT_FALSE(MediaDatabase::guarded(path, [&] { return MediaDatabase::read(path, kind); })->error);
 }
 
 template <class Reading>
-struct MediaReaders : testing::Test {
+struct MediaReaders : testSupport::ReaderTest<Reading> {
+    MediaReaders()
+        : testSupport::ReaderTest<Reading>(testSupport::homePath())
+    { }
     std::shared_ptr<typename Reading::Reader> newReader() const
     {
-        return std::make_shared<typename Reading::Reader>(path);
-    }
-    bool waitForNotification(int wanted)
-    {
-        return testSupport::waitUntil([&] { return notifications.count() >= wanted; });
+        return std::make_shared<typename Reading::Reader>(this->m_path);
     }
 
-    const QString path = pathFor(Reading::fileName());
     ZRProcessServer &server = testSupport::readingServer<Reading>();
-    testSupport::NotificationCounter<Reading> notifications;
 };
 
 using Readings = testing::Types<AlbumReading, LibraryReading>;
@@ -127,6 +148,39 @@ TYPED_TEST(MediaReaders, ReadOnTheOneWorkerOfTheirServer)
     EXPECT_TRUE(testSupport::waitUntil([&] { return watcher->ended == 1; }));
 }
 
+TYPED_TEST(MediaReaders, SayThatTheDatabaseOfTheOtherIsNoneOfTheirs)
+{
+    using Other = std::conditional_t<std::is_same_v<TypeParam, AlbumReading>, LibraryReading, AlbumReading>;
+    testSupport::writeFile(this->m_path, Other::emptyDatabase());
+    const auto reader = this->newReader();
+    TypeParam::names(*reader);
+    ASSERT_TRUE(this->waitForNotification(1));
+    EXPECT_TRUE(TypeParam::names(*reader).isEmpty());
+    ASSERT_TRUE(reader->readError());
+    EXPECT_EQ(reader->readError()->toString(), this->m_path + TypeParam::mismatch());
+
+    testSupport::writeFile(this->m_path, TypeParam::emptyDatabase());
+    const auto right = this->newReader();
+    TypeParam::names(*right);
+    ASSERT_TRUE(this->waitForNotification(2));
+    EXPECT_TRUE(TypeParam::names(*right).isEmpty());
+    EXPECT_FALSE(right->readError()) << "an empty database is no error";
+}
+
+TYPED_TEST(MediaReaders, RefuseToReadWhenNoSharedPointerHoldsThem)
+{
+    typename TypeParam::Reader reader(this->m_path);
+    for (int question = 0; question < 2; ++question) {
+        try {
+            TypeParam::names(reader);
+            FAIL();
+        } catch (const platform::InternalInconsistency &failure) {
+            EXPECT_EQ(failure.description(), u"make readers with std::make_shared");
+        }
+        EXPECT_FALSE(reader.isReading());
+    }
+}
+
 TYPED_TEST(MediaReaders, ObserveTheirServer)
 {
     struct ObservingReader : TypeParam::Reader {
@@ -134,14 +188,14 @@ TYPED_TEST(MediaReaders, ObserveTheirServer)
         void processServerDidEndWorkUnit(ZRProcessServer &, ZRWorkUnit &) override { ++ended; }
         int ended = 0;
     };
-    const auto reader = std::make_shared<ObservingReader>(this->path);
+    const auto reader = std::make_shared<ObservingReader>(this->m_path);
     TypeParam::names(*reader);
     EXPECT_TRUE(testSupport::waitUntil([&] { return reader->ended == 1; }));
 }
 
 TYPED_TEST(MediaReaders, CancelTheirReadingWhenTheyDieBeforeItsEnd)
 {
-    testSupport::writeFile(this->path, "<dict/>");
+    testSupport::writeFile(this->m_path, "<dict/>");
     const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
     this->server.addProcessObserver(watcher);
     const auto block = testSupport::BlockingUnit::start(this->server);
@@ -154,15 +208,15 @@ TYPED_TEST(MediaReaders, CancelTheirReadingWhenTheyDieBeforeItsEnd)
 
 TYPED_TEST(MediaReaders, ReadNothingOnceCancelledAndTellNobody)
 {
-    testSupport::writeFile(this->path, "<dict/>");
+    testSupport::writeFile(this->m_path, "<dict/>");
     const auto reader = this->newReader();
-    const auto unit = std::make_shared<typename TypeParam::WorkUnit>(std::weak_ptr(reader), this->path);
+    const auto unit = std::make_shared<typename TypeParam::WorkUnit>(std::weak_ptr(reader), this->m_path);
     unit->setCancelFlag(true);
     unit->processWithServer(this->server);
     EXPECT_FALSE(unit->dictionary());
     TypeParam::names(*reader);
     ASSERT_TRUE(this->waitForNotification(1));
-    EXPECT_EQ(this->notifications.count(), 1);
+    EXPECT_EQ(this->m_notifications.count(), 1);
     unit->setCancelFlag(false);
     unit->processWithServer(this->server);
     EXPECT_TRUE(unit->dictionary());
@@ -171,7 +225,7 @@ TYPED_TEST(MediaReaders, ReadNothingOnceCancelledAndTellNobody)
 
 TYPED_TEST(MediaReaders, KeepTheirWorkUnitForTheirLifeOrLetItGoWhenItIsDone)
 {
-    testSupport::writeFile(this->path, "<dict/>");
+    testSupport::writeFile(this->m_path, "<dict/>");
     const auto watcher = std::make_shared<testSupport::WorkUnitWatcher<typename TypeParam::WorkUnit>>();
     this->server.addProcessObserver(watcher);
     auto reader = this->newReader();
@@ -189,7 +243,7 @@ TYPED_TEST(MediaReaders, KeepTheirWorkUnitForTheirLifeOrLetItGoWhenItIsDone)
 
 TYPED_TEST(MediaReaders, AreEmptyWithAnErrorWhenTheMemoryDoesNotSuffice)
 {
-    testSupport::writeFile(this->path, largeDatabase());
+    testSupport::writeFile(this->m_path, largeDatabase());
     const auto reader = this->newReader();
     failingSize = 100'000;
     TypeParam::names(*reader);
@@ -199,7 +253,7 @@ TYPED_TEST(MediaReaders, AreEmptyWithAnErrorWhenTheMemoryDoesNotSuffice)
     EXPECT_FALSE(reader->isReading());
     EXPECT_TRUE(TypeParam::names(*reader).isEmpty());
     ASSERT_TRUE(reader->readError());
-    EXPECT_EQ(reader->readError()->toString(), this->path + u": there is not enough memory to read it");
+    EXPECT_EQ(reader->readError()->toString(), this->m_path + u": there is not enough memory to read it");
 
     const auto next = this->newReader();
     TypeParam::names(*next);

@@ -22,6 +22,11 @@ struct AlbumReading {
     static QString notificationName() { return QStringLiteral("ZRIPhotoAlbumChangedNotification"); }
     static QString fileName() { return QStringLiteral("AlbumData.xml"); }
     static QStringList names(Reader &reader) { return reader.albumNames(); }
+    static QByteArray emptyDatabase()
+    {
+        return "<dict><key>List of Albums</key><array/><key>Master Image List</key><dict/></dict>";
+    }
+    static QString mismatch() { return QStringLiteral(": it holds neither albums nor photos"); }
 };
 
 struct LibraryReading {
@@ -32,6 +37,8 @@ struct LibraryReading {
     static QString notificationName() { return QStringLiteral("ZRITunesLibraryChangedNotification"); }
     static QString fileName() { return QStringLiteral("iTunes Music Library.xml"); }
     static QStringList names(Reader &reader) { return reader.playlistNames(); }
+    static QByteArray emptyDatabase() { return "<dict><key>Playlists</key><array/><key>Tracks</key><dict/></dict>"; }
+    static QString mismatch() { return QStringLiteral(": it holds neither playlists nor tracks"); }
 };
 
 /// Looks at the readers' work units while a server tells of them.
@@ -53,23 +60,6 @@ public:
     bool lastWasCancelled = false;
     bool lastHadDictionary = false;
 };
-
-/// The server that the readers of a kind read on, idle at first. A reader was the first to ask for it, so that the
-/// server has the number of workers that a reader wants and not the one that is said here.
-template <class Reading>
-ZRProcessServer &readingServer()
-{
-    static const auto serverOfAReader = []() -> ZRProcessServer & {
-        Reading::names(*std::make_shared<typename Reading::Reader>(QStringLiteral("/nowhere")));
-        ZRProcessServer &server = ZRProcessServer::processServerWithName(Reading::serverName(), 9);
-        const auto watcher = std::make_shared<WorkUnitWatcher<typename Reading::WorkUnit>>();
-        server.addProcessObserver(watcher);
-        EXPECT_TRUE(waitUntil([&] { return watcher->ended == 1; })) << "readers read on another server";
-        return server;
-    };
-    static ZRProcessServer &server = serverOfAReader();
-    return server;
-}
 
 /// Keeps the worker of a server busy until it is released, so that a test can look at what happens meanwhile.
 class BlockingUnit : public ZRWorkUnit
@@ -93,17 +83,93 @@ private:
     std::promise<void> m_started, m_released;
 };
 
-/// Counts the notifications that readers of a kind post.
+/// The server that the readers of a kind read on, idle, with nothing under way that an earlier test began. A reader was
+/// the first to ask for it, so that the server has the number of workers that a reader wants and not the one that is
+/// said here.
+template <class Reading>
+ZRProcessServer &readingServer()
+{
+    static const auto serverOfAReader = []() -> ZRProcessServer & {
+        Reading::names(*std::make_shared<typename Reading::Reader>(QStringLiteral("/nowhere")));
+        ZRProcessServer &server = ZRProcessServer::processServerWithName(Reading::serverName(), 9);
+        const auto watcher = std::make_shared<WorkUnitWatcher<typename Reading::WorkUnit>>();
+        server.addProcessObserver(watcher);
+        EXPECT_TRUE(waitUntil([&] { return watcher->ended == 1; })) << "readers read on another server";
+        return server;
+    };
+    static ZRProcessServer &server = serverOfAReader();
+    // The server lets a unit go after all that it and those before it had delivered.
+    const auto last = BlockingUnit::start(server);
+    last->release();
+    EXPECT_TRUE(waitUntil([&] { return last.use_count() == 1; }));
+    return server;
+}
+
+/// Counts the notifications that readers of a kind post, and looks at the reader that posts one.
 template <class Reading>
 class NotificationCounter
 {
 public:
     int count() const { return m_count; }
+    /// The reader that posted the last one, which may have died since.
+    const typename Reading::Reader *lastSender() const { return m_lastSender; }
+    /// Whether that was still reading when it did.
+    bool lastSenderWasReading() const { return m_lastSenderWasReading; }
 
 private:
+    void count(const platform::Notification &notification)
+    {
+        ++m_count;
+        m_lastSender = notification.object<typename Reading::Reader>();
+        m_lastSenderWasReading = m_lastSender && m_lastSender->isReading();
+    }
+
     int m_count = 0;
+    const typename Reading::Reader *m_lastSender = nullptr;
+    bool m_lastSenderWasReading = false;
     platform::Observation m_observation = platform::NotificationCenter::defaultCenter().addObserver(
-        [this](const platform::Notification &) { ++m_count; }, Reading::notificationName());
+        [this](const platform::Notification &notification) { count(notification); }, Reading::notificationName());
+};
+
+/// What the tests of one reader stand on: a path for its file, and readers that have read it.
+template <class Reading>
+class ReaderTest : public testing::Test
+{
+protected:
+    using ReaderPointer = std::shared_ptr<typename Reading::Reader>;
+
+    explicit ReaderTest(const QString &folder)
+        : m_folder(folder)
+    { }
+
+    /// Has a reader read its file.
+    ReaderPointer read(ReaderPointer reader)
+    {
+        const int before = m_notifications.count();
+        EXPECT_TRUE(Reading::names(*reader).isEmpty());
+        EXPECT_TRUE(reader->isReading());
+        EXPECT_TRUE(waitForNotification(before + 1));
+        EXPECT_EQ(m_notifications.lastSender(), reader.get());
+        EXPECT_FALSE(m_notifications.lastSenderWasReading());
+        EXPECT_FALSE(reader->isReading());
+        return reader;
+    }
+    /// A reader that has read the file.
+    ReaderPointer readerOf(const QString &path) { return read(std::make_shared<typename Reading::Reader>(path)); }
+    ReaderPointer readerOf(const QByteArray &bytes)
+    {
+        writeFile(m_path, bytes);
+        return readerOf(m_path);
+    }
+    /// Waits until at least so many notifications were posted.
+    [[nodiscard]] bool waitForNotification(int wanted)
+    {
+        return waitUntil([&] { return m_notifications.count() >= wanted; });
+    }
+
+    const QString m_folder;
+    const QString m_path = m_folder + QLatin1Char('/') + Reading::fileName();
+    NotificationCounter<Reading> m_notifications;
 };
 
 } // namespace testSupport

@@ -1,5 +1,7 @@
 #include "ZRCommon/Typing.h"
 
+#include "Support/ModelObjects.h"
+
 #include <gtest/gtest.h>
 
 using platform::ObjectPointer;
@@ -10,24 +12,9 @@ using Typing::subsetWithObjectsOfType;
 
 namespace {
 
-class Shape : public platform::Object
-{
-    ZR_OBJECT(Shape, platform::Object)
-};
-
-class Circle : public Shape
-{
-    ZR_OBJECT(Circle, Shape)
-};
-
-class Note : public platform::Object
-{
-    ZR_OBJECT(Note, platform::Object)
-};
-
-const ObjectPointer shape = std::make_shared<Shape>();
-const ObjectPointer circle = std::make_shared<Circle>();
-const ObjectPointer note = std::make_shared<Note>();
+const ObjectPointer song = std::make_shared<Song>();
+const ObjectPointer protectedSong = std::make_shared<ProtectedSong>();
+const ObjectPointer photo = std::make_shared<Photo>();
 
 TEST(Typing, AnEmptySetContainsNeitherOnlyNorAtLeastOneObjectOfAType)
 {
@@ -38,36 +25,37 @@ TEST(Typing, AnEmptySetContainsNeitherOnlyNorAtLeastOneObjectOfAType)
 
 TEST(Typing, ASetContainsOnlyObjectsOfATypeWhenEveryMemberIsOfIt)
 {
-    EXPECT_TRUE(containsOnlyObjectsOfType({shape}, Shape::staticClass()));
-    EXPECT_TRUE(containsOnlyObjectsOfType({shape, circle}, Shape::staticClass())) << "a subclass counts";
-    EXPECT_TRUE(containsOnlyObjectsOfType({shape, circle, note}, platform::Object::staticClass()));
-    EXPECT_FALSE(containsOnlyObjectsOfType({shape, circle}, Circle::staticClass())) << "a superclass does not";
-    EXPECT_FALSE(containsOnlyObjectsOfType({shape, note}, Shape::staticClass()));
+    EXPECT_TRUE(containsOnlyObjectsOfType({song}, Song::staticClass()));
+    EXPECT_TRUE(containsOnlyObjectsOfType({song, protectedSong}, Song::staticClass())) << "a subclass counts";
+    EXPECT_TRUE(containsOnlyObjectsOfType({song, protectedSong, photo}, platform::Object::staticClass()));
+    EXPECT_FALSE(containsOnlyObjectsOfType({song, protectedSong}, ProtectedSong::staticClass()))
+        << "a superclass does not";
+    EXPECT_FALSE(containsOnlyObjectsOfType({song, photo}, Song::staticClass()));
 }
 
 TEST(Typing, ASetContainsAnObjectOfATypeWhenSomeMemberIsOfIt)
 {
-    EXPECT_TRUE(containsAtLeastOneObjectOfType({circle, note}, Shape::staticClass()));
-    EXPECT_TRUE(containsAtLeastOneObjectOfType({circle, note}, Note::staticClass()));
-    EXPECT_FALSE(containsAtLeastOneObjectOfType({shape, note}, Circle::staticClass()));
+    EXPECT_TRUE(containsAtLeastOneObjectOfType({protectedSong, photo}, Song::staticClass()));
+    EXPECT_TRUE(containsAtLeastOneObjectOfType({protectedSong, photo}, Photo::staticClass()));
+    EXPECT_FALSE(containsAtLeastOneObjectOfType({song, photo}, ProtectedSong::staticClass()));
 }
 
 TEST(Typing, TheSubsetHoldsTheMembersOfTheTypeAndLeavesTheSetAlone)
 {
-    const ObjectSet set{shape, circle, note};
-    EXPECT_EQ(subsetWithObjectsOfType(set, Shape::staticClass()), (ObjectSet{shape, circle}));
-    EXPECT_EQ(subsetWithObjectsOfType(set, Circle::staticClass()), ObjectSet{circle});
+    const ObjectSet set{song, protectedSong, photo};
+    EXPECT_EQ(subsetWithObjectsOfType(set, Song::staticClass()), (ObjectSet{song, protectedSong}));
+    EXPECT_EQ(subsetWithObjectsOfType(set, ProtectedSong::staticClass()), ObjectSet{protectedSong});
     EXPECT_EQ(subsetWithObjectsOfType(set, platform::Object::staticClass()), set);
-    EXPECT_TRUE(subsetWithObjectsOfType({shape, note}, Circle::staticClass()).empty());
+    EXPECT_TRUE(subsetWithObjectsOfType({song, photo}, ProtectedSong::staticClass()).empty());
     EXPECT_EQ(set.size(), 3u);
 }
 
 TEST(Typing, ANullPointerIsOfNoType)
 {
     EXPECT_FALSE(containsOnlyObjectsOfType({nullptr}, platform::Object::staticClass()));
-    EXPECT_FALSE(containsOnlyObjectsOfType({shape, nullptr}, platform::Object::staticClass()));
+    EXPECT_FALSE(containsOnlyObjectsOfType({song, nullptr}, platform::Object::staticClass()));
     EXPECT_FALSE(containsAtLeastOneObjectOfType({nullptr}, platform::Object::staticClass()));
-    EXPECT_EQ(subsetWithObjectsOfType({shape, nullptr}, platform::Object::staticClass()), ObjectSet{shape});
+    EXPECT_EQ(subsetWithObjectsOfType({song, nullptr}, platform::Object::staticClass()), ObjectSet{song});
 }
 
 } // namespace

@@ -1,24 +1,16 @@
 #include "ZRCommon/ZRFileManagerExtensions.h"
 
-#include "Support/TestSupport.h"
+#include "Support/FolderTest.h"
 
 #include <QDir>
 #include <QFileInfo>
-
-#include <unistd.h>
 
 using ZRFileManagerExtensions::mkdirsAtPath;
 using ZRFileManagerExtensions::pathResolved;
 
 namespace {
 
-struct ZRFileManagerExtensionsTest : testing::Test {
-    const QString folder = QDir(testSupport::homePath()).canonicalPath();
-    QString in(const char *name) const { return folder + u'/' + QString::fromUtf8(name); }
-    void link(const char *target, const char *name) const
-    {
-        ASSERT_EQ(symlink(target, in(name).toUtf8().constData()), 0);
-    }
+struct ZRFileManagerExtensionsTest : testSupport::FolderTest {
     bool isFolder(const char *name) const { return QFileInfo(in(name)).isDir(); }
 };
 

@@ -1,8 +1,8 @@
 #include "ZRCommon/iPhotoAlbumReader.h"
 
 #include "Platform/Foundation/AssertionHandler.h"
-#include "Platform/Foundation/NotificationCenter.h"
 #include "Platform/Foundation/TextFolding.h"
+#include "ReaderTestSupport.h"
 #include "Support/TestSupport.h"
 #include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRFoundation/ZRProcessServer.h"
@@ -19,8 +19,6 @@
 namespace {
 
 using platform::PropertyListView;
-
-const QString fileName = QStringLiteral("AlbumData.xml");
 
 struct CancelledUnit : ZRWorkUnit {
     void processWithServer(ZRProcessServer &) override { }
@@ -64,44 +62,10 @@ QString titles(const iPhotoAlbumReader::ThumbnailList &thumbnails)
     return texts.join(QLatin1Char(' '));
 }
 
-class IPhotoAlbumReader : public testing::Test
-{
-protected:
+struct IPhotoAlbumReader : testSupport::ReaderTest<testSupport::AlbumReading> {
     IPhotoAlbumReader()
-        : m_folder(testSupport::homePath() + QStringLiteral("/iPhoto Library"))
-        , m_path(m_folder + QLatin1Char('/') + fileName)
-    {
-        m_observation = platform::NotificationCenter::defaultCenter().addObserver(
-            [this](const platform::Notification &notification) {
-                ++m_notifications;
-                m_lastSender = notification.object<iPhotoAlbumReader>();
-                m_wasReadingAtNotification = m_lastSender && m_lastSender->isReading();
-            },
-            QStringLiteral("ZRIPhotoAlbumChangedNotification"));
-    }
-
-    /// Has a reader read its file.
-    std::shared_ptr<iPhotoAlbumReader> read(std::shared_ptr<iPhotoAlbumReader> reader)
-    {
-        const int before = m_notifications;
-        EXPECT_TRUE(reader->albumNames().isEmpty());
-        EXPECT_TRUE(reader->isReading());
-        EXPECT_TRUE(testSupport::waitUntil([&] { return m_notifications > before; }));
-        EXPECT_EQ(m_lastSender, reader.get());
-        EXPECT_FALSE(m_wasReadingAtNotification);
-        EXPECT_FALSE(reader->isReading());
-        return reader;
-    }
-    /// A reader that has read the file.
-    std::shared_ptr<iPhotoAlbumReader> readerOf(const QString &path)
-    {
-        return read(std::make_shared<iPhotoAlbumReader>(path));
-    }
-    std::shared_ptr<iPhotoAlbumReader> readerOf(const QByteArray &bytes)
-    {
-        testSupport::writeFile(m_path, bytes);
-        return readerOf(m_path);
-    }
+        : ReaderTest(testSupport::homePath() + QStringLiteral("/iPhoto Library"))
+    { }
     /// The photos of one album.
     iPhotoAlbumReader::ThumbnailList listed(const QVariantMap &photos, const QVariantList &keys,
                                             const QString &search = {})
@@ -109,12 +73,6 @@ protected:
         return readerOf(database(photos, QVariantList{album(QStringLiteral("A"), keys)}))
             ->imageThumbnailsInAlbum(QStringLiteral("A"), search);
     }
-
-    const QString m_folder, m_path;
-    int m_notifications = 0;
-    iPhotoAlbumReader *m_lastSender = nullptr;
-    bool m_wasReadingAtNotification = false;
-    platform::Observation m_observation;
 };
 
 TEST_F(IPhotoAlbumReader, TakesTheDatabaseOrTheFolderThatHoldsIt)
@@ -127,6 +85,8 @@ TEST_F(IPhotoAlbumReader, TakesTheDatabaseOrTheFolderThatHoldsIt)
     EXPECT_EQ(pathFor("/x/iPhoto Library/"), u"/x/iPhoto Library/AlbumData.xml");
     EXPECT_EQ(pathFor("/x/albumdata.xml"), u"/x/albumdata.xml/AlbumData.xml");
     EXPECT_EQ(pathFor("/x/My AlbumData.xml"), u"/x/My AlbumData.xml");
+    EXPECT_EQ(pathFor("/"), u"/AlbumData.xml");
+    EXPECT_EQ(pathFor(""), u"AlbumData.xml");
 }
 
 TEST_F(IPhotoAlbumReader, TakesADatabaseOfAnyNameWithItsLibraryFolder)
@@ -161,7 +121,7 @@ TEST_F(IPhotoAlbumReader, ReadsNothingUntilItIsAskedAndThenOnce)
     EXPECT_EQ(reader->albumNames(), QStringList({QStringLiteral("Library"), QStringLiteral("Sea")}));
     testSupport::writeFile(m_path, database(QVariantMap(), QVariantList()));
     EXPECT_EQ(reader->albumNames().size(), 2);
-    EXPECT_EQ(m_notifications, 1);
+    EXPECT_EQ(m_notifications.count(), 1);
 }
 
 TEST_F(IPhotoAlbumReader, StartsReadingWhenPhotosAreAskedForFirst)
@@ -170,7 +130,7 @@ TEST_F(IPhotoAlbumReader, StartsReadingWhenPhotosAreAskedForFirst)
     const auto reader = std::make_shared<iPhotoAlbumReader>(m_path);
     EXPECT_TRUE(reader->imageThumbnailsInAlbum(QStringLiteral("Library")).isEmpty());
     EXPECT_TRUE(reader->isReading());
-    ASSERT_TRUE(testSupport::waitUntil([&] { return m_notifications == 1; }));
+    ASSERT_TRUE(waitForNotification(1));
     EXPECT_EQ(titles(reader->imageThumbnailsInAlbum(QStringLiteral("Library"))), u"Beach Forest");
 }
 
@@ -263,6 +223,8 @@ TEST_F(IPhotoAlbumReader, FindsTheFilesOfALibraryThatWasMoved)
     };
     EXPECT_EQ(imagePath(old + QStringLiteral("/Data/2005/x.jpg")), m_folder + QStringLiteral("/Data/2005/x.jpg"));
     EXPECT_EQ(imagePath(old), m_folder);
+    EXPECT_EQ(imagePath(old + QStringLiteral("//Data/x/")), m_folder + QStringLiteral("/Data/x"));
+    EXPECT_EQ(imagePath(QStringLiteral("iPhoto Library/x.jpg")), m_folder + QStringLiteral("/x.jpg"));
     EXPECT_EQ(imagePath(old + QStringLiteral("/iPhoto Library/x.jpg")),
               m_folder + QStringLiteral("/iPhoto Library/x.jpg")); // the first
     EXPECT_EQ(imagePath(there), there); // is there
@@ -326,7 +288,7 @@ TEST_F(IPhotoAlbumReader, ListsPhotosOnAWorkerWhileTheMainThreadTakesTheDatabase
 {
     testSupport::writeFile(m_path, smallDatabase());
     for (int round = 0; round < 20; ++round) {
-        const int before = m_notifications;
+        const int before = m_notifications.count();
         const auto reader = std::make_shared<iPhotoAlbumReader>(m_path);
         std::atomic<bool> done = false;
         std::thread worker([&] {
@@ -334,7 +296,7 @@ TEST_F(IPhotoAlbumReader, ListsPhotosOnAWorkerWhileTheMainThreadTakesTheDatabase
                 std::this_thread::yield();
             done = true;
         });
-        EXPECT_TRUE(testSupport::waitUntil([&] { return done && m_notifications > before; }));
+        EXPECT_TRUE(testSupport::waitUntil([&] { return done && m_notifications.count() > before; }));
         worker.join();
     }
 }
@@ -376,17 +338,19 @@ TEST_F(IPhotoAlbumReader, FailsToMatchNoPhotoEvenWithTheEmptyText)
 TEST_F(IPhotoAlbumReader, PassesOverWhatIsOfTheWrongType)
 {
     EXPECT_TRUE(readerOf(database(QVariantMap(), QStringLiteral("x")))->albumNames().isEmpty());
-    const auto reader = readerOf(
-        database(QVariantMap{{QStringLiteral("12"), photo(QStringLiteral("twelve"))},
-                             {QStringLiteral("s"), QStringLiteral("no dictionary")}},
-                 QVariantList{QStringLiteral("x"), QVariantMap(), QVariantMap{{QStringLiteral("AlbumName"), 7}},
-                              QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("no keys")}},
-                              QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("text")},
-                                          {QStringLiteral("KeyList"), QStringLiteral("12")}},
-                              album(QStringLiteral("good"), {12, 12.5, QVariantMap(), true, QStringLiteral("12")})}));
+    const auto reader = readerOf(database(
+        QVariantMap{{QStringLiteral("12"), photo(QStringLiteral("twelve"))},
+                    {QStringLiteral("s"), QStringLiteral("no dictionary")}},
+        QVariantList{QStringLiteral("x"), QVariantMap(),
+                     QVariantMap{{QStringLiteral("AlbumName"), 7}, {QStringLiteral("KeyList"), QVariantList{12}}},
+                     QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("no keys")}},
+                     QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("text")},
+                                 {QStringLiteral("KeyList"), QStringLiteral("12")}},
+                     album(QStringLiteral("good"), {12, 12.5, QVariantMap(), true, QStringLiteral("12")})}));
     EXPECT_EQ(reader->albumNames().join(QLatin1Char(',')), u"no keys,text,good");
     EXPECT_TRUE(reader->imageThumbnailsInAlbum(QStringLiteral("no keys")).isEmpty());
     EXPECT_TRUE(reader->imageThumbnailsInAlbum(QStringLiteral("text")).isEmpty());
+    EXPECT_TRUE(reader->imageThumbnailsInAlbum(QString()).isEmpty()) << "an album without a name has not an empty one";
     EXPECT_EQ(titles(reader->imageThumbnailsInAlbum(QStringLiteral("good"))),
               QStringLiteral("twelve twelve")); // an integer stands for its text
 }
@@ -414,7 +378,7 @@ TEST_F(IPhotoAlbumReader, IsEmptyForGoodWhenTheFileCannotBeRead)
     EXPECT_TRUE(reader->albumNames().isEmpty());
     EXPECT_TRUE(reader->imageThumbnailsInAlbum(QStringLiteral("Library")).isEmpty());
     EXPECT_FALSE(reader->isReading());
-    EXPECT_EQ(m_notifications, 1);
+    EXPECT_EQ(m_notifications.count(), 1);
     for (const QByteArray &bytes :
          {QByteArray(), QByteArray("<array/>"), smallDatabase().chopped(30), QByteArray("bplist00")}) {
         const auto other = readerOf(bytes);
@@ -439,7 +403,7 @@ TEST_F(IPhotoAlbumReader, IsNotToldWhenItDiesWhileItsDatabaseIsRead)
     testSupport::writeFile(m_path, smallDatabase());
     std::make_shared<iPhotoAlbumReader>(m_path)->albumNames();
     const auto next = readerOf(m_path);
-    EXPECT_EQ(m_notifications, 1);
+    EXPECT_EQ(m_notifications.count(), 1);
     EXPECT_EQ(next->albumNames().size(), 2);
 }
 

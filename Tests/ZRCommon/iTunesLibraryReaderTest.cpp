@@ -1,6 +1,5 @@
 #include "ZRCommon/iTunesLibraryReader.h"
 
-#include "Platform/Foundation/NotificationCenter.h"
 #include "ReaderTestSupport.h"
 #include "SongTestSupport.h"
 #include "Support/TestSupport.h"
@@ -19,7 +18,7 @@ using platform::PropertyListValue;
 using platform::PropertyListView;
 using testSupport::names;
 
-const QString fileName = QStringLiteral("iTunes Music Library.xml");
+const QString fileName = testSupport::LibraryReading::fileName();
 
 QVariantMap track(const char *name, const QVariantMap &more = {})
 {
@@ -48,45 +47,10 @@ QByteArray smallLibrary()
                    QVariantList{playlist("Library", {1, 2}), playlist("Favourites", {2, 1, 2})});
 }
 
-class ITunesLibraryReader : public testing::Test
-{
-protected:
+struct ITunesLibraryReader : testSupport::ReaderTest<testSupport::LibraryReading> {
     ITunesLibraryReader()
-        : m_path(testSupport::homePath() + QLatin1Char('/') + fileName)
-    {
-        m_observation = platform::NotificationCenter::defaultCenter().addObserver(
-            [this](const platform::Notification &notification) {
-                ++m_notifications;
-                m_lastSender = notification.object<iTunesLibraryReader>();
-                m_wasReadingAtNotification = m_lastSender && m_lastSender->isReading();
-            },
-            QStringLiteral("ZRITunesLibraryChangedNotification"));
-    }
-
-    /// A reader that has read the file.
-    std::shared_ptr<iTunesLibraryReader> readerOf(const QString &path)
-    {
-        auto reader = std::make_shared<iTunesLibraryReader>(path);
-        const int before = m_notifications;
-        EXPECT_TRUE(reader->playlistNames().isEmpty());
-        EXPECT_TRUE(reader->isReading());
-        EXPECT_TRUE(testSupport::waitUntil([&] { return m_notifications > before; }));
-        EXPECT_EQ(m_lastSender, reader.get());
-        EXPECT_FALSE(m_wasReadingAtNotification);
-        EXPECT_FALSE(reader->isReading());
-        return reader;
-    }
-    std::shared_ptr<iTunesLibraryReader> readerOf(const QByteArray &bytes)
-    {
-        testSupport::writeFile(m_path, bytes);
-        return readerOf(m_path);
-    }
-
-    const QString m_path;
-    int m_notifications = 0;
-    iTunesLibraryReader *m_lastSender = nullptr;
-    bool m_wasReadingAtNotification = false;
-    platform::Observation m_observation;
+        : ReaderTest(testSupport::homePath())
+    { }
 };
 
 std::shared_ptr<testSupport::BlockingUnit> blockReading()
@@ -113,7 +77,7 @@ TEST_F(ITunesLibraryReader, AnswersAsAnEmptyLibraryUntilTheNotification)
     EXPECT_TRUE(reader->playlistInfoForName(QStringLiteral("Library")).isNull());
     EXPECT_FALSE(reader->readError());
     block->release();
-    EXPECT_TRUE(testSupport::waitUntil([&] { return m_notifications == 1; }));
+    EXPECT_TRUE(waitForNotification(1));
     EXPECT_FALSE(reader->isReading());
     EXPECT_EQ(reader->playlistNames(), QStringList({QStringLiteral("Library"), QStringLiteral("Favourites")}));
 }
@@ -125,7 +89,7 @@ TEST_F(ITunesLibraryReader, ListsPlaylistsInFileOrderAndReadsOnce)
     testSupport::writeFile(m_path, library(QVariantMap(), QVariantList()));
     EXPECT_EQ(reader->playlistNames().size(), 2);
     EXPECT_FALSE(reader->isReading());
-    EXPECT_EQ(m_notifications, 1);
+    EXPECT_EQ(m_notifications.count(), 1);
 }
 
 TEST_F(ITunesLibraryReader, StartsReadingOnAnyOfTheQuestions)
@@ -136,7 +100,7 @@ TEST_F(ITunesLibraryReader, StartsReadingOnAnyOfTheQuestions)
     const auto bySongs = std::make_shared<iTunesLibraryReader>(m_path);
     EXPECT_TRUE(bySongs->songsInPlaylist(QStringLiteral("Library")).isEmpty());
     EXPECT_TRUE(byPlaylist->isReading() && bySongs->isReading());
-    EXPECT_TRUE(testSupport::waitUntil([&] { return m_notifications == 2; }));
+    EXPECT_TRUE(waitForNotification(2));
 }
 
 TEST_F(ITunesLibraryReader, ListsSongsInPlaylistOrderWithRepetitions)
@@ -277,6 +241,10 @@ TEST_F(ITunesLibraryReader, PassesOverWhatIsOfTheWrongType)
                       QVariantList{QStringLiteral("x"), 7, QVariantMap(), QVariantMap{{QStringLiteral("Name"), 7}},
                                    playlist("good", {})}),
               u"good");
+    EXPECT_TRUE(readerOf(library(QVariantMap(), QVariantList{QVariantMap{{QStringLiteral("Name"), 7}}}))
+                    ->playlistInfoForName(QString())
+                    .isNull())
+        << "a playlist without a name has not an empty one";
 
     const auto reader =
         readerOf(library(QVariantList{track("one")},
@@ -299,7 +267,7 @@ TEST_F(ITunesLibraryReader, IsEmptyForGoodWhenTheFileIsMissing)
     EXPECT_TRUE(reader->playlistNames().isEmpty());
     EXPECT_TRUE(reader->songsInPlaylist(QStringLiteral("Library")).isEmpty());
     EXPECT_FALSE(reader->isReading());
-    EXPECT_EQ(m_notifications, 1);
+    EXPECT_EQ(m_notifications.count(), 1);
 }
 
 TEST_F(ITunesLibraryReader, IsEmptyWhenTheFileIsMalformedOrNoDictionary)
@@ -358,7 +326,7 @@ TEST_F(ITunesLibraryReader, GivesOneOrTheOtherWhenTheFileChangesWhileItIsRead)
     for (int round = 0; round < 12; ++round) {
         testSupport::writeFile(m_path, large);
         const auto reader = std::make_shared<iTunesLibraryReader>(m_path);
-        const int before = m_notifications;
+        const int before = m_notifications.count();
         reader->playlistNames();
         if (round % 3 == 0)
             QFile::resize(m_path, large.size() / 2);
@@ -366,7 +334,7 @@ TEST_F(ITunesLibraryReader, GivesOneOrTheOtherWhenTheFileChangesWhileItIsRead)
             testSupport::writeFile(m_path, smallLibrary());
         else
             QFile::remove(m_path);
-        ASSERT_TRUE(testSupport::waitUntil([&] { return m_notifications > before; }));
+        ASSERT_TRUE(waitForNotification(before + 1));
         const qsizetype count = reader->songsInPlaylist(QStringLiteral("Library")).size();
         if (reader->readError())
             EXPECT_EQ(count, 0);
@@ -384,7 +352,7 @@ TEST_F(ITunesLibraryReader, IsEmptyWhenItsFolderVanishesBeforeItIsRead)
     reader->playlistNames();
     ASSERT_TRUE(QDir(folder).removeRecursively());
     block->release();
-    ASSERT_TRUE(testSupport::waitUntil([&] { return m_notifications == 1; }));
+    ASSERT_TRUE(waitForNotification(1));
     EXPECT_TRUE(reader->playlistNames().isEmpty());
     EXPECT_EQ(reader->readError()->code, platform::ErrorCode::NotFound);
 }
@@ -399,8 +367,9 @@ TEST_F(ITunesLibraryReader, IsNotToldWhenItDiesWhileItsLibraryIsRead)
     const auto next = std::make_shared<iTunesLibraryReader>(m_path);
     next->playlistNames();
     block->release();
-    ASSERT_TRUE(testSupport::waitUntil([&] { return m_notifications == 1; }));
-    EXPECT_EQ(m_lastSender, next.get());
+    ASSERT_TRUE(waitForNotification(1));
+    EXPECT_EQ(m_notifications.count(), 1);
+    EXPECT_EQ(m_notifications.lastSender(), next.get());
     EXPECT_EQ(next->playlistNames().size(), 2);
 }
 
@@ -497,7 +466,7 @@ TEST_F(ITunesLibraryReader, FallsBackToTheDocumentsFolderWhetherThereIsALibraryO
     const auto reader = iTunesLibraryReader::iTunesDefaultLibraryReader();
     EXPECT_EQ(reader->libraryPath(), testSupport::homePath() + QStringLiteral("/Documents/iTunes/") + fileName);
     EXPECT_TRUE(reader->playlistNames().isEmpty());
-    ASSERT_TRUE(testSupport::waitUntil([&] { return m_notifications == 1; }));
+    ASSERT_TRUE(waitForNotification(1));
     EXPECT_TRUE(reader->playlistNames().isEmpty());
 }
 

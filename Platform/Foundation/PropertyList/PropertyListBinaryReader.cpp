@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <optional>
 #include <unordered_map>
+#include <vector>
 
 namespace platform {
 

@@ -24,6 +24,9 @@ Result<PropertyListValue> parseBinaryPropertyList(PropertyListTextLoader &loader
 /// The same from bytes that are copied.
 Result<PropertyListValue> parseBinaryPropertyList(QByteArrayView bytes);
 
+/// The reason of the error of a text that begins as no list does.
+inline constexpr char NoPropertyList[] = "this is no property list";
+
 /// Reads the old-style text form, which includes lists of strings without braces. The text is UTF-8 without
 /// byte-order mark; its validity is for this reader to check. Offsets of errors count bytes of the text
 /// given.

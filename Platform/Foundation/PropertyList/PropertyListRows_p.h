@@ -8,6 +8,9 @@
 
 #include "Platform/Foundation/PropertyList/PropertyListTape_p.h"
 
+#include <cstdlib>
+#include <utility>
+
 namespace platform {
 
 /// The tape while it grows. Room is asked for in large steps, so that writing a row is one store.

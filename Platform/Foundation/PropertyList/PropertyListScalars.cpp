@@ -8,7 +8,9 @@
 #include <limits>
 #include <locale>
 #include <sstream>
+#include <string>
 #include <tuple>
+#include <type_traits>
 
 namespace platform::PropertyListScalars {
 

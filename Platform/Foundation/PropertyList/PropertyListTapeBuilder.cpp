@@ -3,6 +3,8 @@
 #include "Platform/Foundation/PropertyList/PropertyListScalars_p.h"
 
 #include <charconv>
+#include <iterator>
+#include <memory>
 
 namespace platform {
 

@@ -9,8 +9,15 @@
 #include "Platform/Foundation/PropertyList/PropertyList.h"
 #include "Platform/Foundation/PropertyList/PropertyListTape_p.h"
 
+#include <QByteArrayView>
+
 #include <algorithm>
+#include <cstddef>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace platform {

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/PropertyList/PropertyListTextLoader_p.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <system_error>
 

@@ -8,6 +8,8 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace platform {
 
@@ -55,11 +57,6 @@ constexpr bool isOctalDigit(char character)
     return character >= '0' && character <= '7';
 }
 
-QString expectedValue()
-{
-    return QStringLiteral("expected a value");
-}
-
 class TextReader
 {
 public:
@@ -76,7 +73,7 @@ public:
         else if (readRoot())
             readContainers();
         if (!m_error && skipSpace() && m_at != m_text.size())
-            fail(m_at, QStringLiteral("something follows the list"));
+            fail(m_at, somethingFollows());
         if (m_error)
             return *m_error;
         return m_builder.finish();
@@ -84,6 +81,8 @@ public:
 
 private:
     using Piece = PropertyListTapeBuilder::Piece;
+
+    static QString somethingFollows() { return QStringLiteral("something follows the list"); }
 
     bool fail(qsizetype offset, const QString &reason)
     {
@@ -143,6 +142,9 @@ private:
             return fail(m_at, QStringLiteral("no list in the text"));
         if (isNext('{') || isNext('(') || isNext('<'))
             return readValue();
+        if (!canBeginString())
+            return fail(m_at, QString::fromLatin1(NoPropertyList));
+        const bool isWord = isWordCharacter(m_text[m_at]);
         const qsizetype start = m_at;
         const auto string = readString(String);
         if (!string || !skipSpace())
@@ -151,8 +153,9 @@ private:
             m_builder.value(*string);
             return takeBuilderError();
         }
+        // Words behind words are a text of another kind.
         if (!isNext('=') && !isNext(';'))
-            return fail(m_at, QStringLiteral("something follows the list"));
+            return fail(m_at, isWord ? QString::fromLatin1(NoPropertyList) : somethingFollows());
         m_at = start;
         m_rootHasBraces = false;
         m_open.push_back(Dictionary);
@@ -266,17 +269,22 @@ private:
 
     // Strings
 
+    bool canBeginString() const
+    {
+        return !atEnd() && (isWordCharacter(m_text[m_at]) || m_text[m_at] == '"' || m_text[m_at] == '\'');
+    }
+
     std::optional<Piece> readString(Kind kind)
     {
-        if (isNext('"') || isNext('\''))
+        if (!canBeginString()) {
+            fail(m_at, QStringLiteral("expected a value"));
+            return std::nullopt;
+        }
+        if (!isWordCharacter(m_text[m_at]))
             return readQuoted(kind);
         const qsizetype start = m_at;
         while (!atEnd() && isWordCharacter(m_text[m_at]))
             ++m_at;
-        if (m_at == start) {
-            fail(m_at, expectedValue());
-            return std::nullopt;
-        }
         return m_builder.sourcePiece(kind, start, m_at - start);
     }
 
@@ -545,15 +553,20 @@ std::optional<PropertyListValue> parseJson(QByteArrayView text)
 
 std::optional<Error> textPropertyListHeadError(QByteArrayView head)
 {
+    constexpr qsizetype MaximumCharacterSize = 4;
     const auto *first = std::find_if_not(head.begin(), head.end(), isSpace);
+    const QByteArrayView content = head.sliced(first - head.begin());
+    const bool isText = validUtf8Length(content.first(qMin<qsizetype>(content.size(), MaximumCharacterSize))) > 0;
     // An array of JSON is the only one with brackets.
-    if (first == head.end() || isWordCharacter(*first) || QByteArrayView("{([<\"'/").contains(*first))
+    if (content.isEmpty() || (isText && (isWordCharacter(*first) || QByteArrayView("{([<\"'/").contains(*first))))
         return std::nullopt;
-    return Error{ErrorCode::Malformed, expectedValue(), first - head.begin(), {}};
+    return Error{ErrorCode::Malformed, QString::fromLatin1(NoPropertyList), first - head.begin(), {}};
 }
 
 Result<PropertyListValue> parseTextPropertyList(QByteArrayView utf8)
 {
+    if (auto error = textPropertyListHeadError(utf8))
+        return *error;
     auto result = TextReader(utf8).read();
     const QByteArrayView content = utf8.trimmed();
     if (!result && (content.startsWith('{') || content.startsWith('['))) {

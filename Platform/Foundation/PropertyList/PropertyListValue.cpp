@@ -5,8 +5,11 @@
 #include <QHash>
 #include <QTimeZone>
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
+#include <memory>
 
 namespace platform {
 

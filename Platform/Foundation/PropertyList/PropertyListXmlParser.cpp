@@ -1,5 +1,6 @@
 #include "Platform/Foundation/PropertyList/PropertyListXmlParser_p.h"
 
+#include "Platform/Foundation/PropertyList/PropertyListReaders_p.h"
 #include "Platform/Foundation/PropertyList/PropertyListScalars_p.h"
 #include "Platform/Foundation/PropertyList/PropertyListXmlIndex_p.h"
 #include "Platform/Foundation/PropertyList/PropertyListXmlScalars_p.h"
@@ -8,6 +9,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <memory>
+#include <optional>
 
 namespace platform {
 
@@ -281,8 +285,9 @@ const char *PropertyListXmlParser::parseScalar(const Tag &tag, const char *place
 {
     const auto *element = std::find_if(std::begin(ScalarElements), std::end(ScalarElements),
                                        [&tag](const ScalarElement &candidate) { return candidate.name == tag.name; });
+    const bool isOutsideAll = m_depth == 0 && !m_rootSeen && m_plistElement == PlistElement::Missing;
     if (element == std::end(ScalarElements))
-        return fail("unknown element", place);
+        return fail(isOutsideAll ? NoPropertyList : "unknown element", place);
     if (!beginValue(place))
         return nullptr;
     const auto content = plainContent(tag, element->kind == String);

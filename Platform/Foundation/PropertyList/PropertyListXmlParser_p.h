@@ -13,6 +13,8 @@
 #include "Platform/Foundation/PropertyList/PropertyListXmlScanner_p.h"
 
 #include <array>
+#include <memory>
+#include <optional>
 #include <vector>
 
 namespace platform {

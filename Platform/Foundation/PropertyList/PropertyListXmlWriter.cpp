@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
+#include <optional>
+#include <type_traits>
 
 namespace platform {
 

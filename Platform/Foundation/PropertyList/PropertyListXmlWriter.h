@@ -5,6 +5,7 @@
 #include <QAnyStringView>
 #include <QByteArray>
 
+#include <optional>
 #include <vector>
 
 namespace platform {

@@ -1,6 +1,6 @@
 #include "Platform/Foundation/FileManager.h"
 
-#include "Support/TestSupport.h"
+#include "Support/FolderTest.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,13 +12,7 @@ namespace FileManager = platform::FileManager;
 
 namespace {
 
-struct FileManagerTest : testing::Test {
-    const QString folder = QDir(testSupport::homePath()).canonicalPath();
-    QString in(const char *name) const { return folder + u'/' + QString::fromUtf8(name); }
-    void link(const char *target, const char *name) const
-    {
-        ASSERT_EQ(symlink(target, in(name).toUtf8().constData()), 0);
-    }
+struct FileManagerTest : testSupport::FolderTest {
     mode_t modeOf(const char *name) const
     {
         struct stat status = {};

@@ -317,6 +317,23 @@ TEST_F(NotificationCenterTest, ForgetsWhatAHandlerHoldsWhenTheRegistrationEnds)
     EXPECT_EQ(held.use_count(), 1);
 }
 
+TEST_F(NotificationCenterTest, KeepsWhatAHandlerHoldsUntilTheHandlerThatEndedItsRegistrationReturns)
+{
+    auto held = std::make_shared<int>();
+    const std::weak_ptr<int> watched = held;
+    Observation observation;
+    bool wasThereAfterTheEnd = false;
+    observation = center.addObserver(
+        [held = std::move(held), &observation, &watched, &wasThereAfterTheEnd](const Notification &) {
+            const auto &stillWatched = watched; // what is captured may be gone behind the next line, were it forgotten
+            auto &wasThere = wasThereAfterTheEnd;
+            observation.end();
+            wasThere = !stillWatched.expired();
+        });
+    center.postNotification(didChange);
+    EXPECT_TRUE(wasThereAfterTheEnd);
+}
+
 TEST_F(NotificationCenterTest, DoesNotTakeAnotherQObjectAtTheSameAddressForADeadSender)
 {
     alignas(Sender) std::byte memory[sizeof(Sender)];

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/ObjectSet.h"
 #include "Platform/Foundation/ValueObjects.h"
+#include "Support/ModelObjects.h"
 
 #include <QObject>
 
@@ -9,19 +10,6 @@
 #include <limits>
 
 #include <gtest/gtest.h>
-
-class Song : public platform::Object
-{
-    ZR_OBJECT(Song, platform::Object)
-};
-class ProtectedSong : public Song
-{
-    ZR_OBJECT(ProtectedSong, Song)
-};
-class Photo : public platform::Object
-{
-    ZR_OBJECT(Photo, platform::Object)
-};
 
 namespace {
 
@@ -91,6 +79,8 @@ TEST(Object, ComparesNumbersByValue)
     EXPECT_FALSE(equal(Number((qint64(1) << 53) + 1), Number(9007199254740992.0))) << "equal only when rounded";
     EXPECT_TRUE(equal(Number(std::nan("")), Number(std::nan(""))));
     EXPECT_TRUE(equal(Number(1e300), Number(1e300)));
+    EXPECT_TRUE(equal(Number(std::numeric_limits<qint64>::min()), Number(-9223372036854775808.0)));
+    EXPECT_FALSE(equal(Number(std::numeric_limits<qint64>::max()), Number(9223372036854775808.0)));
     EXPECT_FALSE(Number(3).isEqual(String(QStringLiteral("3"))));
 }
 

@@ -86,6 +86,18 @@ TEST(TextFolding, AgreesWithTheDefinitionForEveryCodePointAloneAndBetweenOthers)
     }
 }
 
+TEST(TextFolding, AgreesWithTheDefinitionForEveryCodePointNextToAnyOfItsNeighbours)
+{
+    // Marks stand close to those that canonical order swaps them with.
+    for (char32_t c = 0; c < 0x3200; ++c) {
+        for (char32_t other = c < 16 ? 0 : c - 16; other < c; ++other) {
+            const char32_t pair[] = {c, other};
+            const QString text = QString::fromUcs4(pair, 2);
+            ASSERT_EQ(TextFolding::folded(QByteArrayView(text.toUtf8())), slowlyFolded(text)) << std::hex << uint(c);
+        }
+    }
+}
+
 TEST(TextFolding, AgreesWithTheDefinitionForEveryPairOfComposingCodePoints)
 {
     for (char32_t c = 0x80; c < 0x20000; ++c) {

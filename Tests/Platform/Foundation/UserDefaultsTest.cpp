@@ -159,6 +159,7 @@ TEST_F(UserDefaultsTest, TakesWhateverItFindsForIntegers)
     const qint64 smallest = std::numeric_limits<qint64>::min();
     const std::pair<QVariant, qint64> rows[] = {{QStringLiteral("240"), 240},
                                                 {QStringLiteral(" -12 pixels"), -12},
+                                                {QStringLiteral("\t\n\v\f\r 5"), 5},
                                                 {QStringLiteral("+7"), 7},
                                                 {QStringLiteral("1.9"), 1},
                                                 {QStringLiteral("0x10"), 0},
@@ -171,7 +172,9 @@ TEST_F(UserDefaultsTest, TakesWhateverItFindsForIntegers)
                                                 {1.9, 1},
                                                 {-1.9, -1},
                                                 {1e30, largest},
+                                                {9223372036854775808.0, largest},
                                                 {-1e30, smallest},
+                                                {-9223372036854775808.0, smallest},
                                                 {std::nan(""), 0},
                                                 {std::numeric_limits<quint64>::max(), largest},
                                                 {smallest, smallest},
@@ -334,7 +337,10 @@ TEST_F(PersistentDomain, IsNeverReadFromOutsideTheFolderOfPreferences)
 {
     testSupport::writeFile(testSupport::homePath() + QStringLiteral("/outside.plist"),
                            "<dict><key>a</key><true/></dict>");
+    for (const char *inside : {"/Library/Preferences/.plist", "/Library/Preferences/folder/inside.plist"})
+        testSupport::writeFile(testSupport::homePath() + QLatin1String(inside), "<dict><key>a</key><true/></dict>");
     EXPECT_TRUE(defaults->persistentDomainForName(QStringLiteral("../../outside")).isEmpty());
+    EXPECT_TRUE(defaults->persistentDomainForName(QStringLiteral("folder/inside")).isEmpty());
     EXPECT_TRUE(defaults->persistentDomainForName(QString()).isEmpty());
     EXPECT_TRUE(defaults->persistentDomainForName(QStringLiteral("a") + QChar(u'\0')).isEmpty());
 }

@@ -94,6 +94,59 @@ QByteArray icon(const QList<QByteArray> &pngs)
     return header + body;
 }
 
+// TIFF file of several grey pages, each of a size, a resolution in pixels per inch and a shade of its own.
+struct TiffPage {
+    quint16 width, height, dotsPerInch;
+    uchar shade;
+};
+
+void appendLittleEndian(QByteArray &bytes, quint32 number, int size)
+{
+    for (int i = 0; i < size; ++i)
+        bytes += char(number >> (8 * i));
+}
+
+QByteArray tiff(const QList<TiffPage> &pages)
+{
+    constexpr quint32 shortType = 3, longType = 4, rationalType = 5;
+    QByteArray file("II*\0", 4);
+    qsizetype link = file.size(); // where the place of the next page's directory goes
+    file += QByteArray(4, '\0');
+    for (const TiffPage &page : pages) {
+        const auto strip = quint32(file.size());
+        const quint32 stripSize = page.width * page.height;
+        file += QByteArray(stripSize, char(page.shade));
+        const auto resolution = quint32(file.size());
+        appendLittleEndian(file, page.dotsPerInch, 4);
+        appendLittleEndian(file, 1, 4);
+        qToLittleEndian<quint32>(quint32(file.size()), file.data() + link);
+        const struct {
+            quint32 tag, type, value;
+        } entries[] = {{256, longType, page.width},
+                       {257, longType, page.height},
+                       {258, shortType, 8},
+                       {259, shortType, 1},
+                       {262, shortType, 1},
+                       {273, longType, strip},
+                       {277, shortType, 1},
+                       {278, longType, page.height},
+                       {279, longType, stripSize},
+                       {282, rationalType, resolution},
+                       {283, rationalType, resolution},
+                       {296, shortType, 2}};
+        appendLittleEndian(file, quint32(std::size(entries)), 2);
+        for (const auto &entry : entries) {
+            appendLittleEndian(file, entry.tag, 2);
+            appendLittleEndian(file, entry.type, 2);
+            appendLittleEndian(file, 1, 4);
+            appendLittleEndian(file, entry.value, 4);
+        }
+        link = file.size();
+        file += QByteArray(4, '\0');
+    }
+    return file;
+}
+
 struct ImageTest : testing::Test {
     const QString path = testSupport::homePath() + QStringLiteral("/picture");
 
@@ -210,6 +263,31 @@ TEST_F(ImageTest, EveryPictureOfAnIconIsARepresentation)
     EXPECT_EQ(image->representations()[0].pixelSize, QSize(16, 16));
     EXPECT_EQ(image->representations()[1].pixelSize, QSize(48, 32));
     EXPECT_EQ(image->representations()[2].pixelSize, QSize(32, 32));
+}
+
+TEST_F(ImageTest, EveryPageIsARepresentationAndTheFirstHasTheLogicalSize)
+{
+    if (!QImageReader::supportedImageFormats().contains("tiff"))
+        GTEST_SKIP() << "needs Qt's plug-in for TIFF";
+    const QList<TiffPage> pages{{24, 18, 144, 40}, {30, 20, 72, 120}, {8, 50, 300, 200}};
+    const std::shared_ptr<Image> image = read(tiff(pages));
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->size(), QSizeF(12, 9));
+    ASSERT_EQ(image->representations().size(), 3u);
+    for (int i = 0; i < 3; ++i) {
+        const platform::ImageRepresentation &representation = image->representations()[size_t(i)];
+        EXPECT_EQ(representation.pixelSize, QSize(pages[i].width, pages[i].height)) << i;
+        EXPECT_EQ(qGray(representation.bitmap.pixel(3, 3)), int(pages[i].shade)) << i;
+    }
+    EXPECT_EQ(read(tiff(QList<TiffPage>(Image::maximumPages + 5, {2, 2, 72, 0})))->representations().size(),
+              size_t(Image::maximumPages));
+    // What is left of a file whose second page is damaged is its first.
+    QByteArray damaged = tiff(pages);
+    const auto firstDirectory = qFromLittleEndian<quint32>(damaged.constData() + 4);
+    damaged.truncate(firstDirectory + 2 + 12 * 12 + 4);
+    const std::shared_ptr<Image> first = read(damaged);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->representations().size(), 1u);
 }
 
 TEST_F(ImageTest, PagesBeyondTheLimitAreLeftOut)

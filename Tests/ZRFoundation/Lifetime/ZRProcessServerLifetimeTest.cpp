@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <future>
+#include <stdexcept>
 
 // The servers across the life of application objects. These tests make application objects of their own.
 namespace {
@@ -101,6 +102,44 @@ TEST(ZRProcessServerLifetime, CancelsRunningUnitsAndDropsQueuedOnesAndDeliveries
     EXPECT_TRUE(counter->letGoOnMainThread);
     EXPECT_TRUE(kept.back()->cancelFlag());
     EXPECT_EQ(kept.back().use_count(), 1);
+}
+
+TEST(ZRProcessServerLifetime, TellsItsObserversOnceItHasEndedAndNothingElseAfterThat)
+{
+    struct Observer : ZRProcessObserver {
+        void processServerDidBeginWorkUnit(ZRProcessServer &, ZRWorkUnit &) override { ++units; }
+        void processServerDidEndWorkUnit(ZRProcessServer &, ZRWorkUnit &) override { ++units; }
+        void processServerDidEnd(ZRProcessServer &ended) override
+        {
+            ++ends;
+            EXPECT_EQ(&ended, &server());
+            EXPECT_EQ(unit.use_count(), 1) << "the worker and the queue have let it go";
+            EXPECT_FALSE(ended.addWorkUnit(unit));
+            throw std::runtime_error("seen");
+        }
+        std::shared_ptr<CountingUnit> unit = std::make_shared<CountingUnit>(std::make_shared<Counter>());
+        int units = 0, ends = 0;
+    };
+    const auto first = std::make_shared<Observer>(), second = std::make_shared<Observer>();
+    server().addProcessObserver(first);
+    server().addProcessObserver(second);
+    for (int run = 1; run <= 2; ++run) {
+        {
+            const Application application;
+            QCoreApplication::processEvents();
+            auto running = std::make_shared<CountingUnit>(std::make_shared<Counter>());
+            std::future<void> begun = running->workUntilCancelled();
+            server().addWorkUnit(std::move(running));
+            server().addWorkUnit(first->unit);
+            server().addWorkUnit(second->unit);
+            begun.wait();
+            for (int i = 0; i < 2; ++i)
+                testSupport::expectWarning(QStringLiteral("seen"));
+        }
+        EXPECT_EQ(first->ends, run);
+        EXPECT_EQ(second->ends, run) << "what another observer throws keeps nobody from being told";
+    }
+    EXPECT_EQ(first->units, 0) << "the next application finds nothing of what was under way";
 }
 
 TEST(ZRProcessServerLifetime, LetsGoOfAUnitThatIsAddedWhileTheApplicationEnds)

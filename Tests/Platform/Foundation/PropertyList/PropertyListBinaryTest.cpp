@@ -394,6 +394,32 @@ TEST(PropertyListBinary, ReferencesRaiseTheLimitOnExpansion)
     EXPECT_EQ(shared(5).parse().error().reason, QStringLiteral("expands to more than 8000020 values"));
 }
 
+TEST(PropertyListBinary, ContainersThatOverlapRaiseTheLimitNoFurtherThanTheFileHasRoomForReferences)
+{
+    // References of two bytes, so that the head of an array, which is content of the one before it, is references, too:
+    // to the objects 0xAF12, 0x20 and 0x8000.
+    constexpr int Values = 0x208000;
+    const auto overlapping = [](int arrays) {
+        BinaryList list{{char(0xA0 | arrays) + QByteArray()}, 4, 2};
+        for (int i = 1; i <= arrays; ++i) {
+            list.objects.first() += bigEndian(quint64(i), 2);
+            list.objects += longHead('\xA0', Values);
+        }
+        list.objects.last() += QByteArray(2 * Values, '\x20');
+        list.objects += "\x09";
+        list.copiesOfLast = 0xB000;
+        return list;
+    };
+    const auto result = overlapping(3).parse();
+    ASSERT_TRUE(result) << qPrintable(result.error().toString());
+    EXPECT_EQ(result.value().at(2).count(), Values);
+    const BinaryList refused = overlapping(5);
+    qsizetype objectsEnd = 8;
+    for (const QByteArray &object : refused.objects)
+        objectsEnd += object.size();
+    EXPECT_EQ(refused.parse().error().reason, QStringLiteral("expands to more than %1 values").arg(objectsEnd / 2 * 4));
+}
+
 TEST(PropertyListBinary, MoreObjectsThanBytesForThemAreRefused)
 {
     expectRefusal(BinaryList{{"\x09"}, 1, 1, 0, {}, {}, "00", 1}, "impossible number of objects", 19);

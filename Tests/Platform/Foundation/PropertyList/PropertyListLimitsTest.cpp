@@ -136,20 +136,21 @@ QString sparseFile(const QByteArray &head, qint64 size)
 
 TEST(PropertyListLimits, WhatCanBeginNoFormIsRefusedAsTheTextReaderRefusesIt)
 {
-    for (const char first : QByteArrayView("=)}];,>*&!\x01\x7F")) {
+    for (const char first : QByteArrayView("=)}];,>*&!\x01\x7F\x89\xC3\xFF")) {
         for (const QByteArray &space : QList<QByteArray>{"", " \t\r\n\v\f"}) {
             const QByteArray text = space + first + "abcdef";
             const auto list = PropertyList::parse(text);
             ASSERT_FALSE(list) << int(first);
             EXPECT_EQ(list.error().toString(), parseTextPropertyList(text).error().toString());
             EXPECT_EQ(list.error().byteOffset, space.size());
-            EXPECT_EQ(list.error().reason, QStringLiteral("expected a value"));
+            EXPECT_EQ(list.error().reason, QStringLiteral("this is no property list"));
             const auto marked = PropertyList::parse(QByteArray("\xEF\xBB\xBF" + text));
             ASSERT_FALSE(marked);
             EXPECT_EQ(marked.error().byteOffset, 3 + space.size());
         }
     }
-    EXPECT_EQ(PropertyList::parse(QByteArray(10, '\0')).error().toString(), QStringLiteral("byte 0: expected a value"));
+    EXPECT_EQ(PropertyList::parse(QByteArray(10, '\0')).error().toString(),
+              QStringLiteral("byte 0: this is no property list"));
     for (const char *text : {"{}", "()", "<00>", "[]", "\"a\"", "'a'", "// c\n{}", "/* c */ a", "a", "\xC3\xA9", " $a"})
         EXPECT_TRUE(PropertyList::parse(text)) << text;
 }

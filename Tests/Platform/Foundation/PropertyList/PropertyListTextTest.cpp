@@ -66,7 +66,7 @@ TEST(PropertyListText, NumbersAndTruthValuesStayStrings)
 TEST(PropertyListText, ALineOfWordsIsOneString)
 {
     EXPECT_EQ(parsed("\n2015-01-02 13:10:00 +0200\n").toString(), QStringLiteral("2015-01-02 13:10:00 +0200"));
-    expectRefusal("two\nlines", "something follows the list", 4);
+    expectRefusal("two\nlines", "this is no property list", 4);
 }
 
 TEST(PropertyListText, AStringsFileHasNoBraces)
@@ -161,8 +161,8 @@ TEST(PropertyListText, JsonIsReadWithItsTypes)
     EXPECT_TRUE(list.value("list").at(2).isDictionary());
     EXPECT_TRUE(parsed("[]").isArray());
     expectRefusal("{\"a\":null}", "expected = behind a key", 4);
-    expectRefusal("[null]", "expected a value", 0);
-    expectRefusal(QByteArray(600, '[') + QByteArray(600, ']'), "expected a value", 0);
+    expectRefusal("[null]", "this is no property list", 0);
+    expectRefusal(QByteArray(600, '[') + QByteArray(600, ']'), "this is no property list", 0);
 }
 
 TEST(PropertyListText, ErrorsTellWhereAndWhy)
@@ -192,8 +192,18 @@ TEST(PropertyListText, ErrorsTellWhereAndWhy)
     expectRefusal("(<00 1>)", "data of half a byte", 1);
     expectRefusal("(a\xFF)", "text is not UTF-8", 2);
     expectRefusal(QByteArray("(a\0)", 4), "expected , or ) behind an element", 2);
-    expectRefusal("\x7F", "expected a value", 0);
-    expectRefusal("/* C */\n#import <a.h>", "expected a value", 8);
+}
+
+TEST(PropertyListText, ATextOfAnotherKindIsToldFromADamagedList)
+{
+    expectRefusal("\x7F", "this is no property list", 0);
+    expectRefusal("# A heading\n\nText.", "this is no property list", 0);
+    expectRefusal("\x89PNG\r\n\x1A\n", "this is no property list", 0);
+    expectRefusal("\xFF\xD8\xFF", "this is no property list", 0);
+    expectRefusal("/* C */\n#import <a.h>", "this is no property list", 8);
+    expectRefusal("/* C */ int x;", "this is no property list", 12);
+    expectRefusal("A heading\n\nText.", "this is no property list", 2);
+    expectRefusal("a,b\n", "this is no property list", 1);
 }
 
 TEST(PropertyListText, DepthIsBounded)

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 #include <thread>
+#include <type_traits>
+#include <utility>
 
 using namespace platform;
 namespace Tape = platform::PropertyListTape;
@@ -43,12 +45,19 @@ PropertyListValue scalar(Tape::Kind kind, QByteArrayView text)
     return Builder().text(kind, text).list();
 }
 
-PropertyListValue dictionaryOf(const QList<std::pair<QByteArray, QByteArray>> &entries)
+/// A dictionary of strings or of integers.
+template <class Entry = QByteArray>
+PropertyListValue dictionaryOf(const QList<std::pair<QByteArray, Entry>> &entries)
 {
     Builder builder;
     builder.beginDictionary();
-    for (const auto &[key, string] : entries)
-        builder.key(key).string(string);
+    for (const auto &[key, entry] : entries) {
+        builder.key(key);
+        if constexpr (std::is_same_v<Entry, int>)
+            builder.number(quint64(entry));
+        else
+            builder.string(entry);
+    }
     builder.end();
     return builder.list();
 }
@@ -202,21 +211,12 @@ TEST(PropertyListValue, UidsAreNoIntegers)
 
 TEST(PropertyListValue, FindsKeysOfEveryForm)
 {
-    Builder builder;
-    builder.beginDictionary();
-    builder.key("name").number(1);
-    builder.key("a&amp;b").number(2);
-    builder.key("17").number(3);
-    builder.key(QByteArray(500, 'k')).number(4);
-    builder.key("gr\xC3\xBCn").number(5);
-    builder.key("").number(6);
-    builder.end();
-    const auto list = builder.list();
-    const std::pair<QString, int> cases[] = {{QStringLiteral("name"), 1}, {QStringLiteral("a&amp;b"), 2},
-                                             {QStringLiteral("17"), 3},   {QString(500, QLatin1Char('k')), 4},
-                                             {QStringLiteral("grün"), 5}, {QString(), 6}};
+    const QList<std::pair<QByteArray, int>> entries{
+        {"name", 1}, {"a&amp;b", 2}, {"17", 3}, {QByteArray(500, 'k'), 4}, {"gr\xC3\xBCn", 5}, {"", 6}};
+    const auto list = dictionaryOf(entries);
     auto entry = list.entries().begin();
-    for (const auto &[key, number] : cases) {
+    for (const auto &[utf8, number] : entries) {
+        const QString key = QString::fromUtf8(utf8);
         EXPECT_EQ(list.value(key).toInteger(), number) << qPrintable(key);
         EXPECT_EQ(list.value(list.key(key)).toInteger(), number) << qPrintable(key);
         EXPECT_TRUE(list.contains(key));
@@ -243,13 +243,7 @@ TEST(PropertyListValue, APreparedKeyOutlivesTheCharactersItWasMadeFrom)
 
 TEST(PropertyListValue, OfAKeyThatOccursTwiceTheLastCounts)
 {
-    Builder builder;
-    builder.beginDictionary();
-    builder.key("name").number(1);
-    builder.key("other").number(2);
-    builder.key("name").number(3);
-    builder.end();
-    const auto list = builder.list();
+    const auto list = dictionaryOf<int>({{"name", 1}, {"other", 2}, {"name", 3}});
     EXPECT_EQ(list.count(), 3);
     EXPECT_EQ(list.value("name").toInteger(), 3);
     EXPECT_EQ(list.value(list.key("name")).toInteger(), 3);
@@ -260,12 +254,10 @@ TEST(PropertyListValue, OfAKeyThatOccursTwiceTheLastCounts)
 TEST(PropertyListValue, HoldsMoreKeysThanTheTableHasRoomFor)
 {
     const auto name = [](int i) { return QByteArray("key" + QByteArray::number(i)); };
-    Builder builder;
-    builder.beginDictionary();
+    QList<std::pair<QByteArray, int>> entries;
     for (int i = 0; i < 5000; ++i)
-        builder.key(name(i)).number(quint64(i));
-    builder.end();
-    const auto list = builder.list();
+        entries.append({name(i), i});
+    const auto list = dictionaryOf(entries);
     ASSERT_EQ(list.count(), 5000);
     for (const int i : {0, 4093, 4094, 4095, 4999})
         EXPECT_EQ(list.value(QUtf8StringView(name(i))).toInteger(-1), i);
