@@ -88,11 +88,6 @@ void hideTiffProfiles(QByteArray &bytes)
 {
     constexpr quint16 imageResources = 34377, byteType = 1; // whose content only their maker knows
     constexpr int mostEntries = 1024;
-    const bool isLittleEndian = bytes.startsWith('I');
-    const auto write = [&](qint64 offset, quint16 value) {
-        bytes[offset] = char(isLittleEndian ? value & 0xFF : value >> 8);
-        bytes[offset + 1] = char(isLittleEndian ? value >> 8 : value & 0xFF);
-    };
     for (int i = 0; i < mostEntries; ++i) {
         const ImageInput input{QByteArrayView(bytes)};
         const auto structure = TiffStructure::at(input, 0);
@@ -102,8 +97,15 @@ void hideTiffProfiles(QByteArray &bytes)
         const TiffEntry *const entry = TiffStructure::entry(directory, ProfileTag);
         if (!entry)
             return;
-        write(entry->offset, imageResources);
-        write(entry->offset + 2, byteType);
+        structure->writeWord(bytes, entry->offset, imageResources);
+        structure->writeWord(bytes, entry->offset + 2, byteType);
+        // Entries are to be in the order of their tags.
+        const qint64 size = structure->entrySize();
+        for (qint64 place = entry->offset; place - size >= directory.firstEntry; place -= size) {
+            if (structure->word(place - size) <= imageResources)
+                break;
+            std::swap_ranges(bytes.begin() + place, bytes.begin() + place + size, bytes.begin() + place - size);
+        }
     }
 }
 

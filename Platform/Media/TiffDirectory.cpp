@@ -79,20 +79,21 @@ quint64 TiffStructure::integer(qint64 offset, int size) const
 
 TiffStructure::Directory TiffStructure::directory(qint64 offset) const
 {
-    const int countSize = m_isLarge ? 8 : 2, entrySize = m_isLarge ? 20 : 12, offsetSize = m_isLarge ? 8 : 4;
+    const int countSize = m_isLarge ? 8 : 2, offsetSize = m_isLarge ? 8 : 4;
     Directory result;
     if (offset <= 0 || offset > m_input->size())
         return result;
     const quint64 count = integer(offset, countSize);
+    result.firstEntry = offset + countSize;
     const qint64 kept = qint64(std::min<quint64>(count, maximumEntries));
-    const QByteArray bytes = m_input->read(m_base + offset + countSize, kept * entrySize + offsetSize);
-    for (qint64 i = 0; i < kept && (i + 1) * entrySize <= bytes.size(); ++i) {
-        const char *const from = bytes.constData() + i * entrySize;
+    const QByteArray bytes = m_input->read(m_base + offset + countSize, kept * entrySize() + offsetSize);
+    for (qint64 i = 0; i < kept && (i + 1) * entrySize() <= bytes.size(); ++i) {
+        const char *const from = bytes.constData() + i * entrySize();
         TiffEntry each;
         each.tag = quint16(decoded(from, 2));
         each.type = quint16(decoded(from + 2, 2));
         each.count = decoded(from + 4, offsetSize);
-        each.offset = offset + countSize + i * entrySize;
+        each.offset = result.firstEntry + i * entrySize();
         const quint64 size = quint64(sizeOf(each.type));
         if (size == 0)
             continue;
@@ -101,9 +102,9 @@ TiffStructure::Directory TiffStructure::directory(qint64 offset) const
             : qint64(std::min<quint64>(decoded(from + 4 + offsetSize, offsetSize), quint64(m_input->size())));
         result.entries.push_back(each);
     }
-    if (kept == qint64(count) && bytes.size() == kept * entrySize + offsetSize)
+    if (kept == qint64(count) && bytes.size() == kept * entrySize() + offsetSize)
         result.next = qint64(
-            std::min<quint64>(decoded(bytes.constData() + kept * entrySize, offsetSize), quint64(m_input->size())));
+            std::min<quint64>(decoded(bytes.constData() + kept * entrySize(), offsetSize), quint64(m_input->size())));
     return result;
 }
 
@@ -112,6 +113,14 @@ const TiffEntry *TiffStructure::entry(const Directory &directory, TiffTag tag)
     const auto found = std::find_if(directory.entries.begin(), directory.entries.end(),
                                     [tag](const TiffEntry &each) { return each.tag == tag; });
     return found == directory.entries.end() ? nullptr : &*found;
+}
+
+void TiffStructure::writeWord(QByteArray &bytes, qint64 offset, quint16 value) const
+{
+    if (m_isLittleEndian)
+        qToLittleEndian(value, bytes.data() + offset);
+    else
+        qToBigEndian(value, bytes.data() + offset);
 }
 
 std::vector<qint64> TiffStructure::numbers(const Directory &directory, TiffTag tag, qsizetype maximum) const

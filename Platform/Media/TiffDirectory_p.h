@@ -54,6 +54,7 @@ public:
 
     struct Directory {
         std::vector<TiffEntry> entries;
+        qint64 firstEntry = 0; ///< Where the entries begin, one behind the other.
         qint64 next = 0; ///< Offset of the next directory, 0 for the last one.
     };
     /// Offset of the first directory.
@@ -72,7 +73,10 @@ public:
 
     quint16 word(qint64 offset) const { return quint16(integer(offset, 2)); }
     quint32 longWord(qint64 offset) const { return quint32(integer(offset, 4)); }
-    bool isLarge() const { return m_isLarge; }
+    /// Writes into the bytes of a structure that begins with them.
+    void writeWord(QByteArray &bytes, qint64 offset, quint16 value) const;
+    /// In bytes.
+    int entrySize() const { return m_isLarge ? 20 : 12; }
     /// From an offset of the structure to one of the input.
     qint64 inInput(qint64 offset) const { return m_base + offset; }
 
