@@ -53,10 +53,7 @@ Error failure(ZRHeifOutcome outcome, const Picture &picture)
     const QString reason = QString::fromUtf8(picture.reason);
     switch (outcome) {
     case ZRHeifTooLarge:
-        return {ErrorCode::TooLarge,
-                QStringLiteral("the picture has too many pixels (%1 x %2)").arg(picture.width).arg(picture.height),
-                -1,
-                {}};
+        return tooManyPixels({picture.width, picture.height});
     case ZRHeifUnsupported:
         return {ErrorCode::UnknownFormat,
                 QStringLiteral("no decoder for this HEIF picture is installed: %1").arg(reason),

@@ -22,9 +22,10 @@ int orientationOf(const TiffStructure &exif, const TiffStructure::Directory &dir
 }
 
 // The thumbnail must lie within the segment, since nothing else is part of EXIF.
-void readExif(const ImageInput &input, const ByteRange &segment, ImageMetadata &result)
+void readExif(const QByteArray &segment, qint64 offset, ImageMetadata &result)
 {
-    const auto exif = TiffStructure::at(input, segment.offset);
+    const ImageInput input{QByteArrayView(segment)};
+    const auto exif = TiffStructure::at(input);
     if (!exif)
         return;
     const TiffStructure::Directory picture = exif->directory(exif->firstDirectory());
@@ -32,32 +33,32 @@ void readExif(const ImageInput &input, const ByteRange &segment, ImageMetadata &
     if (picture.next == 0 || picture.next == exif->firstDirectory())
         return;
     const TiffStructure::Directory thumbnail = exif->directory(picture.next);
-    const qint64 offset = exif->number(thumbnail, ThumbnailOffsetTag).value_or(0);
+    const qint64 place = exif->number(thumbnail, ThumbnailOffsetTag).value_or(0);
     const qint64 length = exif->number(thumbnail, ThumbnailLengthTag).value_or(0);
-    if (offset > 0 && offset < segment.length && length > 0)
-        result.thumbnail = {segment.offset + offset, std::min(length, segment.length - offset)};
+    if (place > 0 && place < segment.size() && length > 0)
+        result.thumbnail = {offset + place, std::min<qint64>(length, segment.size() - place)};
 }
 
-void readPictureFormat(const ImageInput &input, const ByteRange &segment, qint64 fileSize, ImageMetadata &result)
+void readPictureFormat(const QByteArray &segment, qint64 offset, qint64 fileSize, ImageMetadata &result)
 {
     constexpr qint64 entrySize = 16;
     constexpr quint32 kindMask = 0x00FFFFFF;
     constexpr quint32 largeThumbnails[] = {0x010001, 0x010002}; // for VGA and for full HD
-    const auto index = TiffStructure::at(input, segment.offset);
+    const ImageInput input{QByteArrayView(segment)};
+    const auto index = TiffStructure::at(input);
     if (!index)
         return;
     const ByteRange entries = index->bytes(index->directory(index->firstDirectory()), PictureEntriesTag);
-    const qint64 end = std::min(entries.length, maximumParts * entrySize) - entrySize;
+    const qint64 last = std::min(entries.length, maximumParts * entrySize) - entrySize;
     quint32 chosen = kindMask;
-    for (qint64 place = 0; place <= end; place += entrySize) {
-        const qint64 entry = entries.offset - segment.offset + place;
+    for (qint64 entry = entries.offset; entry <= entries.offset + last; entry += entrySize) {
         const quint32 kind = index->longWord(entry) & kindMask;
         const qint64 length = index->longWord(entry + 4);
-        const qint64 offset = index->inInput(index->longWord(entry + 8));
-        const bool isThere = offset > segment.offset && length > 0 && offset < fileSize && length <= fileSize - offset;
+        const qint64 place = offset + index->longWord(entry + 8);
+        const bool isThere = place > offset && length > 0 && place < fileSize && length <= fileSize - place;
         if (isThere && kind < chosen && std::count(std::begin(largeThumbnails), std::end(largeThumbnails), kind) > 0) {
             chosen = kind;
-            result.preview = {offset, length};
+            result.preview = {place, length};
         }
     }
 }
@@ -78,17 +79,17 @@ bool readSegments(const ImageInput &input, qint64 fileSize, ImageMetadata &resul
         char name[12] = {};
         const qint64 nameLength = input.read(segment->offset, name, std::min<qint64>(sizeof name, segment->length));
         const auto begins = [&](QByteArrayView text) { return QByteArrayView(name, nameLength).startsWith(text); };
-        const auto behind = [&](qint64 length) {
-            return ByteRange{segment->offset + length, segment->length - length};
+        const auto behind = [&](QByteArrayView text) {
+            return input.read(segment->offset + text.size(), segment->length - text.size());
         };
         if (segment->marker == ColorProfileData && begins(profileName)) {
             result.profile.push_back({segment->offset, segment->length});
         } else if (segment->marker == ColorProfileData && begins(pictureFormatName) && !hasPictureFormat) {
             hasPictureFormat = true;
-            readPictureFormat(input, behind(pictureFormatName.size()), fileSize, result);
+            readPictureFormat(behind(pictureFormatName), segment->offset + pictureFormatName.size(), fileSize, result);
         } else if (segment->marker != ColorProfileData && begins(exifName) && !hasExif) {
             hasExif = true;
-            readExif(input, behind(exifName.size()), result);
+            readExif(behind(exifName), segment->offset + exifName.size(), result);
         }
     }
     return true; // enough
@@ -109,7 +110,7 @@ ImageMetadata jpegMetadata(const ImageInput &input)
 
 int exifOrientation(const ImageInput &exif)
 {
-    const auto structure = TiffStructure::at(exif, 0);
+    const auto structure = TiffStructure::at(exif);
     return structure ? orientationOf(*structure, structure->directory(structure->firstDirectory())) : 1;
 }
 
@@ -142,7 +143,7 @@ ImageMetadata webpMetadata(const ImageInput &input)
 ImageMetadata tiffMetadata(const ImageInput &input)
 {
     ImageMetadata result;
-    if (const auto structure = TiffStructure::at(input, 0)) {
+    if (const auto structure = TiffStructure::at(input)) {
         const TiffStructure::Directory picture = structure->directory(structure->firstDirectory());
         result.orientation = orientationOf(*structure, picture);
         if (const ByteRange profile = structure->bytes(picture, ProfileTag); !profile.isEmpty())
@@ -156,7 +157,7 @@ bool isRawTiff(const ImageInput &input)
     constexpr qint64 colorFilterArray = 32803, linearRaw = 34892;
     constexpr qint64 ofCameraMakers[] = {32767, 32769, 32770, 34713, 65000, 65535};
     constexpr int maximumSubdirectories = 16;
-    const auto structure = TiffStructure::at(input, 0);
+    const auto structure = TiffStructure::at(input);
     if (!structure)
         return false;
     const auto isRaw = [&](const TiffStructure::Directory &directory) {

@@ -152,6 +152,7 @@ private:
             return malformed(chunk.offset, QStringLiteral("a PNG chunk is not valid where it stands"));
         if (chunk.type == "IHDR") {
             m_header = chunk.content;
+            m_result.size = QSize(qFromBigEndian<qint32>(m_header.data()), qFromBigEndian<qint32>(m_header.data() + 4));
         } else if (chunk.type == "PLTE") {
             m_colorCount = chunk.content.size() / 3;
         } else if (chunk.type == "IDAT" && !m_hasData) {

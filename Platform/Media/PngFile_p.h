@@ -8,6 +8,7 @@
 #include "Platform/Foundation/Result.h"
 
 #include <QByteArray>
+#include <QSize>
 
 namespace platform {
 
@@ -18,6 +19,7 @@ struct PngFile {
     /// statements about the colours where no profile describes them. A decoder that is given these meets no texts that
     /// unpack to gigabytes, no profiles, and nothing to complain about in the log.
     QByteArray picture;
+    QSize size;
     QByteArray profile; ///< ICC; empty where there is none, or one that cannot be unpacked.
     int orientation = 1; ///< As in EXIF, 1 to 8.
 

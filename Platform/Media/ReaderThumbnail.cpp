@@ -6,6 +6,8 @@
 #include "Platform/Media/JpegThumbnail_p.h"
 #include "Platform/Media/PngFile_p.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 
 namespace platform {
@@ -40,7 +42,7 @@ QByteArray formatNameOf(ImageFormat format)
     case ImageFormat::Icon:
         return "ico";
     case ImageFormat::MacIcon:
-        return "icns";
+        return "png"; // the only kind that is read
     case ImageFormat::PortableAnyMap:
         return "ppm";
     case ImageFormat::Targa:
@@ -90,7 +92,7 @@ void hideTiffProfiles(QByteArray &bytes)
     constexpr int mostEntries = 1024;
     for (int i = 0; i < mostEntries; ++i) {
         const ImageInput input{QByteArrayView(bytes)};
-        const auto structure = TiffStructure::at(input, 0);
+        const auto structure = TiffStructure::at(input);
         if (!structure)
             return;
         const TiffStructure::Directory directory = structure->directory(structure->firstDirectory());
@@ -109,12 +111,55 @@ void hideTiffProfiles(QByteArray &bytes)
     }
 }
 
+// The smallest of the icons in the PNG format that is large enough, or else the largest. An ICNS file is a list of
+// icons, each with its type and its length in front of it. Qt's decoder, which knows older kinds too, complains in the
+// log about what is damaged.
+QByteArray pngOfMacIcon(const QByteArray &bytes, int minimumPixelSize)
+{
+    constexpr qsizetype headSize = 8, widthPlace = 16;
+    constexpr QByteArrayView signature("\x89PNG\r\n\x1A\n");
+    QByteArray best;
+    quint32 bestWidth = 0;
+    for (qsizetype place = headSize; place + headSize <= bytes.size();) {
+        const qsizetype length = qsizetype(qFromBigEndian<quint32>(bytes.constData() + place + 4));
+        if (length < headSize || length > bytes.size() - place)
+            break;
+        const QByteArray icon = bytes.mid(place + headSize, length - headSize);
+        if (icon.startsWith(signature) && icon.size() >= widthPlace + 4) {
+            const auto width = qFromBigEndian<quint32>(icon.constData() + widthPlace);
+            const bool isBestEnough = bestWidth >= quint32(minimumPixelSize);
+            if (isBestEnough ? width >= quint32(minimumPixelSize) && width < bestWidth : width > bestWidth) {
+                best = icon;
+                bestWidth = width;
+            }
+        }
+        place += length;
+    }
+    return best;
+}
+
+// Qt's decoder takes no pictures but those in plain true colour, and asks for the footer that came with version 2.
+// About all others it complains in the log.
+Result<Prepared> preparedTarga(QByteArray bytes)
+{
+    constexpr char trueColor = 2;
+    constexpr QByteArrayView depths = "\x10\x18\x20";
+    constexpr QByteArrayView footer("\0\0\0\0\0\0\0\0TRUEVISION-XFILE.\0", 26);
+    if (bytes.size() < 18 || bytes[2] != trueColor || !depths.contains(bytes[16]))
+        return noDecoder(ImageFormat::Targa);
+    return Prepared{bytes + footer, {}, 1};
+}
+
 Result<Prepared> prepared(QByteArray bytes, ImageFormat format)
 {
+    if (format == ImageFormat::Targa)
+        return preparedTarga(std::move(bytes));
     if (format == ImageFormat::Png) {
         const Result<PngFile> png = PngFile::read(bytes);
         if (!png)
             return png.error();
+        if (pixelsOf(png.value().size) > maximumDecodedPixels)
+            return tooManyPixels(png.value().size);
         return Prepared{png.value().picture, png.value().profile, png.value().orientation};
     }
     Prepared result;
@@ -141,10 +186,8 @@ Result<QImage> decoded(QByteArray bytes, ImageFormat format, int maximumPixelSiz
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(false);
     const QSize size = reader.size();
-    if (size.isValid() && !size.isEmpty() && !isWithinLimits(reader, 0, maximumDecodedPixels)) {
-        const QString reason = QStringLiteral("the picture has too many pixels (%1 x %2)");
-        return Error{ErrorCode::TooLarge, reason.arg(size.width()).arg(size.height()), -1, {}};
-    }
+    if (size.isValid() && !size.isEmpty() && !isWithinLimits(reader, 0, maximumDecodedPixels))
+        return tooManyPixels(size);
     if (format == ImageFormat::Svg && size.isValid())
         reader.setScaledSize(thumbnailSize(size, maximumPixelSize));
     const QImage image = reader.read();
@@ -154,6 +197,12 @@ Result<QImage> decoded(QByteArray bytes, ImageFormat format, int maximumPixelSiz
 }
 
 } // namespace
+
+Error tooManyPixels(const QSize &size)
+{
+    const QString reason = QStringLiteral("the picture has too many pixels (%1 x %2)");
+    return {ErrorCode::TooLarge, reason.arg(size.width()).arg(size.height()), -1, {}};
+}
 
 Error noDecoder(ImageFormat format)
 {
@@ -170,7 +219,14 @@ Result<QByteArray> readerThumbnail(const ImageInput &input, ImageFormat format, 
         return noDecoder(format);
     if (input.size() > maximumReadFileSize)
         return Error{ErrorCode::TooLarge, QStringLiteral("the file is too large"), -1, {}};
-    Result<Prepared> file = prepared(input.read(0, input.size()), format);
+    QByteArray bytes = input.read(0, input.size());
+    if (format == ImageFormat::MacIcon) {
+        bytes = pngOfMacIcon(bytes, maximumPixelSize);
+        if (bytes.isEmpty())
+            return noDecoder(format);
+        format = ImageFormat::Png;
+    }
+    Result<Prepared> file = prepared(std::move(bytes), format);
     if (!file)
         return file.error();
     Prepared content = std::move(file).value();

@@ -10,6 +10,7 @@
 #include "Platform/Media/ImageInput_p.h"
 
 #include <QByteArray>
+#include <QSize>
 
 namespace platform {
 
@@ -24,6 +25,8 @@ inline constexpr qint64 maximumDecodedPixels = 128 * 1024 * 1024;
 /// Errors: `Malformed`, `TooLarge`, `UnknownFormat` when there is no decoder for the format.
 Result<QByteArray> readerThumbnail(const ImageInput &input, ImageFormat format, int maximumPixelSize);
 
+/// That a picture is beyond the limit.
+Error tooManyPixels(const QSize &size);
 /// That there is no decoder.
 Error noDecoder(ImageFormat format);
 

@@ -35,14 +35,14 @@ int sizeOf(quint16 type)
 
 } // namespace
 
-std::optional<TiffStructure> TiffStructure::at(const ImageInput &input, qint64 base)
+std::optional<TiffStructure> TiffStructure::at(const ImageInput &input)
 {
     char head[16];
-    const qint64 length = input.read(base, head, sizeof head);
+    const qint64 length = input.read(0, head, sizeof head);
     const QByteArrayView order(head, 2);
     if (length < 8 || (order != "II" && order != "MM"))
         return std::nullopt;
-    TiffStructure structure(input, base);
+    TiffStructure structure(input);
     structure.m_isLittleEndian = order == "II";
     structure.m_isLarge = structure.decoded(head + 2, 2) == 43;
     if (!structure.m_isLarge)
@@ -72,7 +72,7 @@ quint64 TiffStructure::decoded(const char *bytes, int size) const
 quint64 TiffStructure::integer(qint64 offset, int size) const
 {
     char bytes[8];
-    if (offset < 0 || offset > m_input->size() || m_input->read(m_base + offset, bytes, size) < size)
+    if (offset < 0 || offset > m_input->size() || m_input->read(offset, bytes, size) < size)
         return 0;
     return decoded(bytes, size);
 }
@@ -86,7 +86,7 @@ TiffStructure::Directory TiffStructure::directory(qint64 offset) const
     const quint64 count = integer(offset, countSize);
     result.firstEntry = offset + countSize;
     const qint64 kept = qint64(std::min<quint64>(count, maximumEntries));
-    const QByteArray bytes = m_input->read(m_base + offset + countSize, kept * entrySize() + offsetSize);
+    const QByteArray bytes = m_input->read(offset + countSize, kept * entrySize() + offsetSize);
     for (qint64 i = 0; i < kept && (i + 1) * entrySize() <= bytes.size(); ++i) {
         const char *const from = bytes.constData() + i * entrySize();
         TiffEntry each;
@@ -131,7 +131,7 @@ std::vector<qint64> TiffStructure::numbers(const Directory &directory, TiffTag t
         return result;
     const int size = sizeOf(found->type);
     const QByteArray bytes =
-        m_input->read(m_base + found->valueOffset, qint64(std::min<quint64>(found->count, quint64(maximum))) * size);
+        m_input->read(found->valueOffset, qint64(std::min<quint64>(found->count, quint64(maximum))) * size);
     for (qsizetype place = 0; place + size <= bytes.size(); place += size)
         result.push_back(qint64(decoded(bytes.constData() + place, size)));
     return result;
@@ -148,7 +148,7 @@ ByteRange TiffStructure::bytes(const Directory &directory, TiffTag tag) const
     const TiffEntry *const found = entry(directory, tag);
     if (!found || sizeOf(found->type) != 1)
         return {};
-    const qint64 offset = m_base + found->valueOffset;
+    const qint64 offset = found->valueOffset;
     if (offset > m_input->size() || found->count > quint64(m_input->size() - offset))
         return {};
     return {offset, qint64(found->count)};

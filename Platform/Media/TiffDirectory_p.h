@@ -49,8 +49,8 @@ struct TiffEntry {
 class TiffStructure
 {
 public:
-    /// @param input in which the structure begins at `base`, from where its offsets count
-    static std::optional<TiffStructure> at(const ImageInput &input, qint64 base);
+    /// @param input begins with the structure, and outlives it
+    static std::optional<TiffStructure> at(const ImageInput &input);
 
     struct Directory {
         std::vector<TiffEntry> entries;
@@ -77,19 +77,15 @@ public:
     void writeWord(QByteArray &bytes, qint64 offset, quint16 value) const;
     /// In bytes.
     int entrySize() const { return m_isLarge ? 20 : 12; }
-    /// From an offset of the structure to one of the input.
-    qint64 inInput(qint64 offset) const { return m_base + offset; }
 
 private:
-    TiffStructure(const ImageInput &input, qint64 base)
+    explicit TiffStructure(const ImageInput &input)
         : m_input(&input)
-        , m_base(base)
     { }
     quint64 integer(qint64 offset, int size) const;
     quint64 decoded(const char *bytes, int size) const;
 
     const ImageInput *m_input;
-    qint64 m_base;
     qint64 m_firstDirectory = 0;
     bool m_isLittleEndian = false;
     bool m_isLarge = false;
