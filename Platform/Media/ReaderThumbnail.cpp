@@ -150,8 +150,24 @@ Result<Prepared> preparedTarga(QByteArray bytes)
     return Prepared{bytes + footer, {}, 1};
 }
 
+// A palette of more colours than pixels can name makes Qt's decoder complain about each.
+void limitPaletteOfBmp(QByteArray &bytes)
+{
+    constexpr qsizetype depthPlace = 28, colorsPlace = 46, headerSizePlace = 14;
+    constexpr quint32 sizeOfHeaderWithColors = 40;
+    if (bytes.size() < colorsPlace + 4
+        || qFromLittleEndian<quint32>(bytes.constData() + headerSizePlace) < sizeOfHeaderWithColors)
+        return;
+    const int depth = qFromLittleEndian<quint16>(bytes.constData() + depthPlace);
+    const auto colors = qFromLittleEndian<quint32>(bytes.constData() + colorsPlace);
+    if (depth <= 8 && colors > 1u << depth)
+        qToLittleEndian<quint32>(1u << depth, bytes.data() + colorsPlace);
+}
+
 Result<Prepared> prepared(QByteArray bytes, ImageFormat format)
 {
+    if (format == ImageFormat::Bmp)
+        limitPaletteOfBmp(bytes);
     if (format == ImageFormat::Targa)
         return preparedTarga(std::move(bytes));
     if (format == ImageFormat::Png) {

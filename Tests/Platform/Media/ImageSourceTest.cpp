@@ -359,6 +359,13 @@ TEST(ImageSourceTest, OldTargaFilesAreReadAndOthersLeaveTheLogAlone)
     EXPECT_EQ(failureOf(grey), QStringLiteral("no decoder for TGA pictures is installed"));
 }
 
+TEST(ImageSourceTest, PalettesOfTooManyColorsLeaveTheLogAlone)
+{
+    QByteArray bmp = encoded(quarters(16, 16).convertToFormat(QImage::Format_Mono), "bmp");
+    bmp.replace(46, 4, number(200, 4, ByteOrder::Little));
+    expectPictureOrReason(thumbnail(bmp), "bmp");
+}
+
 TEST(ImageSourceTest, OfMacIconsTheSmallestThatIsLargeEnoughIsRead)
 {
     const auto icon = [](const QByteArray &type, const QByteArray &content) -> QByteArray {
