@@ -1,11 +1,7 @@
 #include "Platform/Media/Image.h"
 
-#include "Platform/Foundation/RegularFile_p.h"
-
-#include <QBuffer>
-#include <QImageReader>
-#include <QPixelFormat>
-#include <QTransform>
+#include "Platform/Media/ImageInput_p.h"
+#include "Platform/Media/ImageReading_p.h"
 
 #include <cmath>
 
@@ -16,38 +12,11 @@ namespace {
 constexpr double metresPerInch = 0.0254;
 constexpr double pointsPerInch = 72;
 
-// Decoders seek to whatever a damaged file says; QBuffer complains about that in the log.
-class QuietBuffer : public QBuffer
-{
-public:
-    using QBuffer::QBuffer;
-    bool seek(qint64 position) override { return position <= size() && QBuffer::seek(position); }
-};
-
 // A bitmap and the resolution that its file states.
 struct Page {
     QImage bitmap;
     QSizeF size; // in points
 };
-
-qint64 pixelsOf(const QSize &size)
-{
-    return qint64(size.width()) * size.height();
-}
-
-// Whether the page that the reader stands at may be decoded, judged by its header.
-bool isWithinLimits(const QImageReader &reader, qint64 pixelsBefore)
-{
-    const QSize size = reader.size();
-    if (!size.isValid())
-        return true; // no header tells; the decoder's own limit holds
-    if (size.isEmpty() || pixelsBefore + pixelsOf(size) > Image::maximumPixels)
-        return false;
-    // What the decoder would refuse with a warning in the log.
-    const qint64 limit = qint64(QImageReader::allocationLimit()) * 1024 * 1024;
-    const int bitsPerPixel = std::max(32, int(QImage::toPixelFormat(reader.imageFormat()).bitsPerPixel()));
-    return limit <= 0 || pixelsOf(size) * bitsPerPixel / 8 <= limit;
-}
 
 // Pixels per inch. Decoders hand resolutions on as whole pixels per metre; a whole number per inch is what
 // was meant.
@@ -61,16 +30,6 @@ double pixelsPerInch(int dotsPerMeter)
 double points(int pixels, int dotsPerMeter)
 {
     return dotsPerMeter > 1 ? pixels * pointsPerInch / pixelsPerInch(dotsPerMeter) : pixels;
-}
-
-// QImageReader's own turning would lose what `readPage` has to know.
-QImage upright(const QImage &image, QImageIOHandler::Transformations transformation)
-{
-    QImage result = image.mirrored(transformation.testFlag(QImageIOHandler::TransformationMirror),
-                                   transformation.testFlag(QImageIOHandler::TransformationFlip));
-    if (transformation.testFlag(QImageIOHandler::TransformationRotate90))
-        result = result.transformed(QTransform().rotate(90));
-    return result;
 }
 
 // Decodes the page that the reader stands at; a null bitmap when that fails.
@@ -96,6 +55,7 @@ Page readPage(QImageReader &reader)
     const auto stated = [&](int dots) { return ownImage && dots == ofTheScreen ? unstated : dots; };
     QSizeF size(points(image.width(), stated(image.dotsPerMeterX())),
                 points(image.height(), stated(image.dotsPerMeterY())));
+    // QImageReader's own turning would lose what has been looked at here.
     if (transformation != QImageIOHandler::TransformationNone)
         image = upright(image, transformation);
     if (transformation.testFlag(QImageIOHandler::TransformationRotate90))
@@ -108,12 +68,8 @@ QByteArray bytesOf(const QString &path)
     Result<RegularFile> opened = RegularFile::open(path);
     if (!opened || opened.value().size() > Image::maximumFileSize)
         return {};
-    RegularFile file = std::move(opened).value();
-    QByteArray bytes(file.size(), Qt::Uninitialized);
-    qsizetype length = 0;
-    for (qint64 count = 1; count > 0 && length < bytes.size(); length += std::max<qint64>(count, 0))
-        count = file.read(bytes.data() + length, bytes.size() - length);
-    return bytes.first(length);
+    const ImageInput input(std::move(opened).value());
+    return input.read(0, input.size());
 }
 
 } // namespace
@@ -141,7 +97,7 @@ std::shared_ptr<Image> Image::contentsOfFile(const QString &path)
     for (int index = 0; index < pages; ++index) {
         if (index > 0 && !reader.jumpToNextImage())
             break;
-        if (!isWithinLimits(reader, pixels))
+        if (!isWithinLimits(reader, pixels, maximumPixels))
             break;
         const Page page = readPage(reader);
         if (page.bitmap.isNull())

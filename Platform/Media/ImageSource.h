@@ -32,6 +32,8 @@ public:
     /// Opens a file and looks at how it begins. Only regular files are opened, and opening never blocks. Errors:
     /// `NotFound`, `NotReadable`, `NotARegularFile`, `UnknownFormat` for what begins like no picture.
     static Result<ImageSource> open(const QString &path);
+    /// The same for a picture that is in memory.
+    static Result<ImageSource> fromBytes(const QByteArray &bytes);
 
     /// The picture (the first, where the file holds several) as a JPEG: upright, in sRGB, on white where it is
     /// transparent, without any metadata, its longer side at most so many pixels and never more than it has itself.
@@ -41,6 +43,7 @@ public:
 private:
     struct Content;
     explicit ImageSource(std::unique_ptr<Content> content);
+    static Result<ImageSource> recognized(QString path, QByteArray bytes, ImageInput input);
 
     std::unique_ptr<Content> m_content;
 };
