@@ -297,6 +297,7 @@ TEST_F(ZRImageCacheTest, OffersEverythingElseToTheDecoderAndSaysWhatWasRefused)
     ZRImageCacheUpdate followed;
     update(&followed);
     ::close(socketDescriptor);
+    ::unlink(QByteArray(photos.toUtf8() + "/\xFF.jpg").constData()); // Qt cannot name it
     EXPECT_EQ(sortedCaptions(), QStringList({QStringLiteral("good"), QStringLiteral("link")}));
     EXPECT_EQ(followed.made, 2);
     EXPECT_GE(followed.refused.size(), 7);
@@ -548,7 +549,6 @@ TEST_F(ZRImageCacheTest, LeavesNothingHalfWrittenWhenItIsKilled)
             QFile::remove(photos + QStringLiteral("/photo%1.jpg").arg(random() % 12));
         else
             put(photoName(int(random() % 12)).constData(), picture(320, 240));
-        const QByteArray before = readFile(index);
         const pid_t child = fork();
         if (child == 0) {
             try {
