@@ -18,8 +18,8 @@ enum class ByteOrder { Little, Big };
 inline QByteArray number(quint64 value, int size, ByteOrder order = ByteOrder::Big)
 {
     QByteArray bytes;
-    for (int i = 0; i < size; ++i)
-        bytes += char(value >> 8 * (order == ByteOrder::Big ? size - 1 - i : i));
+    for (; bytes.size() < size; value = bytes.size() < 8 ? value >> 8 : 0)
+        order == ByteOrder::Big ? bytes.prepend(char(value)) : bytes.append(char(value));
     return bytes;
 }
 
@@ -170,13 +170,18 @@ inline QByteArray withPngChunk(QByteArray png, const QByteArray &type, const QBy
     return png.insert(33, pngChunk(type, content));
 }
 
+/// A PNG file without its first chunk of a type, if it has one.
+inline QByteArray withoutPngChunk(QByteArray png, const char *type)
+{
+    const qsizetype place = png.indexOf(type) - 4;
+    return place > 0 ? png.remove(place, qFromBigEndian<quint32>(png.constData() + place) + 12) : png;
+}
+
 /// A PNG file without what it says about its colours.
 inline QByteArray withoutPngColors(QByteArray png)
 {
-    for (const char *type : {"iCCP", "sRGB", "gAMA", "cHRM"}) {
-        if (const qsizetype at = png.indexOf(type); at > 0)
-            png.remove(at - 4, qFromBigEndian<quint32>(png.constData() + at - 4) + 12);
-    }
+    for (const char *type : {"iCCP", "sRGB", "gAMA", "cHRM"})
+        png = withoutPngChunk(png, type);
     return png;
 }
 

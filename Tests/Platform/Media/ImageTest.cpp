@@ -1,5 +1,6 @@
 #include "Platform/Media/Image.h"
 
+#include "Support/ImageSamples.h"
 #include "Support/TestSupport.h"
 
 #include <QBuffer>
@@ -12,6 +13,8 @@
 #include <sys/stat.h>
 
 using platform::Image;
+using testSupport::encoded;
+using testSupport::withoutPngChunk;
 
 namespace {
 
@@ -29,26 +32,6 @@ QImage drawn(int width, int height, int dotsPerMeter = notStated)
         image.setDotsPerMeterY(dotsPerMeter);
     }
     return image;
-}
-
-QByteArray encoded(const QImage &image, const char *format)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    EXPECT_TRUE(QImageWriter(&buffer, format).write(image)) << format;
-    return bytes;
-}
-
-// The length, type and checksum around what a chunk of a PNG holds.
-constexpr qsizetype pngChunkFrame = 12;
-
-QByteArray withoutPngChunk(QByteArray png, const char *type)
-{
-    const qsizetype at = png.indexOf(type);
-    EXPECT_GT(at, 0) << type;
-    const auto length = qFromBigEndian<quint32>(png.constData() + at - 4);
-    return png.remove(at - 4, length + pngChunkFrame);
 }
 
 // JPEG with a density unit of none ("aspect ratio only") in its first segment.
