@@ -6,6 +6,7 @@
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/AlbumReaderWorkUnit_p.h"
 #include "ZRCommon/MediaDatabase_p.h"
+#include "ZRCommon/PhotoSearch_p.h"
 #include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRFoundation/ZRProcessServer.h"
 
@@ -144,10 +145,7 @@ bool iPhotoAlbumReader::photoDictMatchesString(const PropertyListView &photoDict
 {
     if (photoDict.isNull())
         platform::raiseInvalidParameter({Q_FUNC_INFO, "iPhotoAlbumReader", 274}, this, "photo_dict != NULL");
-    if (foldedString.isEmpty())
-        return true;
-    const auto caption = photoDict.value(u"Caption").plainUtf8();
-    return caption && platform::TextFolding::folded(*caption).contains(foldedString);
+    return photoMatchesString(photoDict, foldedString);
 }
 
 std::shared_ptr<ZRImageThumbnail> iPhotoAlbumReader::thumbnailForPhoto(const PropertyListView &photoDict) const

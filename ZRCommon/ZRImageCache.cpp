@@ -1,0 +1,371 @@
+#include "ZRCommon/ZRImageCache.h"
+
+#include "Platform/Foundation/AssertionHandler.h"
+#include "Platform/Foundation/FileManager.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
+#include "Platform/Foundation/UserDefaults.h"
+#include "ZRCommon/ThumbnailPrefetch_p.h"
+#include "ZRCommon/ZRImageCatalogFolder.h"
+#include "ZRCommon/ZRLocalizedString.h"
+#include "ZRFoundation/ZRWorkUnit.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <utility>
+
+using platform::Error;
+using platform::ErrorCode;
+using platform::PropertyListValue;
+using platform::PropertyListView;
+using platform::UserDefaults;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const QString imageDataKey = QStringLiteral("Image Data");
+const QString captionKey = QStringLiteral("Caption");
+const QString imagePathKey = QStringLiteral("ImagePath");
+const QString thumbPathKey = QStringLiteral("ThumbPath");
+
+/// Begins the names of files that are being written. Whoever was killed leaves one behind.
+const QString unfinishedPrefix = QStringLiteral(".unfinished-");
+constexpr std::chrono::minutes unfinishedFor{10};
+
+QString joined(const QString &folder, const QString &name)
+{
+    return folder.endsWith(u'/') ? QString(folder + name) : QString(folder + u'/' + name);
+}
+
+QString cacheFolderOf(const QString &folderPath)
+{
+    return joined(folderPath, ZRCacheFolderName);
+}
+
+QString indexOf(const QString &folderPath)
+{
+    return joined(cacheFolderOf(folderPath), ZRCacheFilename);
+}
+
+/// A file's name, apart. A dot at its start begins no extension.
+struct NameParts {
+    QString stem;
+    QString extension; ///< With its dot.
+
+    explicit NameParts(const QString &name)
+    {
+        const qsizetype dot = name.lastIndexOf(u'.');
+        stem = dot > 0 ? name.first(dot) : name;
+        extension = dot > 0 ? name.sliced(dot) : QString();
+    }
+};
+
+QByteArrayView lastComponent(QByteArrayView path)
+{
+    while (path.size() > 1 && path.endsWith('/'))
+        path.chop(1);
+    return path.sliced(path.lastIndexOf('/') + 1);
+}
+
+/// The name of an entry's file as it stands in the index; nothing for what has no path.
+std::optional<QByteArrayView> fileNameOf(const PropertyListView &entry)
+{
+    const auto path = entry.value(imagePathKey).plainUtf8();
+    return path ? std::optional(lastComponent(*path)) : std::nullopt;
+}
+
+/// The entries of a folder as the file system gives them, in bytes.
+std::vector<QByteArray> namesIn(const QString &folderPath)
+{
+    std::vector<QByteArray> names;
+    std::error_code error;
+    for (fs::directory_iterator place(fs::path(QFile::encodeName(folderPath).toStdString()), error), end;
+         !error && place != end; place.increment(error)) {
+        const std::string name = place->path().filename().string();
+        names.emplace_back(name.data(), qsizetype(name.size()));
+    }
+    return names;
+}
+
+/// Replaces a file whole: by another one that is written beside it. Cheaper than QSaveFile, which waits for the disk:
+/// a thumbnail can be made again.
+bool replaceFile(const QString &path, const QByteArray &bytes)
+{
+    static std::atomic<quint32> number = 0;
+    const QFileInfo target(path);
+    const QString unfinished = joined(target.path(), unfinishedPrefix)
+        + QStringLiteral("%1-%2").arg(QCoreApplication::applicationPid()).arg(++number);
+    QFile file(unfinished);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return false;
+    const bool isWritten = file.write(bytes) == bytes.size();
+    file.close();
+    std::error_code error;
+    if (isWritten && file.error() == QFileDevice::NoError)
+        fs::rename(QFile::encodeName(unfinished).toStdString(), QFile::encodeName(path).toStdString(), error);
+    if (!isWritten || file.error() != QFileDevice::NoError || error) {
+        QFile::remove(unfinished);
+        return false;
+    }
+    return true;
+}
+
+void removeWhatKilledOnesLeft(const QString &cacheFolder)
+{
+    const auto now = fs::file_time_type::clock::now();
+    std::error_code error;
+    for (const QByteArray &name : namesIn(cacheFolder)) {
+        if (!name.startsWith(unfinishedPrefix.toLatin1()))
+            continue;
+        const fs::path path(QFile::encodeName(joined(cacheFolder, QFile::decodeName(name))).toStdString());
+        const auto written = fs::last_write_time(path, error);
+        if (!error && now - written > unfinishedFor)
+            fs::remove(path, error);
+    }
+}
+
+int largerSetting()
+{
+    return std::max({ZRImageCache::maxScaleWidth(), ZRImageCache::maxScaleHeight(), 1});
+}
+
+} // namespace
+
+/// What an update knows while it runs.
+class ZRImageCache::Session
+{
+public:
+    Session(ZRImageCacheUpdate *followed, std::vector<QByteArray> listing)
+        : update(followed ? *followed : m_own)
+        , names(std::move(listing))
+        , m_outer(std::exchange(currentSession(), this))
+    { }
+    ~Session() { currentSession() = m_outer; }
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    void refuse(Error error)
+    {
+        if (update.refused.isEmpty() || update.refused.last().path != error.path)
+            update.refused.append(std::move(error));
+    }
+    bool isCancelled()
+    {
+        update.wasCancelled = update.wasCancelled || (update.cancelFlag && update.cancelFlag->cancelFlag());
+        return update.wasCancelled;
+    }
+    void progress() const
+    {
+        if (update.didProgress)
+            update.didProgress(update);
+    }
+
+private:
+    ZRImageCacheUpdate m_own;
+
+public:
+    ZRImageCacheUpdate &update;
+    std::vector<QByteArray> names; // of files to be tried
+    std::optional<ThumbnailPrefetch> prefetch;
+
+private:
+    Session *m_outer;
+};
+
+// An override may well call operations of the base, whichever thread it updates on.
+ZRImageCache::Session *&ZRImageCache::currentSession()
+{
+    thread_local Session *session = nullptr;
+    return session;
+}
+
+ZRImageCache::ZRImageCache()
+{
+    static const bool isRegistered = [] {
+        UserDefaults::standard().registerDefaults({{QStringLiteral("ImageCacheMaxScaleWidth"), QStringLiteral("240")},
+                                                   {QStringLiteral("ImageCacheMaxScaleHeight"), QStringLiteral("180")},
+                                                   {QStringLiteral("ImageCacheScaleQuality"), QStringLiteral("0.75")}});
+        return true;
+    }();
+    Q_UNUSED(isRegistered);
+}
+
+int ZRImageCache::maxScaleWidth()
+{
+    return int(
+        std::clamp<qint64>(UserDefaults::standard().integer(QStringLiteral("ImageCacheMaxScaleWidth")), 0, 65'500));
+}
+
+int ZRImageCache::maxScaleHeight()
+{
+    return int(
+        std::clamp<qint64>(UserDefaults::standard().integer(QStringLiteral("ImageCacheMaxScaleHeight")), 0, 65'500));
+}
+
+double ZRImageCache::maxScaleQuality()
+{
+    return UserDefaults::standard().real(QStringLiteral("ImageCacheScaleQuality"));
+}
+
+bool ZRImageCache::hasCacheForCatalogFolder(const ZRImageCatalogFolder &folder) const
+{
+    const QFileInfo index(indexOf(folder.folderPath()));
+    return index.exists() && index.isReadable();
+}
+
+void ZRImageCache::createOrUpdateCacheForCatalogFolder(const ZRImageCatalogFolder &folder, ZRImageCacheUpdate *update)
+{
+    if (hasCacheForCatalogFolder(folder))
+        updateCacheForCatalogFolder(folder, update);
+    else
+        createCacheForCatalogFolder(folder, update);
+}
+
+void ZRImageCache::createCacheForCatalogFolder(const ZRImageCatalogFolder &folder, ZRImageCacheUpdate *update)
+{
+    if (hasCacheForCatalogFolder(folder))
+        platform::raiseFailure({Q_FUNC_INFO, "ZRImageCache", 71}, this,
+                               QStringLiteral("Shouldn't call this method when cache alread exists"));
+    const QString cacheFolder = cacheFolderOf(folder.folderPath());
+    if (!platform::FileManager::fileExists(cacheFolder) && !platform::FileManager::createDirectory(cacheFolder)
+        && !platform::FileManager::fileExists(cacheFolder)) // another program may have been quicker
+        throw ZRImageCacheCouldNotCreateFolderException(
+            ZRLocalizedString("Could not create the image cache folder at '%1'").arg(folder.name()));
+
+    Session session(update, namesIn(folder.folderPath()));
+    QVariantMap index = blankImageDataDict();
+    index.insert(imageDataKey, index.value(imageDataKey).toList() + addEntries(folder.folderPath(), session));
+    platform::PropertyList::writeXmlFile(indexOf(folder.folderPath()), index);
+}
+
+void ZRImageCache::updateCacheForCatalogFolder(const ZRImageCatalogFolder &folder, ZRImageCacheUpdate *update)
+{
+    const PropertyListValue index = platform::PropertyList::read(indexOf(folder.folderPath())).valueOr({});
+    const PropertyListValue imageData = index.value(imageDataKey);
+    if (!imageData.isArray())
+        platform::raiseFailure({Q_FUNC_INFO, "ZRImageCache", 121}, this,
+                               QStringLiteral("image_data is expected to be mutable"));
+
+    // Names are compared where they stand: mostly nothing has changed.
+    QSet<QByteArrayView> known;
+    known.reserve(imageData.count());
+    for (const PropertyListView entry : imageData.elements()) {
+        if (const auto name = fileNameOf(entry))
+            known.insert(*name);
+    }
+    const std::vector<QByteArray> listing = namesIn(folder.folderPath());
+    std::vector<QByteArray> unknown;
+    std::copy_if(listing.begin(), listing.end(), std::back_inserter(unknown),
+                 [&](const QByteArray &name) { return !known.contains(name); });
+    const QSet<QByteArrayView> present(listing.begin(), listing.end());
+
+    Session session(update, std::move(unknown));
+    for (const PropertyListView entry : imageData.elements()) {
+        const auto name = fileNameOf(entry);
+        ++(!name || present.contains(*name) ? session.update.kept : session.update.dropped);
+    }
+    const QVariantList added = addEntries(folder.folderPath(), session);
+    if (added.isEmpty() && session.update.dropped == 0)
+        return;
+    QVariantList entries;
+    for (const PropertyListView entry : imageData.elements()) {
+        const auto name = fileNameOf(entry);
+        if (!name || present.contains(*name))
+            entries.append(entry.toVariant());
+    }
+    QVariantMap changed = index.toVariant().toMap();
+    changed.insert(imageDataKey, entries + added);
+    platform::PropertyList::writeXmlFile(indexOf(folder.folderPath()), changed);
+}
+
+// Makes the entries of the session's names.
+QVariantList ZRImageCache::addEntries(const QString &folderPath, Session &session)
+{
+    QStringList names, paths;
+    for (const QByteArray &bytes : session.names) {
+        const QString name = QString::fromUtf8(bytes);
+        if (name.toUtf8() != bytes)
+            session.refuse({ErrorCode::UnsupportedEncoding, ZRLocalizedString("its name is not UTF-8"), -1,
+                            joined(folderPath, name)});
+        else if (!shouldSkipFilename(name))
+            names.append(name);
+    }
+    for (const QString &name : std::as_const(names))
+        paths.append(joined(folderPath, name));
+    session.update.total = names.size();
+    session.progress();
+    if (names.isEmpty())
+        return {};
+    removeWhatKilledOnesLeft(cacheFolderOf(folderPath));
+    session.prefetch.emplace(paths, largerSetting());
+
+    QVariantList entries;
+    for (qsizetype i = 0; i < names.size() && !session.isCancelled(); ++i) {
+        if (auto entry = createThumbEntryForImageFilename(names[i], folderPath)) {
+            entries.append(*std::move(entry));
+            ++session.update.made;
+        }
+        session.prefetch->passOver(paths[i]);
+        ++session.update.done;
+        session.progress();
+    }
+    session.prefetch.reset();
+    return entries;
+}
+
+PropertyListValue ZRImageCache::photoInformationForCatalogFolder(const ZRImageCatalogFolder &folder) const
+{
+    const PropertyListValue index = platform::PropertyList::read(indexOf(folder.folderPath())).valueOr({});
+    const PropertyListValue imageData = index.value(imageDataKey);
+    return imageData.isArray() ? imageData : PropertyListValue();
+}
+
+QVariantMap ZRImageCache::blankImageDataDict() const
+{
+    return {{QStringLiteral("Version"), 1.0}, {imageDataKey, QVariantList()}};
+}
+
+bool ZRImageCache::shouldSkipFilename(const QString &name) const
+{
+    return name == QLatin1String(".DS_Store") || name == ZRCacheFolderName;
+}
+
+std::optional<QVariantMap> ZRImageCache::createThumbEntryForImageFilename(const QString &name,
+                                                                          const QString &folderPath)
+{
+    if (shouldSkipFilename(name))
+        return std::nullopt;
+    const NameParts parts(name);
+    const QString imagePath = joined(folderPath, name);
+    const QString thumbPath =
+        joined(cacheFolderOf(folderPath), QStringLiteral("%1_thumb").arg(parts.stem) + parts.extension);
+    if (!scaleAndSaveAsJPEG(imagePath, thumbPath))
+        return std::nullopt;
+    return QVariantMap{{captionKey, parts.stem}, {imagePathKey, imagePath}, {thumbPathKey, thumbPath}};
+}
+
+bool ZRImageCache::scaleAndSaveAsJPEG(const QString &imagePath, const QString &thumbPath)
+{
+    Session *const session = currentSession();
+    const int size = largerSetting();
+    std::optional<platform::Result<QByteArray>> thumbnail;
+    if (session && session->prefetch)
+        thumbnail = session->prefetch->take(imagePath, size);
+    if (!thumbnail)
+        thumbnail.emplace(platform::thumbnailOfFile(imagePath, size));
+    std::optional<Error> error;
+    if (!*thumbnail)
+        error = thumbnail->error();
+    else if (!replaceFile(thumbPath, thumbnail->value()))
+        error = Error{ErrorCode::NotWritable, ZRLocalizedString("its thumbnail cannot be written"), -1, imagePath};
+    if (error && session)
+        session->refuse(*std::move(error));
+    return !error;
+}
