@@ -51,9 +51,7 @@ QImage reduced(const QImage &image, const QSize &size)
     const int channels = isGrey ? 1 : 3; // of the result
     QImage result(size, isGrey ? QImage::Format_Grayscale8 : QImage::Format_RGB888);
     for (int index = 0; index < channels && !result.isNull(); ++index) {
-        Plane plane = channel(image, index);
-        if (size != image.size()) // the resampler sharpens a little, also when nothing is to be reduced
-            plane = resampled(plane, image.size(), size);
+        const Plane plane = resampled(channel(image, index), image.size(), size);
         for (int y = 0; y < size.height(); ++y) {
             uchar *const to = result.scanLine(y);
             for (int x = 0; x < size.width(); ++x)

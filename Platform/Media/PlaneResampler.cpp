@@ -44,6 +44,8 @@ Weights weightsFor(int count, double extent, int targetCount)
 {
     const double step = extent / targetCount;
     const double width = std::max(step, 1.0); // of a lobe
+    // A picture that keeps its size keeps its samples.
+    const auto weight = [&](double x) { return step > 1 ? correctedKernel(x, 1 / width) : kernel(x); };
     Weights result;
     result.taps = std::min(count, int(std::ceil(lobes * width * 2)) + 1);
     std::vector<double> exact(size_t(result.taps), 0.0);
@@ -52,12 +54,12 @@ Weights weightsFor(int count, double extent, int targetCount)
         const int first = std::clamp(int(std::floor(centre - lobes * width)), 0, count - result.taps);
         double sum = 0;
         for (int tap = 0; tap < result.taps; ++tap)
-            sum += exact[size_t(tap)] = correctedKernel((first + tap + 0.5 - centre) / width, 1 / width);
+            sum += exact[size_t(tap)] = weight((first + tap + 0.5 - centre) / width);
         // What rounding leaves over goes to the largest weight, so that an even area stays as it is.
         int left = 1 << weightBits;
-        for (double &weight : exact) {
-            weight = std::round(weight / sum * (1 << weightBits));
-            left -= int(weight);
+        for (double &each : exact) {
+            each = std::round(each / sum * (1 << weightBits));
+            left -= int(each);
         }
         *std::max_element(exact.begin(), exact.end()) += left;
         result.first.push_back(first);

@@ -48,6 +48,14 @@ TEST(PlaneResampler, LeavesAnEvenAreaEvenAtEverySize)
     }
 }
 
+TEST(PlaneResampler, KeepsEverySampleOfAPictureThatKeepsItsSize)
+{
+    Plane source(37, 23);
+    for (size_t i = 0; i < source.bytes.size(); ++i)
+        source.bytes[i] = uchar(i * i * 31 % 251);
+    EXPECT_EQ(resampled(source, QSizeF(37, 23), QSize(37, 23)).bytes, source.bytes);
+}
+
 TEST(PlaneResampler, TakesNothingFromBehindTheExtent)
 {
     // What fills the source up is far behind the picture, so that no kernel of a sample in it reaches there.
