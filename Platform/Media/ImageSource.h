@@ -47,8 +47,8 @@ public:
 
     /// The picture (the first, where the file holds several) as a JPEG: upright, in sRGB, on white where it is
     /// transparent, without any metadata, its longer side at most so many pixels and never more than it has itself.
-    /// Costs, for JPEG files, some tenths of a millisecond with a stored thumbnail, else about one for each
-    /// megapixel; memory for a part of the picture. Other formats take memory for the file and the decoded picture.
+    /// Costs, for JPEG files, some tenths of a millisecond with a stored thumbnail, else about one millisecond for each
+    /// megapixel, and memory for a part of the picture. Other formats take memory for the file and the decoded picture.
     /// Errors, with the path, and the offset where a place is to blame: `Malformed`, `TooLarge`, `UnknownFormat` where
     /// the decoder for a format is not installed.
     Result<QByteArray> jpegThumbnail(int maximumPixelSize) const;

@@ -194,6 +194,14 @@ Result<Prepared> prepared(QByteArray bytes, ImageFormat format)
     return result;
 }
 
+// A few bytes may promise pixels up to the limit, most of which were never drawn, and each of which takes its time. The
+// densest packing of a picture that is worth a thumbnail is that of PNG, which has at most 8,256 pixels in a byte.
+bool isOutOfProportion(const QSize &size, qint64 fileSize)
+{
+    constexpr qint64 harmlessPixels = 16 * 1024 * 1024, maximumPixelsPerByte = 20'000;
+    return pixelsOf(size) > harmlessPixels && pixelsOf(size) / maximumPixelsPerByte > fileSize;
+}
+
 Result<QImage> decoded(QByteArray bytes, ImageFormat format, int maximumPixelSize)
 {
     QuietBuffer buffer(&bytes);
@@ -204,6 +212,8 @@ Result<QImage> decoded(QByteArray bytes, ImageFormat format, int maximumPixelSiz
     const QSize size = reader.size();
     if (size.isValid() && !size.isEmpty() && !isWithinLimits(reader, 0, maximumDecodedPixels))
         return tooManyPixels(size);
+    if (format != ImageFormat::Svg && isOutOfProportion(size, bytes.size()))
+        return Error{ErrorCode::Malformed, QStringLiteral("the file is too small for so many pixels"), -1, {}};
     if (format == ImageFormat::Svg && size.isValid())
         reader.setScaledSize(thumbnailSize(size, maximumPixelSize));
     const QImage image = reader.read();

@@ -299,6 +299,9 @@ TEST(ImageSourceTest, HeadersThatPromiseTooMuchAreRefusedBeforeMemoryIsTaken)
     QByteArray gif = QByteArray::fromHex("474946383961ffffffff800000ff0000ffffff2c0000000002000200000202845100"
                                          "3b");
     expectPictureOrReason(thumbnail(gif), "gif");
+    gif.replace(6, 4, number(0x2710, 2, ByteOrder::Little).repeated(2)); // 100 megapixels in some dozens of bytes
+    EXPECT_EQ(failureOf(gif), QStringLiteral("the file is too small for so many pixels"));
+    gif.replace(6, 4, QByteArray(4, '\xFF'));
     gif.replace(23, 4, QByteArray(4, '\xFF')); // the frame, too
     expectPictureOrReason(thumbnail(gif), "gif");
     if (isWritten("ico")) {
