@@ -97,7 +97,7 @@ std::shared_ptr<Image> Image::contentsOfFile(const QString &path)
     for (int index = 0; index < pages; ++index) {
         if (index > 0 && !reader.jumpToNextImage())
             break;
-        if (!isWithinLimits(reader, pixels, maximumPixels))
+        if (!isWithinLimits(decodedSize(reader, bytes), reader.imageFormat(), pixels, maximumPixels))
             break;
         const Page page = readPage(reader);
         if (page.bitmap.isNull())

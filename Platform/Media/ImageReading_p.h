@@ -25,10 +25,16 @@ inline qint64 pixelsOf(const QSize &size)
     return qint64(size.width()) * size.height();
 }
 
-/// Whether the page that the reader stands at may be decoded, judged by its header: it has pixels, at most so many
-/// together with those before it, and the decoder's own limit, beyond which it would write a warning to the log, is
-/// kept. True where no header tells a size; then the decoder's own limit holds.
-bool isWithinLimits(const QImageReader &reader, qint64 pixelsBefore, qint64 maximumPixels);
+/// How large the page is that the reader stands at, by its header; of GIF pictures, whose decoder tells of the frame
+/// but takes memory for more, frame and canvas together. Invalid where no header tells.
+/// @param bytes of the file
+QSize decodedSize(const QImageReader &reader, QByteArrayView bytes);
+
+/// Whether a page of that size may be decoded: it has pixels, at most so many together with those before it, and the
+/// decoder's own limit, beyond which it would write a warning to the log, is kept. True for an invalid size; then the
+/// decoder's own limit holds.
+/// @param format of the pixels
+bool isWithinLimits(const QSize &size, QImage::Format format, qint64 pixelsBefore, qint64 maximumPixels);
 
 /// The picture turned as a decoder says that it has to be.
 QImage upright(const QImage &image, QImageIOHandler::Transformations transformation);

@@ -32,7 +32,8 @@ class ImageSource
 {
 public:
     /// Pictures of more pixels than this are refused by their header, before memory is taken for them. Formats that can
-    /// only be decoded whole, which is all but JPEG, have a limit of 128 megapixels (2^27) and 512 MB.
+    /// only be decoded whole, which is all but JPEG, have a limit of 128 megapixels (2^27), 512 MB and 65,535
+    /// pixels a side.
     static constexpr qint64 maximumPixels = 400 * 1000 * 1000;
 
     ImageSource(ImageSource &&other) noexcept;

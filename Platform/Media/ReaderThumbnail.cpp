@@ -202,6 +202,14 @@ bool isOutOfProportion(const QSize &size, qint64 fileSize)
     return pixelsOf(size) > harmlessPixels && pixelsOf(size) / maximumPixelsPerByte > fileSize;
 }
 
+// Sides beyond the limit that JPEG has, too, would take long to reduce.
+bool isPermitted(const QSize &size, QImage::Format format)
+{
+    constexpr int maximumSide = 65'535;
+    return std::max(size.width(), size.height()) <= maximumSide
+        && isWithinLimits(size, format, 0, maximumDecodedPixels);
+}
+
 Result<QImage> decoded(QByteArray bytes, ImageFormat format, int maximumPixelSize)
 {
     QuietBuffer buffer(&bytes);
@@ -209,8 +217,8 @@ Result<QImage> decoded(QByteArray bytes, ImageFormat format, int maximumPixelSiz
     QImageReader reader(&buffer, formatNameOf(format));
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(false);
-    const QSize size = reader.size();
-    if (size.isValid() && !size.isEmpty() && !isWithinLimits(reader, 0, maximumDecodedPixels))
+    const QSize size = decodedSize(reader, bytes);
+    if (size.isValid() && !size.isEmpty() && !isPermitted(size, reader.imageFormat()))
         return tooManyPixels(size);
     if (format != ImageFormat::Svg && isOutOfProportion(size, bytes.size()))
         return Error{ErrorCode::Malformed, QStringLiteral("the file is too small for so many pixels"), -1, {}};
