@@ -341,8 +341,8 @@ TEST_F(IPhotoAlbumReader, PassesOverWhatIsOfTheWrongType)
     const auto reader = readerOf(database(
         QVariantMap{{QStringLiteral("12"), photo(QStringLiteral("twelve"))},
                     {QStringLiteral("s"), QStringLiteral("no dictionary")}},
-        QVariantList{QStringLiteral("x"), QVariantMap(),
-                     QVariantMap{{QStringLiteral("AlbumName"), 7}, {QStringLiteral("KeyList"), QVariantList{12}}},
+        QVariantList{QVariantMap{{QStringLiteral("AlbumName"), 7}, {QStringLiteral("KeyList"), QVariantList{12}}},
+                     QStringLiteral("x"), QVariantMap(),
                      QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("no keys")}},
                      QVariantMap{{QStringLiteral("AlbumName"), QStringLiteral("text")},
                                  {QStringLiteral("KeyList"), QStringLiteral("12")}},

@@ -443,6 +443,16 @@ TEST_F(NotificationCenterTest, MayBeDestroyedDuringADelivery)
     EXPECT_TRUE(calls.isEmpty());
 }
 
+TEST_F(NotificationCenterTest, MayBeDestroyedDuringADeliveryThatNothingElseRefersTo)
+{
+    // Without an observation, which would keep some of the centre's memory.
+    QObject observer;
+    center.addObserver(&observer, [&](const Notification &) { ownCenter.reset(); });
+    center.addObserver(&observer, noting(QStringLiteral("second")));
+    center.postNotification(didChange);
+    EXPECT_TRUE(calls.isEmpty());
+}
+
 // Threads
 
 TEST_F(NotificationCenterTest, CallsObserversOnThePostingThread)

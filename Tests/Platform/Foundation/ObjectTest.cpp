@@ -109,6 +109,8 @@ TEST(Object, ComparesTextsAndArraysByValue)
     EXPECT_EQ(one.hash(), same.hash());
     EXPECT_FALSE(one.isEqual(shorter));
     EXPECT_FALSE(shorter.isEqual(turned));
+    EXPECT_NE(shorter.hash(), turned.hash());
+    EXPECT_NE(Array({text("a")}).hash(), Array({text("b")}).hash());
     EXPECT_FALSE(shorter.isEqual(*text("a")));
 }
 
