@@ -292,7 +292,7 @@ QVariantList ZRImageCache::addEntries(const QString &folderPath, Session &sessio
     for (const QByteArray &bytes : session.names) {
         const QString name = QString::fromUtf8(bytes);
         if (name.toUtf8() != bytes)
-            session.refuse({ErrorCode::UnsupportedEncoding, ZRLocalizedString("its name is not UTF-8"), -1,
+            session.refuse({ErrorCode::UnsupportedEncoding, QStringLiteral("its name is not UTF-8"), -1,
                             joined(folderPath, name)});
         else if (!shouldSkipFilename(name))
             names.append(name);
@@ -364,7 +364,7 @@ bool ZRImageCache::scaleAndSaveAsJPEG(const QString &imagePath, const QString &t
     if (!*thumbnail)
         error = thumbnail->error();
     else if (!replaceFile(thumbPath, thumbnail->value()))
-        error = Error{ErrorCode::NotWritable, ZRLocalizedString("its thumbnail cannot be written"), -1, imagePath};
+        error = Error{ErrorCode::NotWritable, QStringLiteral("its thumbnail cannot be written"), -1, imagePath};
     if (error && session)
         session->refuse(*std::move(error));
     return !error;

@@ -125,7 +125,7 @@ bool isPortableAnyMap(QByteArrayView begin)
     return place < begin.size() && begin[place] >= '0' && begin[place] <= '9';
 }
 
-/// The header of Truevision's TGA file format specification, version 2.0.
+/// The header as Truevision describes it (TGA File Format 2.0).
 bool isTarga(QByteArrayView begin, qint64 fileSize)
 {
     constexpr qint64 headerSize = 18;

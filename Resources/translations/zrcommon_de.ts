@@ -189,6 +189,10 @@
         <translation>die Datei ist größer als 4 GiB</translation>
     </message>
     <message>
+        <source>Could not create the image cache folder at '%1'</source>
+        <translation>Der Ordner für die Miniaturbilder konnte in „%1“ nicht angelegt werden</translation>
+    </message>
+    <message>
         <source>not enough memory for the file</source>
         <translation>der Speicher reicht für die Datei nicht</translation>
     </message>
