@@ -10,14 +10,17 @@
 
 /// What a call of the program asks for.
 struct Arguments {
-    enum class Command { Plist, Playlists, Songs, Albums, Photos };
+    enum class Command { Plist, Playlists, Songs, Albums, Photos, Folder, Sheet };
 
     Command command = Command::Plist;
     QString file;
     QString collection; ///< The playlist or album.
+    QString output; ///< The file to be written.
     QString search; ///< Everything when empty.
     std::optional<iTunesSortingForZR::Column> sortColumn;
     bool isDescending = false;
+    std::optional<int> width; ///< Of what is written, in pixels.
+    bool isVerbose = false;
     bool showsTimings = false;
 };
 

@@ -19,3 +19,5 @@ Failure runPlaylists(const Arguments &arguments, Output &output, Timings &timing
 Failure runSongs(const Arguments &arguments, Output &output, Timings &timings);
 Failure runAlbums(const Arguments &arguments, Output &output, Timings &timings);
 Failure runPhotos(const Arguments &arguments, Output &output, Timings &timings);
+Failure runFolder(const Arguments &arguments, Output &output, Timings &timings);
+Failure runSheet(const Arguments &arguments, Output &output, Timings &timings);

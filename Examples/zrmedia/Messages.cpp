@@ -1,8 +1,9 @@
 #include "Messages.h"
 
+#include "StandardDescriptors.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
-#include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -21,6 +22,13 @@ QString localizedReason(const QString &reason)
         {QLatin1String("it holds neither playlists nor tracks"),
          ZRLocalizedString("it holds neither playlists nor tracks")},
         {QLatin1String("it holds neither albums nor photos"), ZRLocalizedString("it holds neither albums nor photos")},
+        {QLatin1String("the file is empty"), ZRLocalizedString("the file is empty")},
+        {QLatin1String("it begins like no picture"), ZRLocalizedString("it begins like no picture")},
+        {QLatin1String("the file is too large"), ZRLocalizedString("the file is too large")},
+        {QLatin1String("there is not enough memory to read it"),
+         ZRLocalizedString("there is not enough memory to read it")},
+        {QLatin1String("its name is not UTF-8"), ZRLocalizedString("its name is not UTF-8")},
+        {QLatin1String("its thumbnail cannot be written"), ZRLocalizedString("its thumbnail cannot be written")},
     };
     for (const auto &[english, localized] : reasons) {
         if (reason == english)
@@ -33,7 +41,7 @@ QString localizedReason(const QString &reason)
 
 void say(const QString &message)
 {
-    std::fputs(QByteArray("zrmedia: " + withVisibleControls(message).toUtf8() + '\n').constData(), stderr);
+    writeToStandardError(QByteArray("zrmedia: " + withVisibleControls(message).toUtf8() + '\n'));
 }
 
 QString withVisibleControls(const QString &text)

@@ -1,14 +1,11 @@
 #include "Commands.h"
-#include "JsonWriter.h"
 #include "Messages.h"
 #include "Output.h"
-#include "Progress.h"
 #include "Support.h"
 
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/iPhotoAlbumReader.h"
-#include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
 #include <QDir>
@@ -59,38 +56,6 @@ ThumbnailList matchingPhotos(iPhotoAlbumReader &reader, const Arguments &argumen
         return platform::TextFolding::folded(QStringView(photo->title())).contains(sought);
     });
     return found;
-}
-
-void writeDate(const QDateTime &date, JsonWriter &json)
-{
-    if (date.isValid())
-        json.string(date.toUTC().toString(Qt::ISODate));
-    else
-        json.null();
-}
-
-void writePhotos(const ThumbnailList &photos, Output &output)
-{
-    Progress progress(ZRLocalizedString("Writing"), ZRLocalizedString("photos"), photos.size());
-    progress.hideBesideOutput();
-    JsonWriter json(output, 1);
-    json.beginArray();
-    qint64 done = 0;
-    for (const auto &photo : photos) {
-        if (output.hasFailed())
-            break;
-        json.beginObject();
-        json.key("title");
-        json.string(photo->title());
-        json.key("imagePath");
-        json.string(photo->imagePath());
-        json.key("creationDate");
-        writeDate(photo->creationDate(), json);
-        json.endObject();
-        progress.setDone(++done);
-    }
-    json.endArray();
-    json.finish();
 }
 
 } // namespace

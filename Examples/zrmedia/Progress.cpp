@@ -5,13 +5,6 @@
 #include <QLocale>
 
 #include <cmath>
-#include <cstdio>
-
-#ifdef Q_OS_WIN
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -21,29 +14,10 @@ constexpr qint64 intervalMilliseconds = 100;
 void writeLine(const QByteArray &text)
 {
     // Back to the start of the line, and clear it.
-    std::fputs(QByteArray("\r\033[K" + text).constData(), stderr);
-    std::fflush(stderr);
+    writeToStandardError(QByteArray("\r\033[K" + text));
 }
 
 } // namespace
-
-bool standardErrorIsTerminal()
-{
-#ifdef Q_OS_WIN
-    return _isatty(_fileno(stderr));
-#else
-    return isatty(STDERR_FILENO);
-#endif
-}
-
-bool standardOutputIsTerminal()
-{
-#ifdef Q_OS_WIN
-    return _isatty(_fileno(stdout));
-#else
-    return isatty(STDOUT_FILENO);
-#endif
-}
 
 Progress::Progress(const QString &task, const QString &unit, qint64 total, qint64 perUnit)
     : m_task(task)
@@ -77,12 +51,7 @@ QString Progress::text(const QString &task, const QString &unit, qint64 done, qi
 
 void Progress::wipeFromSignalHandler()
 {
-    constexpr char wipe[] = "\r\033[K";
-#ifdef Q_OS_WIN
-    [[maybe_unused]] const auto written = _write(_fileno(stderr), wipe, sizeof wipe - 1);
-#else
-    [[maybe_unused]] const auto written = write(STDERR_FILENO, wipe, sizeof wipe - 1);
-#endif
+    writeToStandardError("\r\033[K");
 }
 
 void Progress::look(qint64 done)

@@ -1,12 +1,9 @@
 #pragma once
 
+#include "StandardDescriptors.h"
+
 #include <QElapsedTimer>
 #include <QString>
-
-/// Whether somebody looks at standard error.
-bool standardErrorIsTerminal();
-/// Whether somebody looks at standard output.
-bool standardOutputIsTerminal();
 
 /// A line on the terminal that tells how far a long task has come: how many of how many, how many per second, how long
 /// it will take. It appears after a moment, so that short tasks show nothing, is written over ten times a second, and

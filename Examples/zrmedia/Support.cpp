@@ -15,6 +15,18 @@
 #include <exception>
 #include <new>
 
+namespace {
+
+void writeDate(const QDateTime &date, JsonWriter &json)
+{
+    if (date.isValid())
+        json.string(date.toUTC().toString(Qt::ISODate));
+    else
+        json.null();
+}
+
+} // namespace
+
 Failure withoutExceptions(const Arguments &arguments, const std::function<Failure()> &command)
 {
     try {
@@ -30,7 +42,8 @@ Failure undecodableFile(const Arguments &arguments, const QList<QByteArray> &raw
 {
 #ifdef Q_OS_UNIX
     for (const QByteArray &word : rawWords) {
-        if (QByteArrayView(word).isValidUtf8() || QString::fromLocal8Bit(word) != arguments.file)
+        if (QByteArrayView(word).isValidUtf8()
+            || (QString::fromLocal8Bit(word) != arguments.file && QString::fromLocal8Bit(word) != arguments.output))
             continue;
         QString name;
         for (const char c : word)
@@ -91,6 +104,30 @@ void writeNames(const QStringList &names, Output &output)
     json.beginArray();
     for (const QString &name : names)
         json.string(name);
+    json.endArray();
+    json.finish();
+}
+
+void writePhotos(const QList<std::shared_ptr<ZRImageThumbnail>> &photos, Output &output)
+{
+    Progress progress(ZRLocalizedString("Writing"), ZRLocalizedString("photos"), photos.size());
+    progress.hideBesideOutput();
+    JsonWriter json(output, 1);
+    json.beginArray();
+    qint64 done = 0;
+    for (const auto &photo : photos) {
+        if (output.hasFailed())
+            break;
+        json.beginObject();
+        json.key("title");
+        json.string(photo->title());
+        json.key("imagePath");
+        json.string(photo->imagePath());
+        json.key("creationDate");
+        writeDate(photo->creationDate(), json);
+        json.endObject();
+        progress.setDone(++done);
+    }
     json.endArray();
     json.finish();
 }

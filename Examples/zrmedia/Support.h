@@ -3,12 +3,14 @@
 #include "Commands.h"
 
 #include "Platform/Foundation/NotificationCenter.h"
+#include "ZRCommon/ZRImageThumbnail.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 
 /// What the commands share.
 
@@ -16,7 +18,7 @@
 Failure withoutExceptions(const Arguments &arguments, const std::function<Failure()> &command);
 
 /// The failure of a file whose name, as the system hands it over, is not UTF-8, in which names of files are kept from
-/// there on.
+/// there on. Holds for all files that are named in the call.
 /// @param rawWords the words behind the program's name
 Failure undecodableFile(const Arguments &arguments, const QList<QByteArray> &rawWords);
 
@@ -35,3 +37,6 @@ QString unknownName(const Arguments &arguments, const QString &text, const QStri
 
 /// Writes the names as an array, one to a line.
 void writeNames(const QStringList &names, Output &output);
+
+/// Writes the photos as an array of objects, one to a line.
+void writePhotos(const QList<std::shared_ptr<ZRImageThumbnail>> &photos, Output &output);

@@ -8,7 +8,7 @@ class Output;
 
 /// How long the parts of a call took, in seconds; nothing for those that did not happen.
 struct Timings {
-    std::optional<double> reading; ///< Bringing the file's bytes in.
+    std::optional<double> reading; ///< Bringing the file's bytes in, or a folder's thumbnails up to date.
     std::optional<double> parsing; ///< From there to the parsed library.
     std::optional<double> listing; ///< Collecting the names, songs or photos, or for `plist` writing them.
     std::optional<double> searching;

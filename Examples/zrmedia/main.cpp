@@ -3,6 +3,7 @@
 
 #include "Arguments.h"
 #include "Commands.h"
+#include "Interruption.h"
 #include "Messages.h"
 #include "Output.h"
 #include "Progress.h"
@@ -10,12 +11,15 @@
 #include "Support.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
-#include <QCoreApplication>
+#include <QFile>
+#include <QGuiApplication>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <variant>
 
 namespace {
@@ -31,6 +35,8 @@ volatile std::sig_atomic_t wipesLine = 0;
 // signal handler is.
 extern "C" void endBySignal(int signal)
 {
+    if (signal == SIGINT && Interruption::takeInSignalHandler())
+        return;
     if (wipesLine)
         Progress::wipeFromSignalHandler();
     std::_Exit(endedBySignal + signal);
@@ -49,6 +55,10 @@ Failure run(const Arguments &arguments, Output &output, Timings &timings)
         return runAlbums(arguments, output, timings);
     case Arguments::Command::Photos:
         return runPhotos(arguments, output, timings);
+    case Arguments::Command::Folder:
+        return runFolder(arguments, output, timings);
+    case Arguments::Command::Sheet:
+        return runSheet(arguments, output, timings);
     }
     Q_UNREACHABLE();
 }
@@ -68,7 +78,9 @@ int run(const Arguments &arguments)
     const Failure failure = withoutExceptions(arguments, [&] { return run(arguments, output, timings); });
     if (failure)
         say(*failure);
-    const int status = failure ? inputNotUsable : finish(output);
+    const int status = !failure       ? finish(output)
+        : Interruption::hasHappened() ? endedBySignal + SIGINT
+                                      : inputNotUsable;
     if (arguments.showsTimings) {
         Output errors(stderr);
         timings.write(errors);
@@ -77,13 +89,27 @@ int run(const Arguments &arguments)
     return status;
 }
 
+/// Writing on a picture takes fonts, which come with an application for windows; none is ever shown.
+std::unique_ptr<QCoreApplication> newApplication(int &argc, char **argv)
+{
+    const auto isSheet = [](const char *word) { return qstrcmp(word, "sheet") == 0; };
+    if (std::none_of(argv, argv + argc, isSheet))
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Where nobody is logged in there is none, of which Qt would complain.
+    static const QTemporaryDir scratch;
+    if (!qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(scratch.path()));
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     reserveStandardDescriptors();
     const QList<QByteArray> rawWords(argv + 1, argv + std::max(argc, 1));
-    QCoreApplication application(argc, argv);
+    const auto application = newApplication(argc, argv);
     wipesLine = standardErrorIsTerminal();
     std::signal(SIGINT, endBySignal);
 #ifdef SIGPIPE

@@ -212,5 +212,105 @@
         <source>it holds neither albums nor photos</source>
         <translation>darin sind weder Alben noch Fotos</translation>
     </message>
+    <message>
+        <source>folder     the photos of a folder, once their thumbnails are made and kept in it</source>
+        <translation>folder     die Fotos eines Ordners, nachdem ihre Miniaturbilder in ihm angelegt sind</translation>
+    </message>
+    <message>
+        <source>sheet      a picture of a folder's thumbnails with their titles, as a PNG file</source>
+        <translation>sheet      ein Bild der Miniaturbilder eines Ordners mit ihren Titeln, als PNG-Datei</translation>
+    </message>
+    <message>
+        <source>--width PX     the width of the sheet in pixels</source>
+        <translation>--width PX     die Breite des Bogens in Pixeln</translation>
+    </message>
+    <message>
+        <source>--verbose      every file of the folder that no thumbnail was made of, and why</source>
+        <translation>--verbose      jede Datei des Ordners, die kein Miniaturbild bekam, und warum</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no width from %2 to %3</source>
+        <translation>„%1“ ist keine Breite von %2 bis %3</translation>
+    </message>
+    <message>
+        <source>Making thumbnails</source>
+        <translation>Miniaturbilder</translation>
+    </message>
+    <message>
+        <source>Drawing</source>
+        <translation>Zeichnen</translation>
+    </message>
+    <message>
+        <source>thumbnails: %1 made, %2 kept, %3 dropped, %4 refused</source>
+        <translation>Miniaturbilder: %1 neu, %2 behalten, %3 entfernt, %4 abgelehnt</translation>
+    </message>
+    <message>
+        <source>interrupted; the thumbnails made so far are kept</source>
+        <translation>abgebrochen; die Miniaturbilder, die schon fertig sind, bleiben</translation>
+    </message>
+    <message>
+        <source>interrupted; no sheet was written</source>
+        <translation>abgebrochen; es wurde kein Bogen geschrieben</translation>
+    </message>
+    <message>
+        <source>the index of its thumbnails is damaged; delete the folder &quot;%1&quot; in it</source>
+        <translation>das Verzeichnis der Miniaturbilder ist beschädigt; löschen Sie den Ordner „%1“ darin</translation>
+    </message>
+    <message>
+        <source>the index of its thumbnails cannot be written</source>
+        <translation>das Verzeichnis der Miniaturbilder lässt sich nicht schreiben</translation>
+    </message>
+    <message>
+        <source>there is no such folder</source>
+        <translation>diesen Ordner gibt es nicht</translation>
+    </message>
+    <message>
+        <source>it is not a folder</source>
+        <translation>das ist kein Ordner</translation>
+    </message>
+    <message>
+        <source>the folder cannot be opened for reading</source>
+        <translation>der Ordner lässt sich nicht zum Lesen öffnen</translation>
+    </message>
+    <message>
+        <source>the folder holds no photos</source>
+        <translation>der Ordner enthält keine Fotos</translation>
+    </message>
+    <message>
+        <source>the folder holds more photos than fit on a sheet of this width</source>
+        <translation>der Ordner enthält mehr Fotos, als auf einen Bogen dieser Breite passen</translation>
+    </message>
+    <message>
+        <source>1 photo</source>
+        <translation>1 Foto</translation>
+    </message>
+    <message>
+        <source>%1 photos</source>
+        <translation>%1 Fotos</translation>
+    </message>
+    <message>
+        <source>the file is empty</source>
+        <translation>die Datei ist leer</translation>
+    </message>
+    <message>
+        <source>it begins like no picture</source>
+        <translation>sie beginnt wie kein Bild</translation>
+    </message>
+    <message>
+        <source>the file is too large</source>
+        <translation>die Datei ist zu groß</translation>
+    </message>
+    <message>
+        <source>there is not enough memory to read it</source>
+        <translation>der Speicher reicht nicht, sie zu lesen</translation>
+    </message>
+    <message>
+        <source>its name is not UTF-8</source>
+        <translation>ihr Name ist nicht UTF-8</translation>
+    </message>
+    <message>
+        <source>its thumbnail cannot be written</source>
+        <translation>ihr Miniaturbild lässt sich nicht schreiben</translation>
+    </message>
 </context>
 </TS>

@@ -57,7 +57,9 @@ TEST_F(GermanMessages, WhatConcernsAWholeFileIsInGerman)
          {"there is no such file", "it is not a regular file", "the file cannot be opened for reading",
           "the file cannot be read to its end", "the file is larger than 4 GiB", "not enough memory for the file",
           "this is no property list", "the property list is no dictionary", "it holds neither playlists nor tracks",
-          "it holds neither albums nor photos"}) {
+          "it holds neither albums nor photos", "the file is empty", "it begins like no picture",
+          "the file is too large", "there is not enough memory to read it", "its name is not UTF-8",
+          "its thumbnail cannot be written"}) {
         const QString text = described({platform::ErrorCode::NotReadable, QString::fromLatin1(reason), -1, "f"});
         EXPECT_TRUE(text.startsWith(QLatin1String("f: ")));
         EXPECT_NE(text, QLatin1String("f: ") + QLatin1String(reason));

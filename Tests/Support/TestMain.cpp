@@ -126,7 +126,8 @@ int main(int argc, char **argv)
     qputenv("HOME", homeFolder.path().toUtf8());
     for (const char *variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
         qunsetenv(variable);
-    qputenv("XDG_RUNTIME_DIR", homeFolder.path().toUtf8());
+    const QTemporaryDir runtimeFolder; // which nobody else may enter
+    qputenv("XDG_RUNTIME_DIR", runtimeFolder.path().toUtf8());
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     TestApplication application(argc, argv);

@@ -14,6 +14,12 @@ namespace {
 /// Allocations of at least so many bytes fail, on every thread.
 std::atomic<size_t> failingSize = SIZE_MAX;
 
+/// Ranking the items of the large database allocates more than this at once, reading it does not.
+constexpr size_t rankingSize = 300'000;
+
+/// Cancelled by the next allocation of at least that size.
+std::atomic<ZRWorkUnit *> unitToCancel = nullptr;
+
 } // namespace
 
 // Not inlined, or the compiler takes malloc and free for a pair that does not match.
@@ -22,6 +28,8 @@ std::atomic<size_t> failingSize = SIZE_MAX;
     void *const memory = size < failingSize ? std::malloc(size ? size : 1) : nullptr;
     if (!memory)
         throw std::bad_alloc();
+    if (ZRWorkUnit *const unit = size < rankingSize ? nullptr : unitToCancel.exchange(nullptr))
+        unit->setCancelFlag(true);
     return memory;
 }
 
@@ -259,6 +267,43 @@ TYPED_TEST(MediaReaders, AreEmptyWithAnErrorWhenTheMemoryDoesNotSuffice)
     TypeParam::names(*next);
     ASSERT_TRUE(this->waitForNotification(2));
     EXPECT_EQ(TypeParam::names(*next), QStringList(QStringLiteral("A")));
+}
+
+struct SongRanking : MediaReaders<LibraryReading> {
+    SongRanking() { testSupport::writeFile(m_path, largeDatabase()); }
+};
+
+TEST_F(SongRanking, FollowsTheHandingOverSoThatALibraryComesEvenIfItFails)
+{
+    testSupport::expectWarning(QStringLiteral("std::bad_alloc"));
+    const auto reader = newReader();
+    failingSize = rankingSize;
+    LibraryReading::names(*reader);
+    const bool isTold = waitForNotification(1);
+    testSupport::BlockingUnit::start(server)->release(); // the one worker has ended what it had begun
+    failingSize = SIZE_MAX;
+    ASSERT_TRUE(isTold);
+    EXPECT_FALSE(reader->readError());
+    EXPECT_EQ(reader->playlistNames(), QStringList(QStringLiteral("A")));
+    const auto list = platform::PropertyList::parse(
+        "<array><dict><key>Name</key><string>b</string></dict><dict><key>Name</key><string>A</string></dict></array>");
+    const SongList songs{list.value().at(0), list.value().at(1)};
+    const SongList sorted = reader->songsSorted(songs, iTunesSortingForZR::Column::Song, Qt::AscendingOrder);
+    EXPECT_EQ(sorted, SongList({songs[1], songs[0]}));
+}
+
+TEST_F(SongRanking, StopsBeforeTheNextColumnWhenItIsCancelled)
+{
+    const auto unit = std::make_shared<LibraryReaderWorkUnit>(std::weak_ptr<iTunesLibraryReader>(), m_path);
+    unitToCancel = unit.get();
+    unit->processWithServer(server);
+    EXPECT_EQ(unitToCancel.exchange(nullptr), nullptr);
+    EXPECT_TRUE(unit->dictionary());
+    EXPECT_FALSE(unit->dictionary()->error);
+    EXPECT_FALSE(unit->songRanks());
+    unit->setCancelFlag(false);
+    unit->processWithServer(server);
+    EXPECT_TRUE(unit->songRanks());
 }
 
 } // namespace

@@ -113,6 +113,21 @@ TEST(SongRanks, KnowOnlyTheSongsOfTheirLibrary)
     EXPECT_FALSE(knows(testSupport::songs({song(QStringLiteral("one"))}).first()));
 }
 
+TEST(SongRanks, DoNotKnowWhatStandsBeforeOrBehindTheirSongsHoweverFar)
+{
+    const QVariantList values(500, song(QStringLiteral("other")));
+    const PropertyListValue library = testSupport::propertyList(
+        QVariantMap{{QStringLiteral("A"), values},
+                    {QStringLiteral("Tracks"), QVariantMap{{QStringLiteral("1"), song(QStringLiteral("one"))}}},
+                    {QStringLiteral("Z"), values}});
+    const SongRanks ranks = ranked(library.value(u"Tracks"));
+    for (const QString &key : {QStringLiteral("A"), QStringLiteral("Z")}) {
+        const PropertyListValue array = library.value(key);
+        for (const PropertyListView value : array.elements())
+            ASSERT_FALSE(ranks.order({PropertyListValue(value)}, Column::Song, Qt::AscendingOrder));
+    }
+}
+
 TEST(SongRanks, KnowOnlyTheColumnsThatWereAdded)
 {
     const PropertyListValue table = tracks({song(QStringLiteral("one"), QStringLiteral("x"))});

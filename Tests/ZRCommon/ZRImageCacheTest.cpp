@@ -4,6 +4,7 @@
 #include "Platform/Foundation/PropertyList/PropertyList.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Support/FolderTest.h"
+#include "Support/ImageSamples.h"
 #include "ZRCommon/ZRImageCatalog.h"
 #include "ZRFoundation/ZRWorkUnit.h"
 
@@ -29,11 +30,7 @@ QByteArray picture(int width, int height, const char *format = "jpg")
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(QColor(120, 60, 200));
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    EXPECT_TRUE(image.save(&buffer, format));
-    return bytes;
+    return testSupport::encoded(image, format);
 }
 
 QByteArray photoName(int number)

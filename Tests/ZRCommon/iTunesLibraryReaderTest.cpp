@@ -401,6 +401,10 @@ TEST_F(ITunesLibraryReader, SearchesTheListItIsGiven)
     EXPECT_EQ(names(reader->songsMatchingString(changed, QStringLiteral("beat"))), QStringLiteral("Beat It Help!"));
     EXPECT_EQ(names(reader->songsMatchingString(songs, QStringLiteral("beat"))),
               QStringLiteral("Beat It Help! Beat It"));
+    SongList reordered = songs;
+    reordered.swapItemsAt(1, 2);
+    EXPECT_EQ(names(reader->songsMatchingString(reordered, QStringLiteral("beat"))),
+              QStringLiteral("Help! Beat It Beat It"));
 }
 
 TEST_F(ITunesLibraryReader, SortsTheListItIsGivenWhetherItsOrderIsKnownOrNot)

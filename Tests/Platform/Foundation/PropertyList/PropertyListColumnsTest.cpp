@@ -84,6 +84,72 @@ TEST(PropertyListColumns, TakesDictionariesOfSeveralDocumentsAndThingsThatAreNon
     expectSameAsLookups({});
 }
 
+TEST(PropertyListColumns, KeepsNothingOfTheDocumentBefore)
+{
+    // The numbers that "Name" and "Artist" have in the one belong to other keys in the other.
+    const PropertyListValue one =
+        parsed("<dict><key>Name</key><string>1</string><key>Artist</key><string>2</string></dict>");
+    const PropertyListValue two = parsed("<dict><key>x</key><string>3</string><key>y</key><string>4</string></dict>");
+    const PropertyListValue three = parsed("<dict><key>Artist</key><string>5</string><key>Name</key><string>6</string>"
+                                           "<key>x</key><string>7</string></dict>");
+    expectSameAsLookups({one, two, one, three, two, three});
+}
+
+TEST(PropertyListColumns, StaysWithinItsDictionary)
+{
+    // Of all lengths around that of a step of eight, followed by what stands under the same keys in the outer one.
+    QList<PropertyListValue> dictionaries;
+    for (int entries = 0; entries < 20; ++entries) {
+        QByteArray inner;
+        for (int i = 0; i < entries; ++i)
+            inner += "<key>k" + QByteArray::number(i) + "</key><true/>";
+        const PropertyListValue outer = parsed(
+            "<dict><key>inner</key><dict>" + inner + "</dict>"
+            + QByteArray("<key>Name</key><string>outer</string><key>Artist</key><string>outer</string>").repeated(5)
+            + "</dict>");
+        dictionaries += {outer.value(u"inner"), outer};
+    }
+    expectSameAsLookups(dictionaries);
+}
+
+TEST(PropertyListColumns, FindsKeysBehindManyOthersWithRoomInTheTableOfTheDocumentAndWithout)
+{
+    for (const int count : {300, 5000}) {
+        QByteArray others;
+        for (int i = 0; i < count; ++i)
+            others += "<key>k" + QByteArray::number(i) + "</key><true/>";
+        const PropertyListValue list =
+            parsed("<array><dict>" + others
+                   + "</dict><dict><key>Name</key><string>1</string><key>tags</key><dict>"
+                     "<key>Artist</key><string>inner</string></dict><key>k0</key><true/></dict><dict>"
+                   + QByteArray("<key>k1</key><true/>").repeated(12) + "<key>Artist</key><string>2</string>"
+                   + QByteArray("<key>k2</key><true/>").repeated(12)
+                   + "</dict><dict><key>k2</key><array><true/></array></dict></array>");
+        const auto dictionaries = elementsOf(list);
+        expectSameAsLookups(dictionaries);
+        EXPECT_EQ(PropertyListColumns(keys).values(dictionaries[1])[0].toString(), u"1");
+    }
+}
+
+TEST(PropertyListColumns, TakesLongTextsAndContainersAtAnyPlaceAmongShortOnes)
+{
+    // A length that would, taken for a row, be one of a short text under the first key.
+    const QByteArray longText = "<string>" + QByteArray(0x1'0002, 'x') + "</string>";
+    QByteArray xml("<array>");
+    for (const QByteArray &odd : {longText, QByteArray("<dict><key>Name</key><true/></dict>"),
+                                  QByteArray("<array><string>Name</string></array>"), QByteArray("<dict/>")}) {
+        for (int place = 0; place < 18; ++place) {
+            xml += "<dict>";
+            for (int i = 0; i < 18; ++i) {
+                const QByteArray key = i % 3 == 0 ? "Name" : i % 3 == 1 ? "Artist" : "other";
+                xml += "<key>" + key + "</key>" + (i == place ? odd : QByteArray("<string>short</string>"));
+            }
+            xml += "</dict>";
+        }
+    }
+    expectSameAsLookups(elementsOf(parsed(xml + "</array>")));
+}
+
 TEST(PropertyListValue, SelectsByPositionAcrossDocumentsAndCountsTheHandles)
 {
     QList<PropertyListValue> selected;
