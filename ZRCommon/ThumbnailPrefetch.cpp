@@ -41,6 +41,9 @@ ThumbnailPrefetch::ThumbnailPrefetch(const QStringList &imagePaths, int maximumP
     , m_maximumPixelSize(maximumPixelSize)
     , m_thumbnails(size_t(imagePaths.size()))
 {
+    m_places.reserve(m_paths.size());
+    for (qsizetype place = 0; place < m_paths.size(); ++place)
+        m_places.insert(m_paths[place], size_t(place));
     // A picture alone is made by the one who asks for it.
     const int count = std::min({workers, maximumWorkers, int(m_paths.size()) - 1});
     try {
@@ -60,10 +63,8 @@ ThumbnailPrefetch::~ThumbnailPrefetch()
 
 std::optional<size_t> ThumbnailPrefetch::placeOf(const QString &imagePath) const
 {
-    const auto found = std::find(m_paths.cbegin() + qsizetype(m_first), m_paths.cend(), imagePath);
-    if (found == m_paths.cend())
-        return std::nullopt;
-    return size_t(found - m_paths.cbegin());
+    const auto found = m_places.constFind(imagePath);
+    return found != m_places.cend() && *found >= m_first ? std::optional(*found) : std::nullopt;
 }
 
 std::optional<size_t> ThumbnailPrefetch::nextToMake() const

@@ -8,6 +8,7 @@
 #include "Platform/Foundation/Result.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QStringList>
 
 #include <condition_variable>
@@ -23,7 +24,7 @@
 class ThumbnailPrefetch
 {
 public:
-    /// @param imagePaths the pictures
+    /// @param imagePaths the pictures, each of them once
     /// @param maximumPixelSize of the longer side
     /// @param workers threads beside the asking one; by default one for each further processor
     ThumbnailPrefetch(const QStringList &imagePaths, int maximumPixelSize,
@@ -47,6 +48,7 @@ private:
     std::optional<size_t> placeOf(const QString &imagePath) const;
 
     const QStringList m_paths;
+    QHash<QString, size_t> m_places; // of the paths, which are looked up twice for each picture
     const int m_maximumPixelSize;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;

@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -81,8 +82,8 @@ std::optional<QByteArrayView> fileNameOf(const PropertyListView &entry)
     return path ? std::optional(lastComponent(*path)) : std::nullopt;
 }
 
-/// The entries of a folder as the file system gives them, in bytes.
-std::vector<QByteArray> namesIn(const QString &folderPath)
+/// The entries of a folder as the file system gives them, in bytes; nothing when they cannot all be told.
+std::optional<std::vector<QByteArray>> namesIn(const QString &folderPath)
 {
     std::vector<QByteArray> names;
     std::error_code error;
@@ -91,6 +92,8 @@ std::vector<QByteArray> namesIn(const QString &folderPath)
         const std::string name = place->path().filename().string();
         names.emplace_back(name.data(), qsizetype(name.size()));
     }
+    if (error)
+        return std::nullopt;
     return names;
 }
 
@@ -99,36 +102,52 @@ std::vector<QByteArray> namesIn(const QString &folderPath)
 bool replaceFile(const QString &path, const QByteArray &bytes)
 {
     static std::atomic<quint32> number = 0;
-    const QFileInfo target(path);
-    const QString unfinished = joined(target.path(), unfinishedPrefix)
-        + QStringLiteral("%1-%2").arg(QCoreApplication::applicationPid()).arg(++number);
-    QFile file(unfinished);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+    const QString begin =
+        joined(QFileInfo(path).path(), unfinishedPrefix) + QString::number(QCoreApplication::applicationPid()) + u'-';
+    QFile file;
+    do // a program of the same number may have been killed, or run on another computer
+        file.setFileName(begin + QString::number(++number));
+    while (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered) && file.exists());
+    if (!file.isOpen())
         return false;
     const bool isWritten = file.write(bytes) == bytes.size();
     file.close();
     std::error_code error;
     if (isWritten && file.error() == QFileDevice::NoError)
-        fs::rename(QFile::encodeName(unfinished).toStdString(), QFile::encodeName(path).toStdString(), error);
+        fs::rename(QFile::encodeName(file.fileName()).toStdString(), QFile::encodeName(path).toStdString(), error);
     if (!isWritten || file.error() != QFileDevice::NoError || error) {
-        QFile::remove(unfinished);
+        file.remove();
         return false;
     }
     return true;
+}
+
+/// Whether a file of the cache is one that is being written: a thumbnail, or an index, to whose name QSaveFile appends
+/// something. Photos may have such names as well, but then those of their thumbnails tell.
+bool isUnfinished(const QByteArray &name)
+{
+    static const QByteArray thumbnail = unfinishedPrefix.toUtf8(), index = ZRCacheFilename.toUtf8() + '.';
+    return (name.startsWith(thumbnail) || name.startsWith(index)) && !name.contains("_thumb");
 }
 
 void removeWhatKilledOnesLeft(const QString &cacheFolder)
 {
     const auto now = fs::file_time_type::clock::now();
     std::error_code error;
-    for (const QByteArray &name : namesIn(cacheFolder)) {
-        if (!name.startsWith(unfinishedPrefix.toLatin1()))
+    const std::vector<QByteArray> names = namesIn(cacheFolder).value_or(std::vector<QByteArray>());
+    for (const QByteArray &name : names) {
+        if (!isUnfinished(name))
             continue;
         const fs::path path(QFile::encodeName(joined(cacheFolder, QFile::decodeName(name))).toStdString());
         const auto written = fs::last_write_time(path, error);
         if (!error && now - written > unfinishedFor)
             fs::remove(path, error);
     }
+}
+
+Error notListed(const QString &folderPath)
+{
+    return {ErrorCode::NotReadable, QStringLiteral("the folder cannot be listed"), -1, folderPath};
 }
 
 int largerSetting()
@@ -239,7 +258,10 @@ void ZRImageCache::createCacheForCatalogFolder(const ZRImageCatalogFolder &folde
         throw ZRImageCacheCouldNotCreateFolderException(
             ZRLocalizedString("Could not create the image cache folder at '%1'").arg(folder.name()));
 
-    Session session(update, namesIn(folder.folderPath()));
+    auto listing = namesIn(folder.folderPath());
+    Session session(update, std::move(listing).value_or(std::vector<QByteArray>()));
+    if (!listing)
+        session.refuse(notListed(folder.folderPath()));
     QVariantMap index = blankImageDataDict();
     index.insert(imageDataKey, index.value(imageDataKey).toList() + addEntries(folder.folderPath(), session));
     platform::PropertyList::writeXmlFile(indexOf(folder.folderPath()), index);
@@ -254,30 +276,37 @@ void ZRImageCache::updateCacheForCatalogFolder(const ZRImageCatalogFolder &folde
                                QStringLiteral("image_data is expected to be mutable"));
 
     // Names are compared where they stand: mostly nothing has changed.
-    QSet<QByteArrayView> known;
+    QHash<QByteArrayView, PropertyListView> known; // by several entries of a name the last one
     known.reserve(imageData.count());
     for (const PropertyListView entry : imageData.elements()) {
         if (const auto name = fileNameOf(entry))
-            known.insert(*name);
+            known.insert(*name, entry);
     }
-    const std::vector<QByteArray> listing = namesIn(folder.folderPath());
+    const auto listing = namesIn(folder.folderPath());
+    if (!listing) { // which does not say that its files are gone
+        Session session(update, {});
+        session.update.kept += imageData.count();
+        session.refuse(notListed(folder.folderPath()));
+        return;
+    }
     std::vector<QByteArray> unknown;
-    std::copy_if(listing.begin(), listing.end(), std::back_inserter(unknown),
+    std::copy_if(listing->begin(), listing->end(), std::back_inserter(unknown),
                  [&](const QByteArray &name) { return !known.contains(name); });
-    const QSet<QByteArrayView> present(listing.begin(), listing.end());
+    const QSet<QByteArrayView> present(listing->begin(), listing->end());
+    const auto isKept = [&](const PropertyListView &entry) {
+        const auto name = fileNameOf(entry);
+        return !name || present.contains(*name) || !(known.value(*name) == entry);
+    };
 
     Session session(update, std::move(unknown));
-    for (const PropertyListView entry : imageData.elements()) {
-        const auto name = fileNameOf(entry);
-        ++(!name || present.contains(*name) ? session.update.kept : session.update.dropped);
-    }
+    for (const PropertyListView entry : imageData.elements())
+        ++(isKept(entry) ? session.update.kept : session.update.dropped);
     const QVariantList added = addEntries(folder.folderPath(), session);
     if (added.isEmpty() && session.update.dropped == 0)
         return;
     QVariantList entries;
     for (const PropertyListView entry : imageData.elements()) {
-        const auto name = fileNameOf(entry);
-        if (!name || present.contains(*name))
+        if (isKept(entry))
             entries.append(entry.toVariant());
     }
     QVariantMap changed = index.toVariant().toMap();
@@ -294,11 +323,17 @@ QVariantList ZRImageCache::addEntries(const QString &folderPath, Session &sessio
         if (name.toUtf8() != bytes)
             session.refuse({ErrorCode::UnsupportedEncoding, QStringLiteral("its name is not UTF-8"), -1,
                             joined(folderPath, name)});
-        else if (!shouldSkipFilename(name))
+        else if (shouldSkipFilename(name))
+            continue;
+        else if (const QString path = joined(folderPath, name); !platform::PropertyList::writeXml(path)) {
+            // One such path would keep the whole index from being written.
+            session.refuse({ErrorCode::UnsupportedEncoding,
+                            QStringLiteral("its path has a character that the index cannot hold"), -1, path});
+        } else {
             names.append(name);
+            paths.append(path);
+        }
     }
-    for (const QString &name : std::as_const(names))
-        paths.append(joined(folderPath, name));
     session.update.total = names.size();
     session.progress();
     if (names.isEmpty())

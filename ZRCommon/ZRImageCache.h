@@ -85,6 +85,7 @@ struct ZRImageCacheUpdate {
 /// What is in a folder is told by names alone. A picture that was replaced by another of the same name keeps its old
 /// thumbnail, and a folder that was moved keeps the paths of its old place, until the cache folder is deleted by hand.
 /// What a decoder refuses is tried again at every update.
+/// Files whose names are not UTF-8, or hold a character that XML has no room for, get no entry.
 ///
 /// Settings, in the user defaults, read for each thumbnail: "ImageCacheMaxScaleWidth" (240) and
 /// "ImageCacheMaxScaleHeight" (180), of which the larger limits the longer side in pixels, and
@@ -114,8 +115,9 @@ public:
     /// Raises `ZRImageCacheCouldNotCreateFolderException`; a failed assertion when there is a cache.
     void createCacheForCatalogFolder(const ZRImageCatalogFolder &folder, ZRImageCacheUpdate *update = nullptr);
     /// Brings the index up to date: adds thumbnails of new files at its end, takes out entries whose files are gone
-    /// (their thumbnails stay). Written only when something changed. A failed assertion when the index has no list of
-    /// entries.
+    /// (their thumbnails stay); of different entries for one file the last goes first, the others at the next updates.
+    /// Written only when something changed. When the folder cannot be listed all entries stay. A failed assertion when
+    /// the index has no list of entries.
     void updateCacheForCatalogFolder(const ZRImageCatalogFolder &folder, ZRImageCacheUpdate *update = nullptr);
     /// The entries of the index, an array of dictionaries; null when it cannot be read. Opens no picture.
     platform::PropertyListValue photoInformationForCatalogFolder(const ZRImageCatalogFolder &folder) const;

@@ -13,8 +13,13 @@
 namespace platform {
 namespace {
 
-/// More than this many scans no encoder writes; each costs the time of a whole decoding.
-constexpr int maximumScans = 500;
+/// More scans than this no encoder writes. Each costs the time of a whole decoding, so that there may be fewer of them
+/// the larger the picture is, but always more than the ten or so of usual files.
+qint64 maximumScans(qint64 pixels)
+{
+    constexpr qint64 pixelsInAll = 4'000'000'000;
+    return std::clamp<qint64>(pixelsInAll / std::max<qint64>(pixels, 1), 40, 500);
+}
 /// Files of more bytes than this are not read whole.
 constexpr qint64 maximumFileSize = 1024 * 1024 * 1024;
 
@@ -36,7 +41,8 @@ struct ErrorManager {
     static void ignore(j_common_ptr, int) { }
     static void watchScans(j_common_ptr decoder)
     {
-        if (reinterpret_cast<j_decompress_ptr>(decoder)->input_scan_number > maximumScans) {
+        const auto *const picture = reinterpret_cast<j_decompress_ptr>(decoder);
+        if (picture->input_scan_number > maximumScans(qint64(picture->image_width) * picture->image_height)) {
             ErrorManager &errors = of(decoder);
             std::snprintf(errors.message, sizeof errors.message, "it has too many scans");
             errors.code = 0;

@@ -64,7 +64,8 @@ Turned turned(const QByteArray &jpeg, int orientation)
     transform.options = TJXOPT_COPYNONE | TJXOPT_PERFECT;
     unsigned char *bytes = nullptr;
     unsigned long size = 0;
-    const int failed = tjTransform(transformer(), bytesOf(jpeg), ulong(jpeg.size()), 1, &bytes, &size, &transform, 0);
+    const int failed = tjTransform(transformer(), bytesOf(jpeg), ulong(jpeg.size()), 1, &bytes, &size, &transform,
+                                   TJFLAG_LIMITSCANS); // each costs the time of a whole decoding
     Turned result;
     // What is damaged is coded all the same, with a warning.
     result.isDamaged = failed != 0 && tjGetErrorCode(transformer()) == TJERR_WARNING;

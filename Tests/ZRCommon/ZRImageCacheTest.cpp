@@ -214,6 +214,26 @@ TEST_F(ZRImageCacheTest, DropsEveryEntryOfAFileThatIsGone)
     EXPECT_TRUE(captions().isEmpty());
 }
 
+TEST_F(ZRImageCacheTest, OfDifferentEntriesOfAFileThatIsGoneDropsTheLastFirst)
+{
+    put("a.jpg");
+    update();
+    QVariantMap list = platform::PropertyList::read(index).value().toVariant().toMap();
+    QVariantList entries = list.value(QStringLiteral("Image Data")).toList();
+    QVariantMap other = entries[0].toMap();
+    other.insert(QStringLiteral("Caption"), QStringLiteral("other"));
+    entries.append(other);
+    list.insert(QStringLiteral("Image Data"), entries);
+    ASSERT_FALSE(platform::PropertyList::writeXmlFile(index, list));
+    update();
+    EXPECT_EQ(captions(), QStringList({QStringLiteral("a"), QStringLiteral("other")}));
+    QFile::remove(photos + QStringLiteral("/a.jpg"));
+    update();
+    EXPECT_EQ(captions(), QStringList(QStringLiteral("a")));
+    update();
+    EXPECT_TRUE(captions().isEmpty());
+}
+
 TEST_F(ZRImageCacheTest, LimitsTheLongerSideToTheLargerOfTheSettings)
 {
     put("wide.png", picture(3000, 2000, "png"));
@@ -308,6 +328,23 @@ TEST_F(ZRImageCacheTest, OffersEverythingElseToTheDecoderAndSaysWhatWasRefused)
     EXPECT_FALSE(QFile::exists(photos + QStringLiteral("/subfolder/ZR.imageCache")));
 }
 
+TEST_F(ZRImageCacheTest, RefusesNamesThatItsIndexCannotHold)
+{
+    put("a.jpg");
+    put("tab\tand\rreturn.jpg");
+    put("bell\a.jpg");
+    put("none\xEF\xBF\xBF.jpg"); // U+FFFF
+    ZRImageCacheUpdate followed;
+    update(&followed);
+    EXPECT_EQ(sortedCaptions(), QStringList({QStringLiteral("a"), QStringLiteral("tab\tand\rreturn")}));
+    ASSERT_EQ(followed.refused.size(), 2);
+    EXPECT_EQ(followed.refused[0].code, platform::ErrorCode::UnsupportedEncoding);
+    EXPECT_EQ(namesInCache().size(), 3);
+    put("b.jpg"); // the others do not keep the index from being written again
+    update();
+    EXPECT_EQ(captions().size(), 3);
+}
+
 TEST_F(ZRImageCacheTest, TriesWhatWasRefusedAgainAtEveryUpdate)
 {
     put("later.jpg", "not yet");
@@ -393,13 +430,32 @@ TEST_F(ZRImageCacheTest, LeavesOthersFilesInItsFolderAlone)
 
 TEST_F(ZRImageCacheTest, RemovesWhatKilledProgramsLeft)
 {
-    const QString left = cacheFolder + QStringLiteral("/.unfinished-1-1");
-    writeFile(left, "half a thumb");
-    const timespec longAgo[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-    ASSERT_EQ(utimensat(AT_FDCWD, left.toUtf8().constData(), longAgo, 0), 0);
+    put(".unfinished-sketch.jpg");
     put("a.jpg");
     update();
-    EXPECT_FALSE(QFile::exists(left));
+    const QStringList left = {cacheFolder + QStringLiteral("/.unfinished-1-1"), index + QStringLiteral(".xYzXyZ")};
+    const QStringList kept = {cacheFolder + QStringLiteral("/.unfinished-sketch_thumb.jpg"), index};
+    for (const QString &path : left)
+        writeFile(path, "half of it");
+    const timespec longAgo[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    for (const QString &path : left + kept)
+        ASSERT_EQ(utimensat(AT_FDCWD, path.toUtf8().constData(), longAgo, 0), 0) << path.toStdString();
+    put("b.jpg");
+    update();
+    for (const QString &path : left)
+        EXPECT_FALSE(QFile::exists(path)) << path.toStdString();
+    for (const QString &path : kept)
+        EXPECT_TRUE(QFile::exists(path)) << path.toStdString();
+}
+
+TEST_F(ZRImageCacheTest, PassesOverNamesThatKilledProgramsOfTheSameNumberLeft)
+{
+    const QString begin = cacheFolder + QStringLiteral("/.unfinished-%1-").arg(getpid());
+    for (int i = 0; i < 3000; ++i)
+        writeFile(begin + QString::number(i), "half a thumb");
+    put("a.jpg");
+    update();
+    EXPECT_EQ(captions(), QStringList(QStringLiteral("a")));
 }
 
 TEST_F(ZRImageCacheTest, TellsHowFarItIs)
@@ -633,6 +689,34 @@ TEST_F(ZRImageCacheTest, StandsAFolderThatMayOnlyBeRead)
     EXPECT_EQ(WEXITSTATUS(status), 0);
     for (const QString &path : {photos, cacheFolder, in("fresh")})
         ::chmod(path.toUtf8().constData(), 0755);
+}
+
+TEST_F(ZRImageCacheTest, KeepsItsEntriesWhenTheFolderCannotBeListed)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "asks for a child without rights, which only the superuser can make";
+    }
+    put("a.jpg");
+    update();
+    ASSERT_EQ(::chmod(photos.toUtf8().constData(), 0333), 0);
+    for (const QString &path : {cacheFolder, index})
+        ASSERT_EQ(::chmod(path.toUtf8().constData(), 0777), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        int result = 1;
+        if (setgid(65534) == 0 && setuid(65534) == 0) {
+            ZRImageCacheUpdate followed;
+            update(&followed);
+            const bool isTold = followed.kept == 1 && followed.dropped == 0 && followed.refused.size() == 1
+                && followed.refused[0].path == photos;
+            result = captions() != QStringList(QStringLiteral("a")) ? 2 : isTold ? 0 : 3;
+        }
+        _exit(result);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    ::chmod(photos.toUtf8().constData(), 0755);
 }
 
 TEST_F(ZRImageCacheTest, StandsAFullDisk)

@@ -5,6 +5,7 @@
 
 #include <QColorSpace>
 #include <QDir>
+#include <QtEndian>
 
 #include <random>
 
@@ -202,6 +203,22 @@ TEST(JpegThumbnail, GivesUpOnEndlessScans)
     const auto made = thumbnail(bytes);
     ASSERT_FALSE(bool(made));
     EXPECT_EQ(made.error().code, ErrorCode::Malformed);
+}
+
+TEST(JpegThumbnail, TakesFewerScansOfLargePictures)
+{
+    const auto withScans = [](const QSize &size, int scans) {
+        QByteArray bytes = jpeg(paintedPicture(64, 64), {.isProgressive = true, .colors = JCS_GRAYSCALE});
+        const qsizetype place = bytes.indexOf("\xFF\xC2") + 5;
+        const ushort sides[] = {ushort(size.height()), ushort(size.width())};
+        for (qsizetype i = 0; i < 2; ++i)
+            qToBigEndian(sides[i], bytes.data() + place + 2 * i);
+        const QByteArray refinement("\xFF\xDA\x00\x08\x01\x01\x00\x00\x00\x10\x00", 11);
+        return bytes.insert(bytes.lastIndexOf("\xFF\xD9"), refinement.repeated(scans));
+    };
+    EXPECT_TRUE(bool(thumbnail(withScans({1000, 900}, 300))));
+    EXPECT_TRUE(bool(thumbnail(withScans({9000, 8000}, 20))));
+    EXPECT_FALSE(bool(thumbnail(withScans({9000, 8000}, 100))));
 }
 
 TEST(JpegThumbnail, StandsDamageOfEveryKind)

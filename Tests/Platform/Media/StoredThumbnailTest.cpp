@@ -129,8 +129,14 @@ TEST(StoredThumbnailTest, WhatIsNoWholePictureIsNotUsed)
 {
     const QByteArray thumbnail = jpeg(paintedPicture(160, 120));
     const qsizetype scan = thumbnail.indexOf("\xFF\xDA");
+    QByteArray endless = jpeg(paintedPicture(16, 16), {.isInterleaved = false});
+    const qsizetype lastScan = endless.lastIndexOf("\xFF\xDA"), end = endless.lastIndexOf("\xFF\xD9");
+    const QByteArray again = endless.mid(lastScan, end - lastScan);
+    EXPECT_TRUE(storedIn(photoWith(QByteArray(endless).insert(end, again.repeated(100)))));
+    endless.insert(end, again.repeated(1000)); // in a large file there might be millions
     const QByteArray notUsable[] = {
         {},
+        endless,
         "\xFF\xD8",
         "\xFF\xD8\xFF\xD9",
         encoded(quarters(160, 120), "png"),
