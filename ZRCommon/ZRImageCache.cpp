@@ -3,6 +3,7 @@
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/FileManager.h"
 #include "Platform/Foundation/PropertyList/PropertyList.h"
+#include "Platform/Foundation/PropertyList/PropertyListColumns.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "ZRCommon/ThumbnailPrefetch_p.h"
 #include "ZRCommon/ZRImageCatalogFolder.h"
@@ -19,6 +20,8 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <functional>
+#include <string_view>
 #include <utility>
 
 using platform::Error;
@@ -26,6 +29,7 @@ using platform::ErrorCode;
 using platform::PropertyListValue;
 using platform::PropertyListView;
 using platform::UserDefaults;
+using platform::FileManager::FolderEntry;
 
 namespace fs = std::filesystem;
 
@@ -75,26 +79,87 @@ QByteArrayView lastComponent(QByteArrayView path)
     return path.sliced(path.lastIndexOf('/') + 1);
 }
 
-/// The name of an entry's file as it stands in the index; nothing for what has no path.
-std::optional<QByteArrayView> fileNameOf(const PropertyListView &entry)
+using FileName = std::optional<QByteArrayView>;
+
+/// The names of the entries' files as they stand in the index; nothing for what has no path.
+std::vector<FileName> fileNamesOf(const PropertyListValue &imageData)
 {
-    const auto path = entry.value(imagePathKey).plainUtf8();
-    return path ? std::optional(lastComponent(*path)) : std::nullopt;
+    static const char *const keys[] = {"ImagePath"};
+    platform::PropertyListColumns columns(keys);
+    std::vector<FileName> names;
+    names.reserve(size_t(imageData.count()));
+    for (const PropertyListView entry : imageData.elements()) {
+        const auto path = columns.values(entry)[0].plainUtf8();
+        names.push_back(path ? FileName(lastComponent(*path)) : std::nullopt);
+    }
+    return names;
 }
 
-/// The entries of a folder as the file system gives them, in bytes; nothing when they cannot all be told.
-std::optional<std::vector<QByteArray>> namesIn(const QString &folderPath)
-{
-    std::vector<QByteArray> names;
-    std::error_code error;
-    for (fs::directory_iterator place(fs::path(QFile::encodeName(folderPath).toStdString()), error), end;
-         !error && place != end; place.increment(error)) {
-        const std::string name = place->path().filename().string();
-        names.emplace_back(name.data(), qsizetype(name.size()));
+/// How the files of a folder and the entries of its index differ.
+struct Difference {
+    std::vector<QByteArray> unknown; ///< Names of files without an entry.
+    std::vector<bool> isKept; ///< For each entry.
+};
+
+/// A file's name as a key. Qt's own hash of bytes takes ten times as long for a few of them.
+struct NameKey {
+    QByteArrayView bytes;
+    friend bool operator==(const NameKey &a, const NameKey &b) { return a.bytes == b.bytes; }
+    friend size_t qHash(const NameKey &key, size_t seed)
+    {
+        return std::hash<std::string_view>()({key.bytes.data(), size_t(key.bytes.size())}) ^ seed;
     }
-    if (error)
-        return std::nullopt;
-    return names;
+};
+
+Difference differenceOf(const PropertyListValue &imageData, const std::vector<FolderEntry> &listing)
+{
+    // Entries mostly stand in the order of the folder, in which they were made, those that were added later behind
+    // them: as far as that goes names are compared where they stand, and none is looked up.
+    const std::vector<FileName> names = fileNamesOf(imageData);
+    size_t inOrder = 0;
+    std::vector<QByteArray> others;
+    for (const FolderEntry &file : listing) {
+        if (inOrder < names.size() && names[inOrder] == QByteArrayView(file.name))
+            ++inOrder;
+        else
+            others.push_back(file.name);
+    }
+
+    QHash<NameKey, size_t> known; // by several entries of a name the last one
+    known.reserve(qsizetype(names.size() - inOrder));
+    for (size_t i = inOrder; i < names.size(); ++i) {
+        if (names[i])
+            known.insert({*names[i]}, i);
+    }
+    Difference difference{{}, std::vector<bool>(names.size(), true)};
+    for (const QByteArray &name : others) {
+        if (!known.remove({name}))
+            difference.unknown.push_back(name);
+    }
+    if (known.isEmpty())
+        return difference;
+    // What is left has no file, or one that an earlier entry stands for as well.
+    QSet<NameKey> present;
+    present.reserve(qsizetype(listing.size()));
+    for (const FolderEntry &file : listing)
+        present.insert({file.name});
+    for (size_t i = inOrder; i < names.size(); ++i) {
+        if (!names[i] || present.contains({*names[i]}))
+            continue;
+        const size_t last = known.value({*names[i]});
+        difference.isKept[i] = last != i && !(imageData.at(qsizetype(last)) == imageData.at(qsizetype(i)));
+    }
+    return difference;
+}
+
+QSet<QByteArray> linksIn(const std::vector<FolderEntry> &listing)
+{
+    QSet<QByteArray> links;
+    for (const FolderEntry &file : listing) {
+        if (file.mayBeLink)
+            links.insert(file.name);
+    }
+    return links;
 }
 
 /// Replaces a file whole: by another one that is written beside it. Cheaper than QSaveFile, which waits for the disk:
@@ -134,8 +199,9 @@ void removeWhatKilledOnesLeft(const QString &cacheFolder)
 {
     const auto now = fs::file_time_type::clock::now();
     std::error_code error;
-    const std::vector<QByteArray> names = namesIn(cacheFolder).value_or(std::vector<QByteArray>());
-    for (const QByteArray &name : names) {
+    const auto listing = platform::FileManager::entriesOfFolder(cacheFolder);
+    for (const FolderEntry &file : listing.value_or(std::vector<FolderEntry>())) {
+        const QByteArray &name = file.name;
         if (!isUnfinished(name))
             continue;
         const fs::path path(QFile::encodeName(joined(cacheFolder, QFile::decodeName(name))).toStdString());
@@ -258,9 +324,11 @@ void ZRImageCache::createCacheForCatalogFolder(const ZRImageCatalogFolder &folde
         throw ZRImageCacheCouldNotCreateFolderException(
             ZRLocalizedString("Could not create the image cache folder at '%1'").arg(folder.name()));
 
-    auto listing = namesIn(folder.folderPath());
-    Session session(update, std::move(listing).value_or(std::vector<QByteArray>()));
-    if (!listing)
+    const auto listing = platform::FileManager::entriesOfFolder(folder.folderPath());
+    Session session(update, listing ? differenceOf({}, *listing).unknown : std::vector<QByteArray>());
+    if (listing)
+        session.update.links = linksIn(*listing);
+    else
         session.refuse(notListed(folder.folderPath()));
     QVariantMap index = blankImageDataDict();
     index.insert(imageDataKey, index.value(imageDataKey).toList() + addEntries(folder.folderPath(), session));
@@ -275,38 +343,26 @@ void ZRImageCache::updateCacheForCatalogFolder(const ZRImageCatalogFolder &folde
         platform::raiseFailure({Q_FUNC_INFO, "ZRImageCache", 121}, this,
                                QStringLiteral("image_data is expected to be mutable"));
 
-    // Names are compared where they stand: mostly nothing has changed.
-    QHash<QByteArrayView, PropertyListView> known; // by several entries of a name the last one
-    known.reserve(imageData.count());
-    for (const PropertyListView entry : imageData.elements()) {
-        if (const auto name = fileNameOf(entry))
-            known.insert(*name, entry);
-    }
-    const auto listing = namesIn(folder.folderPath());
+    const auto listing = platform::FileManager::entriesOfFolder(folder.folderPath());
     if (!listing) { // which does not say that its files are gone
         Session session(update, {});
         session.update.kept += imageData.count();
         session.refuse(notListed(folder.folderPath()));
         return;
     }
-    std::vector<QByteArray> unknown;
-    std::copy_if(listing->begin(), listing->end(), std::back_inserter(unknown),
-                 [&](const QByteArray &name) { return !known.contains(name); });
-    const QSet<QByteArrayView> present(listing->begin(), listing->end());
-    const auto isKept = [&](const PropertyListView &entry) {
-        const auto name = fileNameOf(entry);
-        return !name || present.contains(*name) || !(known.value(*name) == entry);
-    };
-
-    Session session(update, std::move(unknown));
-    for (const PropertyListView entry : imageData.elements())
-        ++(isKept(entry) ? session.update.kept : session.update.dropped);
+    Difference difference = differenceOf(imageData, *listing);
+    Session session(update, std::move(difference.unknown));
+    session.update.links = linksIn(*listing);
+    const auto kept = std::count(difference.isKept.begin(), difference.isKept.end(), true);
+    session.update.kept += kept;
+    session.update.dropped += imageData.count() - kept;
     const QVariantList added = addEntries(folder.folderPath(), session);
     if (added.isEmpty() && session.update.dropped == 0)
         return;
     QVariantList entries;
+    size_t place = 0;
     for (const PropertyListView entry : imageData.elements()) {
-        if (isKept(entry))
+        if (difference.isKept[place++])
             entries.append(entry.toVariant());
     }
     QVariantMap changed = index.toVariant().toMap();

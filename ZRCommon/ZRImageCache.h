@@ -3,7 +3,9 @@
 #include "Platform/Foundation/PropertyList/PropertyListValue.h"
 #include "Platform/Foundation/Result.h"
 
+#include <QByteArray>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QVariant>
 
@@ -70,6 +72,9 @@ struct ZRImageCacheUpdate {
     qsizetype dropped = 0; ///< Entries that were taken out, since their files are gone.
     QList<platform::Error> refused; ///< Files without an entry, and why: no pictures, damaged ones, odd names.
     bool wasCancelled = false;
+    /// Names in the folder of what may be a link, nothing when the folder could not be listed. For listing its photos
+    /// without asking the file system about each.
+    std::optional<QSet<QByteArray>> links;
 };
 
 /// Keeps a small cache in each folder of photos that the user added: a folder "ZR.imageCache" with a thumbnail of each

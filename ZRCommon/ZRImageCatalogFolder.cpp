@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/FileManager.h"
+#include "Platform/Foundation/PropertyList/PropertyListColumns.h"
 #include "Platform/Foundation/TextFolding.h"
 #include "ZRCommon/PhotoSearch_p.h"
 #include "ZRCommon/ZRImageCatalog.h"
@@ -36,6 +37,20 @@ QString ZRImageCatalogFolder::name() const
     return path.sliced(path.lastIndexOf(u'/') + 1).toString();
 }
 
+namespace {
+
+/// Whether a path names something in the folder, whose path ends with a slash, that is none of the links there.
+bool isNoLink(const PropertyListView &path, const QByteArray &folder, const QSet<QByteArray> &links)
+{
+    const auto bytes = path.plainUtf8();
+    if (!bytes || !bytes->startsWith(folder))
+        return false;
+    const QByteArrayView name = bytes->sliced(folder.size());
+    return !name.isEmpty() && !name.contains('/') && (links.isEmpty() || !links.contains(name.toByteArray()));
+}
+
+} // namespace
+
 void ZRImageCatalogFolder::setName(const QString &) { }
 
 ZRImageCatalogFolder::ThumbnailList
@@ -58,13 +73,25 @@ ZRImageCatalogFolder::imageThumbnailsThatMatchSearchString(const QString &search
     cache.createOrUpdateCacheForCatalogFolder(*this, &update);
     const PropertyListValue photos = cache.photoInformationForCatalogFolder(*this);
     const QByteArray foldedString = platform::TextFolding::folded(QStringView(searchString));
+    thumbnails.reserve(searchString.isEmpty() ? photos.count() : 0);
+    const QByteArray folder =
+        m_folder_path.endsWith(u'/') ? m_folder_path.toUtf8() : QByteArray(m_folder_path.toUtf8() + '/');
+    static const char *const keys[] = {"ImagePath", "ThumbPath", "Caption"};
+    platform::PropertyListColumns columns(keys);
     for (const PropertyListView photoDict : photos.elements()) {
         if (update.cancelFlag && update.cancelFlag->cancelFlag())
             break;
-        if (photoDictMatchesString(photoDict, foldedString))
-            thumbnails.append(std::make_shared<ZRImageThumbnail>(photoDict.value(u"ThumbPath").toString(),
-                                                                 photoDict.value(u"ImagePath").toString(),
-                                                                 photoDict.value(u"Caption").toString(), QDateTime()));
+        if (!foldedString.isEmpty() && !photoDictMatchesString(photoDict, foldedString))
+            continue;
+        const auto values = columns.values(photoDict);
+        const PropertyListView image = values[0];
+        const QString thumbPath = values[1].toString();
+        const QString title = values[2].toString();
+        if (update.links && isNoLink(image, folder, *update.links))
+            thumbnails.append(std::make_shared<ZRImageThumbnail>(
+                thumbPath, image.toString(), ZRImageThumbnail::ImagePath::IsResolved, title, QDateTime()));
+        else
+            thumbnails.append(std::make_shared<ZRImageThumbnail>(thumbPath, image.toString(), title, QDateTime()));
     }
     return thumbnails;
 }

@@ -5,8 +5,14 @@
 
 ZRImageThumbnail::ZRImageThumbnail(const QString &thumbPath, const QString &imagePath, const QString &title,
                                    const QDateTime &creationDate)
+    : ZRImageThumbnail(thumbPath, ZRFileManagerExtensions::pathResolved(imagePath), ImagePath::IsResolved, title,
+                       creationDate)
+{ }
+
+ZRImageThumbnail::ZRImageThumbnail(const QString &thumbPath, const QString &imagePath, ImagePath, const QString &title,
+                                   const QDateTime &creationDate)
     : m_thumb_path(thumbPath)
-    , m_image_path(ZRFileManagerExtensions::pathResolved(imagePath))
+    , m_image_path(imagePath)
     , m_title(title)
     , m_creation_date(creationDate)
 { }

@@ -29,7 +29,12 @@ public:
     /// checked. An invalid date means that there is none.
     ZRImageThumbnail(const QString &thumbPath, const QString &imagePath, const QString &title,
                      const QDateTime &creationDate);
-    /// The same with an empty title and no date.
+    /// The same for a source which knows that the image path names no link: it is kept as it is, and the file system
+    /// is not asked.
+    enum class ImagePath { IsResolved };
+    ZRImageThumbnail(const QString &thumbPath, const QString &imagePath, ImagePath, const QString &title,
+                     const QDateTime &creationDate);
+    /// The first with an empty title and no date.
     ZRImageThumbnail(const QString &thumbPath, const QString &imagePath);
 
     /// The thumbnail picture, read from its file if it is not loaded yet. Its logical size is its size in pixels.

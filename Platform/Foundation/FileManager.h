@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QByteArray>
 #include <QFileDevice>
 #include <QString>
 
 #include <optional>
+#include <vector>
 
 namespace platform {
 
@@ -37,6 +39,17 @@ bool createDirectory(const QString &path, const FileAttributes &attributes = {})
 /// @return nothing when the path names no link, and when the link leads nowhere: its target is missing, cannot be
 /// reached, or the chain comes back to itself.
 std::optional<QString> resolvedLink(const QString &path);
+
+/// Something in a folder.
+struct FolderEntry {
+    QByteArray name; ///< As the file system has it, which need not be UTF-8.
+    bool mayBeLink; ///< False only for what is certainly no link.
+};
+
+/// What is in a folder, "." and ".." left out, in the order in which the file system tells it. Nothing in it is looked
+/// at, so that a folder of many files is listed in the time of reading its names.
+/// @return nothing when there is no such folder, and when it cannot be read to its end.
+std::optional<std::vector<FolderEntry>> entriesOfFolder(const QString &path);
 
 /// The user's home folder: the environment's HOME where it is set, without a slash at its end.
 QString homeFolder();

@@ -11,8 +11,10 @@
 #include <QImage>
 #include <QImageReader>
 
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
+#include <random>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -212,6 +214,36 @@ TEST_F(ZRImageCacheTest, DropsEveryEntryOfAFileThatIsGone)
     QFile::remove(photos + QStringLiteral("/a.jpg"));
     update();
     EXPECT_TRUE(captions().isEmpty());
+}
+
+TEST_F(ZRImageCacheTest, FindsItsEntriesInWhateverOrder)
+{
+    for (int i = 0; i < 12; ++i)
+        put(photoName(i).constData());
+    update();
+    QVariantMap list = platform::PropertyList::read(index).value().toVariant().toMap();
+    for (int round = 0; round < 20; ++round) {
+        QVariantList entries = list.value(QStringLiteral("Image Data")).toList();
+        std::shuffle(entries.begin(), entries.end(), std::mt19937(uint(round)));
+        // Some entries twice, one without a path, one file without an entry, one entry without a file.
+        entries.removeFirst();
+        entries.append(entries.mid(round % 5, 2));
+        entries.insert(round % 4, QVariantMap{{QStringLiteral("Caption"), QStringLiteral("no path")}});
+        QVariantMap gone = entries.last().toMap();
+        gone.insert(QStringLiteral("ImagePath"), QStringLiteral("/nowhere/gone.jpg"));
+        entries.insert(round % 7, gone);
+        QVariantMap shuffled = list;
+        shuffled.insert(QStringLiteral("Image Data"), entries);
+        ASSERT_FALSE(platform::PropertyList::writeXmlFile(index, shuffled));
+        ZRImageCacheUpdate followed;
+        update(&followed);
+        EXPECT_EQ(followed.made, 1) << round;
+        EXPECT_EQ(followed.kept, entries.size() - 1) << round;
+        EXPECT_EQ(followed.dropped, 1) << round;
+        EXPECT_EQ(captions().size(), entries.size()) << round;
+        for (int i = 0; i < 12; ++i)
+            EXPECT_TRUE(captions().contains(QStringLiteral("photo%1").arg(i))) << round;
+    }
 }
 
 TEST_F(ZRImageCacheTest, OfDifferentEntriesOfAFileThatIsGoneDropsTheLastFirst)

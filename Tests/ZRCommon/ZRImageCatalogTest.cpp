@@ -1,6 +1,7 @@
 #include "ZRCommon/ZRImageCatalog.h"
 
 #include "Platform/Foundation/AssertionHandler.h"
+#include "Platform/Foundation/PropertyList/PropertyList.h"
 #include "Platform/Foundation/UserDefaults.h"
 #include "Support/FolderTest.h"
 #include "ZRFoundation/ZRWorkUnit.h"
@@ -147,6 +148,45 @@ TEST_F(ZRImageCatalogTest, ListsAFolder)
         << "records are made anew";
     QFile::remove(path + QStringLiteral("/hill.jpg"));
     EXPECT_EQ(list(QString()).size(), 3) << "each listing brings the cache up to date";
+}
+
+TEST_F(ZRImageCatalogTest, HandsOutWhatALinkStandsFor)
+{
+    const QString elsewhere = folderWith("elsewhere", {QStringLiteral("deep.jpg")});
+    const QString path = folderWith("a", {QStringLiteral("plain.jpg")});
+    link("../elsewhere/deep.jpg", "a/link.jpg");
+    // Photos of a folder that was moved here, whose paths are those of its old place, and of folders further down.
+    link("elsewhere/deep.jpg", "old.jpg");
+    link("../elsewhere/deep.jpg", "a/below");
+    const ZRImageCatalogFolder photos(path, &catalog);
+    const auto paths = [&](const ZRImageCatalogFolder &of) {
+        QMap<QString, QString> byTitle;
+        for (const auto &each : of.imageThumbnailsThatMatchSearchString(QString()))
+            byTitle.insert(each->title(), each->imagePath());
+        return byTitle;
+    };
+    const QString deep = elsewhere + QStringLiteral("/deep.jpg");
+    const QMap<QString, QString> expected{{QStringLiteral("plain"), path + QStringLiteral("/plain.jpg")},
+                                          {QStringLiteral("link"), deep},
+                                          {QStringLiteral("below"), deep}};
+    EXPECT_EQ(paths(photos), expected) << "when the cache is made";
+    EXPECT_EQ(paths(photos), expected) << "when it is there";
+    EXPECT_EQ(paths(ZRImageCatalogFolder(path + u'/', &catalog)), expected) << "with a slash at its end";
+
+    const QString index = path + QStringLiteral("/ZR.imageCache/ImageData.plist");
+    QVariantMap list = platform::PropertyList::read(index).value().toVariant().toMap();
+    QVariantList entries = list.value(QStringLiteral("Image Data")).toList();
+    for (QVariant &entry : entries) {
+        QVariantMap map = entry.toMap();
+        if (map.value(QStringLiteral("Caption")) == QStringLiteral("plain")) {
+            link("elsewhere/deep.jpg", "plain.jpg");
+            map.insert(QStringLiteral("ImagePath"), in("plain.jpg"));
+        }
+        entry = map;
+    }
+    list.insert(QStringLiteral("Image Data"), entries);
+    ASSERT_FALSE(platform::PropertyList::writeXmlFile(index, list));
+    EXPECT_EQ(paths(photos).value(QStringLiteral("plain")), deep) << "a link of the same name in the old place";
 }
 
 TEST_F(ZRImageCatalogTest, StopsListingWhenItIsCancelled)

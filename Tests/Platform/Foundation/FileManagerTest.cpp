@@ -2,6 +2,10 @@
 
 #include "Support/FolderTest.h"
 
+#include <QMap>
+
+#include <fcntl.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -121,6 +125,29 @@ TEST_F(FileManagerTest, AnswersNothingForWhatIsNoLinkOrLeadsNowhere)
     EXPECT_FALSE(FileManager::resolvedLink(in("dangling")));
     EXPECT_FALSE(FileManager::resolvedLink(in("a")));
     EXPECT_FALSE(FileManager::resolvedLink(QStringLiteral("/")));
+}
+
+TEST_F(FileManagerTest, ListsWhatIsInAFolderInBytes)
+{
+    QDir().mkpath(in("a/folder"));
+    testSupport::writeFile(in("a/.hidden"), "x");
+    testSupport::writeFile(in("a/plain"), "x");
+    const QByteArray odd = in("a/").toUtf8() + "\xff";
+    ASSERT_EQ(::close(::open(odd.constData(), O_CREAT | O_WRONLY, 0600)), 0);
+    link("nowhere", "a/link");
+    const auto entries = FileManager::entriesOfFolder(in("a"));
+    ASSERT_TRUE(entries);
+    QMap<QByteArray, bool> mayBeLink;
+    for (const auto &entry : *entries)
+        mayBeLink.insert(entry.name, entry.mayBeLink);
+    EXPECT_EQ(mayBeLink.keys(), QList<QByteArray>({".hidden", "folder", "link", "plain", "\xff"}));
+    EXPECT_TRUE(mayBeLink.value("link"));
+    EXPECT_FALSE(mayBeLink.value("plain")) << "or listing photos asks the file system about each";
+    EXPECT_EQ(entries->size(), 5u);
+    EXPECT_TRUE(FileManager::entriesOfFolder(in("a/folder"))->empty());
+    for (const QString &none : {in("missing"), in("a/plain"), QString(), in("a/link")})
+        EXPECT_FALSE(FileManager::entriesOfFolder(none)) << qPrintable(none);
+    ::unlink(odd.constData()); // Qt cannot name it
 }
 
 TEST_F(FileManagerTest, TheHomeFolderIsThatOfTheEnvironment)
