@@ -221,8 +221,7 @@ std::optional<Error> JpegDcDecoder::decodeScan(const JpegSegment &segment, QByte
     }
     JpegBitReader reader(m_input);
     reader.start(segment.offset + segment.length);
-    if (std::optional<Error> error =
-            m_isProgressive ? decodeUnits<true>(scan, reader) : decodeUnits<false>(scan, reader))
+    if (std::optional<Error> error = m_isProgressive ? decodeUnits<true>(scan, reader) : decodeAllUnits(scan, reader))
         return error;
     for (const ScanComponent &component : scan.components)
         m_components[component.index].isDecoded = true;
@@ -234,7 +233,7 @@ std::optional<Error> JpegDcDecoder::decodeScan(const JpegSegment &segment, QByte
 }
 
 template <bool isProgressive>
-std::optional<Error> JpegDcDecoder::decodeUnits(Scan &scan, JpegBitReader &reader)
+Q_ALWAYS_INLINE std::optional<Error> JpegDcDecoder::decodeUnits(Scan &scan, JpegBitReader &reader)
 {
     const QSize size = m_picture.size;
     int columns = divideUp(size.width(), 8 * m_maximumHorizontal);
@@ -337,6 +336,30 @@ Q_ALWAYS_INLINE bool JpegDcDecoder::decodeUnit(Scan &scan, JpegBitReader &reader
     reader.setBits(bits);
     return true;
 }
+
+#if defined(Q_PROCESSOR_X86_64) && defined(Q_CC_GNU)
+
+// Shifts by a count that is not known go in one step there, and the loop consists of them.
+__attribute__((target("bmi,bmi2"))) std::optional<Error> JpegDcDecoder::decodeAllUnitsBmi2(Scan &scan,
+                                                                                           JpegBitReader &reader)
+{
+    return decodeUnits<false>(scan, reader);
+}
+
+std::optional<Error> JpegDcDecoder::decodeAllUnits(Scan &scan, JpegBitReader &reader)
+{
+    static const bool hasBmi2 = __builtin_cpu_supports("bmi2");
+    return hasBmi2 ? decodeAllUnitsBmi2(scan, reader) : decodeUnits<false>(scan, reader);
+}
+
+#else
+
+std::optional<Error> JpegDcDecoder::decodeAllUnits(Scan &scan, JpegBitReader &reader)
+{
+    return decodeUnits<false>(scan, reader);
+}
+
+#endif
 
 bool JpegDcDecoder::restart(Scan &scan, JpegBitReader &reader) const
 {

@@ -70,6 +70,8 @@ private:
     std::optional<Error> readFrame(const JpegSegment &segment, QByteArrayView content);
     std::optional<Error> decodeScan(const JpegSegment &segment, QByteArrayView content);
     Result<Scan> readScan(QByteArrayView content);
+    std::optional<Error> decodeAllUnits(Scan &scan, JpegBitReader &reader);
+    std::optional<Error> decodeAllUnitsBmi2(Scan &scan, JpegBitReader &reader);
     template <bool isProgressive>
     std::optional<Error> decodeUnits(Scan &scan, JpegBitReader &reader);
     template <bool isProgressive>

@@ -20,15 +20,10 @@ double kernel(double x)
         return 1;
     if (std::abs(x) >= lobes)
         return 0;
-    const double angle = std::numbers::pi * x;
-    return lobes * std::sin(angle) * std::sin(angle / lobes) / (angle * angle);
-}
-
-/// The same for samples that are the means of their areas, as decoders hand them out: these are softer than the
-/// picture, which a second difference takes back (the first terms of the inverse of a mean over one sample).
-double correctedKernel(double x, double sample)
-{
-    return kernel(x) + (2 * kernel(x) - kernel(x - sample) - kernel(x + sample)) / 24;
+    // The sine of three times an angle follows from that of the angle.
+    static_assert(lobes == 3);
+    const double angle = std::numbers::pi / lobes * x, sine = std::sin(angle);
+    return (3 - 4 * sine * sine) * sine * sine / (lobes * angle * angle);
 }
 
 /// For each sample of a row of the target: which samples of the source make it up, and by how much.
@@ -44,17 +39,24 @@ Weights weightsFor(int count, double extent, int targetCount)
 {
     const double step = extent / targetCount;
     const double width = std::max(step, 1.0); // of a lobe
-    // A picture that keeps its size keeps its samples.
-    const auto weight = [&](double x) { return step > 1 ? correctedKernel(x, 1 / width) : kernel(x); };
+    // The samples are the means of their areas, as decoders hand them out: softer than the picture, which a second
+    // difference takes back (the first terms of the inverse of a mean over one sample). A picture that keeps its size
+    // keeps its samples.
+    const double correction = step > 1 ? 1.0 / 24 : 0;
     Weights result;
     result.taps = std::min(count, int(std::ceil(lobes * width * 2)) + 1);
     std::vector<double> exact(size_t(result.taps), 0.0);
+    std::vector<double> kernels(size_t(result.taps) + 2, 0.0); // with those on both sides
     for (int target = 0; target < targetCount; ++target) {
         const double centre = (target + 0.5) * step;
         const int first = std::clamp(int(std::floor(centre - lobes * width)), 0, count - result.taps);
         double sum = 0;
-        for (int tap = 0; tap < result.taps; ++tap)
-            sum += exact[size_t(tap)] = weight((first + tap + 0.5 - centre) / width);
+        for (size_t i = 0; i < kernels.size(); ++i)
+            kernels[i] = kernel((first + double(i) - 0.5 - centre) / width);
+        for (size_t tap = 0; tap < exact.size(); ++tap) {
+            const double before = kernels[tap], here = kernels[tap + 1], behind = kernels[tap + 2];
+            sum += exact[tap] = here + (2 * here - before - behind) * correction;
+        }
         // What rounding leaves over goes to the largest weight, so that an even area stays as it is.
         int left = 1 << weightBits;
         for (double &each : exact) {
