@@ -548,6 +548,29 @@ TEST_F(ZRImageCacheTest, CallsTheOverridesOfHostsForEachFileInOrder)
     EXPECT_EQ(captionsInOrder, listed);
 }
 
+TEST_F(ZRImageCacheTest, MakesThumbnailsForHostsOutsideOfAnUpdate)
+{
+    struct OpenCache : ZRImageCache {
+        using ZRImageCache::createThumbEntryForImageFilename;
+    };
+    auto owned = std::make_unique<OpenCache>();
+    OpenCache &open = *owned;
+    ZRImageCatalog other(std::move(owned));
+    put("a.jpg");
+    put("notes.txt", "notes");
+    auto followed = std::make_unique<ZRImageCacheUpdate>();
+    open.createCacheForCatalogFolder(ZRImageCatalogFolder(photos, &other), followed.get());
+    EXPECT_EQ(followed->refused.size(), 1);
+    put("b.jpg");
+    put("more notes.txt", "notes");
+    EXPECT_FALSE(open.createThumbEntryForImageFilename(QStringLiteral("more notes.txt"), photos));
+    EXPECT_EQ(followed->refused.size(), 1) << "the update is over";
+    const auto entry = open.createThumbEntryForImageFilename(QStringLiteral("b.jpg"), photos);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->value(QStringLiteral("Caption")).toString(), u"b");
+    EXPECT_EQ(thumbnailSize("b_thumb.jpg"), QSize(30, 20));
+}
+
 TEST_F(ZRImageCacheTest, PassesExceptionsOnAndWritesNoIndex)
 {
     auto owned = std::make_unique<PickyCache>();
