@@ -438,16 +438,17 @@ TEST_F(ZRImageCacheTest, RemovesWhatKilledProgramsLeft)
     update();
     const QStringList left = {cacheFolder + QStringLiteral("/.unfinished-1-1"), index + QStringLiteral(".xYzXyZ")};
     const QStringList kept = {cacheFolder + QStringLiteral("/.unfinished-sketch_thumb.jpg"), index};
-    for (const QString &path : left)
+    const QStringList copies = {index + QStringLiteral(".backup"), index + QStringLiteral(".Old")};
+    for (const QString &path : left + copies)
         writeFile(path, "half of it");
     const timespec longAgo[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-    for (const QString &path : left + kept)
+    for (const QString &path : left + kept + copies)
         ASSERT_EQ(utimensat(AT_FDCWD, path.toUtf8().constData(), longAgo, 0), 0) << path.toStdString();
     put("b.jpg");
     update();
     for (const QString &path : left)
         EXPECT_FALSE(QFile::exists(path)) << path.toStdString();
-    for (const QString &path : kept)
+    for (const QString &path : kept + copies)
         EXPECT_TRUE(QFile::exists(path)) << path.toStdString();
 }
 
