@@ -326,9 +326,9 @@ QVariantList ZRImageCache::addEntries(const QString &folderPath, Session &sessio
     QStringList names, paths;
     for (const QByteArray &bytes : session.names) {
         const QString name = QString::fromUtf8(bytes);
-        if (name.toUtf8() != bytes)
-            session.refuse({ErrorCode::UnsupportedEncoding, QStringLiteral("its name is not UTF-8"), -1,
-                            joined(folderPath, name)});
+        if (name.toUtf8() != bytes) // several such names may look the same
+            session.update.refused.append({ErrorCode::UnsupportedEncoding, QStringLiteral("its name is not UTF-8"), -1,
+                                           joined(folderPath, name)});
         else if (shouldSkipFilename(name))
             continue;
         else if (const QString path = joined(folderPath, name); !platform::PropertyList::writeXml(path)) {

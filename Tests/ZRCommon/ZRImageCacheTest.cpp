@@ -348,6 +348,18 @@ TEST_F(ZRImageCacheTest, RefusesNamesThatItsIndexCannotHold)
     EXPECT_EQ(captions().size(), 3);
 }
 
+TEST_F(ZRImageCacheTest, ReportsEachNameThatIsNotUtf8)
+{
+    const QByteArray names[] = {photos.toUtf8() + "/\xFE.jpg", photos.toUtf8() + "/\xFF.jpg"};
+    for (const QByteArray &name : names)
+        ::close(::open(name.constData(), O_CREAT | O_WRONLY, 0600));
+    ZRImageCacheUpdate followed;
+    update(&followed);
+    for (const QByteArray &name : names)
+        ::unlink(name.constData()); // Qt cannot name them
+    EXPECT_EQ(followed.refused.size(), 2);
+}
+
 TEST_F(ZRImageCacheTest, TriesWhatWasRefusedAgainAtEveryUpdate)
 {
     put("later.jpg", "not yet");
