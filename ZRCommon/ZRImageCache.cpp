@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cctype>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -187,12 +188,17 @@ bool replaceFile(const QString &path, const QByteArray &bytes)
     return true;
 }
 
-/// Whether a file of the cache is one that is being written: a thumbnail, or an index, to whose name QSaveFile appends
-/// something. Photos may have such names as well, but then those of their thumbnails tell.
+/// Whether a file of the cache is one that is being written. A thumbnail that was finished tells by its name, whatever
+/// that of its photo is. To the name of an index QSaveFile appends six letters by chance, large and small, unlike
+/// people who keep a copy.
 bool isUnfinished(const QByteArray &name)
 {
     static const QByteArray thumbnail = unfinishedPrefix.toUtf8(), index = ZRCacheFilename.toUtf8() + '.';
-    return (name.startsWith(thumbnail) || name.startsWith(index)) && !name.contains("_thumb");
+    if (name.startsWith(thumbnail))
+        return !name.contains("_thumb");
+    const QByteArray appended = name.sliced(std::min(index.size(), name.size()));
+    return name.startsWith(index) && appended.size() == 6 && appended != appended.toLower()
+        && std::all_of(appended.begin(), appended.end(), [](char c) { return std::isalpha(uchar(c)) != 0; });
 }
 
 void removeWhatKilledOnesLeft(const QString &cacheFolder)
@@ -376,9 +382,9 @@ QVariantList ZRImageCache::addEntries(const QString &folderPath, Session &sessio
     QStringList names, paths;
     for (const QByteArray &bytes : session.names) {
         const QString name = QString::fromUtf8(bytes);
-        if (name.toUtf8() != bytes)
-            session.refuse({ErrorCode::UnsupportedEncoding, QStringLiteral("its name is not UTF-8"), -1,
-                            joined(folderPath, name)});
+        if (name.toUtf8() != bytes) // several such names may look the same
+            session.update.refused.append({ErrorCode::UnsupportedEncoding, QStringLiteral("its name is not UTF-8"), -1,
+                                           joined(folderPath, name)});
         else if (shouldSkipFilename(name))
             continue;
         else if (const QString path = joined(folderPath, name); !platform::PropertyList::writeXml(path)) {

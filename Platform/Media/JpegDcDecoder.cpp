@@ -198,8 +198,9 @@ Result<JpegDcDecoder::Scan> JpegDcDecoder::readScan(QByteArrayView content)
         }
         const int quantizer = m_quantizers[size_t(found->quantization)];
         component.factor = quantizer << shift;
-        // Of the bits that later scans bring half are guessed. Then an eighth, rounded, around the middle of the range.
-        component.offset = (shift > 0 ? component.factor / 2 : 0) + 4 + 8 * 128;
+        // For the bits that later scans bring stands the mean of all that they may be. Then an eighth, rounded, around
+        // the middle of the range.
+        component.offset = quantizer * ((1 << shift) - 1) / 2 + 4 + 8 * 128;
         scan.components.push_back(component);
         const JpegEighth::Component &shape = m_picture.components[component.index];
         blocks += shape.horizontalSampling * shape.verticalSampling;

@@ -20,6 +20,8 @@ struct JpegOptions {
     bool isArithmetic = false;
     bool isInterleaved = true; ///< Otherwise each component has a scan of its own.
     bool isOptimized = false;
+    /// Of a progressive file: the first coefficients of each component are complete before those of the next one.
+    bool isComponentWise = false;
     J_COLOR_SPACE colors = JCS_YCbCr; ///< In the file.
     int restartInterval = 0; ///< In units of coding.
     QByteArray profile = {}; ///< ICC profile to be embedded.
@@ -83,8 +85,18 @@ inline QByteArray jpeg(const QImage &picture, const JpegOptions &options = {})
     compressor.restart_interval = unsigned(options.restartInterval);
     compressor.optimize_coding = options.isOptimized;
     compressor.arith_code = options.isArithmetic;
-    jpeg_scan_info scans[4] = {};
-    if (options.isProgressive) {
+    jpeg_scan_info scans[12] = {};
+    if (options.isComponentWise) {
+        int count = 0;
+        for (int i = 0; i < compressor.num_components; ++i) {
+            scans[count++] = {1, {i}, 0, 0, 0, 1};
+            scans[count++] = {1, {i}, 0, 0, 1, 0};
+        }
+        for (int i = 0; i < compressor.num_components; ++i)
+            scans[count++] = {1, {i}, 1, 63, 0, 0};
+        compressor.scan_info = scans;
+        compressor.num_scans = count;
+    } else if (options.isProgressive) {
         jpeg_simple_progression(&compressor);
     } else if (!options.isInterleaved) {
         for (int i = 0; i < compressor.num_components; ++i)

@@ -377,6 +377,18 @@ TEST_F(ZRImageCacheTest, RefusesNamesThatItsIndexCannotHold)
     EXPECT_EQ(captions().size(), 3);
 }
 
+TEST_F(ZRImageCacheTest, ReportsEachNameThatIsNotUtf8)
+{
+    const QByteArray names[] = {photos.toUtf8() + "/\xFE.jpg", photos.toUtf8() + "/\xFF.jpg"};
+    for (const QByteArray &name : names)
+        ::close(::open(name.constData(), O_CREAT | O_WRONLY, 0600));
+    ZRImageCacheUpdate followed;
+    update(&followed);
+    for (const QByteArray &name : names)
+        ::unlink(name.constData()); // Qt cannot name them
+    EXPECT_EQ(followed.refused.size(), 2);
+}
+
 TEST_F(ZRImageCacheTest, TriesWhatWasRefusedAgainAtEveryUpdate)
 {
     put("later.jpg", "not yet");
@@ -467,16 +479,17 @@ TEST_F(ZRImageCacheTest, RemovesWhatKilledProgramsLeft)
     update();
     const QStringList left = {cacheFolder + QStringLiteral("/.unfinished-1-1"), index + QStringLiteral(".xYzXyZ")};
     const QStringList kept = {cacheFolder + QStringLiteral("/.unfinished-sketch_thumb.jpg"), index};
-    for (const QString &path : left)
+    const QStringList copies = {index + QStringLiteral(".backup"), index + QStringLiteral(".Old")};
+    for (const QString &path : left + copies)
         writeFile(path, "half of it");
     const timespec longAgo[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-    for (const QString &path : left + kept)
+    for (const QString &path : left + kept + copies)
         ASSERT_EQ(utimensat(AT_FDCWD, path.toUtf8().constData(), longAgo, 0), 0) << path.toStdString();
     put("b.jpg");
     update();
     for (const QString &path : left)
         EXPECT_FALSE(QFile::exists(path)) << path.toStdString();
-    for (const QString &path : kept)
+    for (const QString &path : kept + copies)
         EXPECT_TRUE(QFile::exists(path)) << path.toStdString();
 }
 
@@ -575,6 +588,29 @@ TEST_F(ZRImageCacheTest, CallsTheOverridesOfHostsForEachFileInOrder)
             listed.append(name.chopped(4));
     }
     EXPECT_EQ(captionsInOrder, listed);
+}
+
+TEST_F(ZRImageCacheTest, MakesThumbnailsForHostsOutsideOfAnUpdate)
+{
+    struct OpenCache : ZRImageCache {
+        using ZRImageCache::createThumbEntryForImageFilename;
+    };
+    auto owned = std::make_unique<OpenCache>();
+    OpenCache &open = *owned;
+    ZRImageCatalog other(std::move(owned));
+    put("a.jpg");
+    put("notes.txt", "notes");
+    auto followed = std::make_unique<ZRImageCacheUpdate>();
+    open.createCacheForCatalogFolder(ZRImageCatalogFolder(photos, &other), followed.get());
+    EXPECT_EQ(followed->refused.size(), 1);
+    put("b.jpg");
+    put("more notes.txt", "notes");
+    EXPECT_FALSE(open.createThumbEntryForImageFilename(QStringLiteral("more notes.txt"), photos));
+    EXPECT_EQ(followed->refused.size(), 1) << "the update is over";
+    const auto entry = open.createThumbEntryForImageFilename(QStringLiteral("b.jpg"), photos);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->value(QStringLiteral("Caption")).toString(), u"b");
+    EXPECT_EQ(thumbnailSize("b_thumb.jpg"), QSize(30, 20));
 }
 
 TEST_F(ZRImageCacheTest, PassesExceptionsOnAndWritesNoIndex)

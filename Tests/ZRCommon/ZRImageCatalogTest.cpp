@@ -8,6 +8,7 @@
 
 #include <QBuffer>
 #include <QImage>
+#include <QSettings>
 
 namespace {
 
@@ -64,6 +65,16 @@ TEST_F(ZRImageCatalogTest, BeginsEmptyAndSavesTheFirstFolder)
     EXPECT_EQ(catalog.catalogFolders(), added);
     EXPECT_EQ(saved(), QStringList(path));
     EXPECT_TRUE(catalog.imageCache().hasCacheForCatalogFolder(*added[0])) << "its cache is built at once";
+}
+
+TEST_F(ZRImageCatalogTest, WritesItsSettingToTheDiskAtOnce)
+{
+    const QString file = QSettings().fileName();
+    const auto added = catalog.addToCatalogedFolders({folderWith("kept"), folderWith("taken out")});
+    EXPECT_TRUE(testSupport::readFile(file).contains("taken out"));
+    catalog.removeFromCatalogedFolders(added[1]);
+    EXPECT_TRUE(testSupport::readFile(file).contains("kept"));
+    EXPECT_FALSE(testSupport::readFile(file).contains("taken out"));
 }
 
 TEST_F(ZRImageCatalogTest, LoadsTheSavedFoldersInOrderOnTheFirstQuestion)

@@ -113,6 +113,7 @@ TEST(ImageFormatTest, TakesNothingElseForAPicture)
         brands("qt  "),
         padded("\0\0\1\0\0\0", 6), // an icon file without icons
         padded("\0\0\1\0\1\0\x10\x10\0\7", 10), // or with a reserved byte set
+        padded("\0\0\1\0\1\0\x10\x10\0\0\1\0\x20\0\4\0\0\0\0\x10\0\0", 22), // or one behind its end
         padded("\0\0\3\1\4\5", 6), // two bytes and a size are no proof of WBMP
         targa(2, 0, 4, 24, 48),
         targa(2, 4, 4, 23, 48),

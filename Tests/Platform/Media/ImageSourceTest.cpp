@@ -328,6 +328,26 @@ TEST(ImageSourceTest, HeadersThatPromiseTooMuchAreRefusedBeforeMemoryIsTaken)
     }
 }
 
+TEST(ImageSourceTest, FilesThatWouldHaveToBeReadWholeAreLimitedInSize)
+{
+    const QByteArray begins[] = {encoded(quarters(8, 8), "png"), encoded(quarters(8, 8), "bmp"),
+                                 QByteArray("IIRO\x08\0\0\0", 8), // camera raw
+                                 QByteArray("\0\0\0\x14"
+                                            "ftypheic\0\0\0\0mif1",
+                                            20)};
+    for (const QByteArray &begin : begins) {
+        const QString path = QDir(homePath()).filePath(QStringLiteral("large"));
+        writeFile(path, begin);
+        ASSERT_TRUE(QFile::resize(path, 513 * 1024 * 1024)); // of which nothing is on the disk
+        const Outcome result = thumbnailOfFile(path);
+        QFile::remove(path);
+        ASSERT_TRUE(result.error);
+        EXPECT_TRUE(result.error->code == ErrorCode::TooLarge || result.error->code == ErrorCode::UnknownFormat);
+        EXPECT_TRUE(result.error->reason == u"the file is too large" || begin.contains("heic"))
+            << result.error->reason.toStdString(); // for which there may be no decoder
+    }
+}
+
 TEST(ImageSourceTest, FormatsWithoutADecoderSayWhichIsMissing)
 {
     const QByteArray jpegXl = QByteArray("\xFF\x0A").leftJustified(64, '\0');

@@ -77,6 +77,31 @@ TEST(JpegDcDecoder, DecodesTheMeansOfBlocksInAllWaysOfCoding)
         expectMeans(jpeg(picture, options), what);
 }
 
+TEST(JpegDcDecoder, GuessesTheMeanOfWhatLaterScansRefine)
+{
+    QImage shades(800, 600, QImage::Format_Grayscale8);
+    for (int y = 0; y < shades.height(); ++y) {
+        for (int x = 0; x < shades.width(); ++x)
+            shades.scanLine(y)[x] = uchar(20 + (x + 2 * y) / 10);
+    }
+    const auto decoded = decode(jpeg(shades, {.quality = 10, .isProgressive = true, .colors = JCS_GRAYSCALE}));
+    ASSERT_TRUE(bool(decoded));
+    double sum = 0;
+    for (int y = 0; y < 75; ++y) {
+        for (int x = 0; x < 100; ++x)
+            sum += decoded.value().components[0].plane.row(y)[x] - shades.scanLine(8 * y + 4)[8 * x + 4];
+    }
+    EXPECT_NEAR(sum / (75 * 100), 0, 1); // neither darker nor lighter
+}
+
+TEST(JpegDcDecoder, PassesOverScansThatRefineBeforeOtherComponentsCome)
+{
+    JpegOptions options{.isComponentWise = true};
+    expectMeans(jpeg(testSupport::paintedPicture(237, 133), options), "component by component");
+    options.horizontalSampling = options.verticalSampling = 1;
+    expectMeans(jpeg(testSupport::paintedPicture(160, 90), options), "component by component, 4:4:4");
+}
+
 TEST(JpegDcDecoder, DecodesEverySizeOfThePicture)
 {
     for (const QSize size : {QSize(1, 1), QSize(8, 8), QSize(9, 7), QSize(16, 16), QSize(17, 33), QSize(1000, 3)}) {

@@ -1,5 +1,6 @@
 #include "Platform/Media/JpegThumbnail_p.h"
 
+#include "Platform/Media/Plane_p.h"
 #include "Support/JpegSamples.h"
 #include "Support/TestSupport.h"
 
@@ -7,6 +8,7 @@
 #include <QDir>
 #include <QtEndian>
 
+#include <cmath>
 #include <random>
 
 namespace {
@@ -61,6 +63,36 @@ TEST(JpegThumbnail, LooksLikeThePictureInEveryWayOfDecoding)
             ASSERT_EQ(made.size(), small) << what;
             EXPECT_LT(testSupport::meanDifference(made, expected), 12) << what << " " << size.width();
         }
+    }
+}
+
+TEST(JpegThumbnail, IsAsSharpAsAReductionOfTheWholePicture)
+{
+    for (const int width : {4000, 2000, 1900, 970, 700, 490}) { // for either way of decoding
+        Plane shades(width, width / 2);
+        for (int y = 0; y < shades.height; ++y) { // about as fine as the thumbnail can show
+            for (int x = 0; x < width; ++x)
+                shades.row(y)[x] = uchar(128 + 60 * std::sin(x * 500.0 / width) + 60 * std::sin(y * 430.0 / width));
+        }
+        const QImage picture(shades.bytes.data(), width, shades.height, width, QImage::Format_Grayscale8);
+        const QImage made = decodedThumbnail(jpeg(picture, {.quality = 97}));
+        const Plane reduced = resampled(shades, QSizeF(picture.size()), made.size());
+        const QImage expected(reduced.bytes.data(), reduced.width, reduced.height, reduced.width,
+                              QImage::Format_Grayscale8);
+        EXPECT_LT(testSupport::meanDifference(made, expected), 3.2) << width;
+    }
+}
+
+TEST(JpegThumbnail, InksCountFromNoneUnlessAMarkerSaysOtherwise)
+{
+    const QByteArray inverted = jpeg(paintedPicture(300, 200), {.colors = JCS_CMYK});
+    const qsizetype marker = inverted.indexOf("\xFF\xEE");
+    ASSERT_GT(marker, 0);
+    constexpr qsizetype markerLength = 16;
+    const QImage made = decodedThumbnail(QByteArray(inverted).remove(marker, markerLength));
+    for (int y = 0; y < made.height(); y += 10) {
+        for (int x = 0; x < made.width(); x += 10)
+            EXPECT_LT(qGray(made.pixel(x, y)), 10); // all of the black ink
     }
 }
 

@@ -114,6 +114,13 @@ TEST(PngFileTest, SaysWhatIsWrongAndWhere)
         EXPECT_EQ(failureOf(file), QStringLiteral("byte 33: a PNG chunk is not valid where it stands"));
 }
 
+TEST(PngFileTest, APictureThatIsCutOffWithinItsDataIsRefused)
+{
+    const QByteArray begin = pngSignature + pngHeader(2, 1, 8, 0) + pngChunk("IDAT", "some of the data");
+    const QByteArray file = begin + pngChunk("IDAT", "and the rest").chopped(6);
+    EXPECT_EQ(failureOf(file), QStringLiteral("byte %1: the PNG file is cut off").arg(file.size()));
+}
+
 TEST(PngFileTest, APictureThatIsThereIsReadWhateverBecameOfTheEnd)
 {
     const qsizetype end = png().size() - 12;

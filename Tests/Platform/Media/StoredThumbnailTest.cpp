@@ -85,6 +85,19 @@ TEST(StoredThumbnailTest, BlocksThatAreNotWholeAreDecodedToBeTurned)
     }
 }
 
+TEST(StoredThumbnailTest, BlocksAtTheEdgeAreTurnedAsWell)
+{
+    QImage shades(150, 113, QImage::Format_RGB32);
+    for (int y = 0; y < shades.height(); ++y) {
+        for (int x = 0; x < shades.width(); ++x)
+            shades.setPixelColor(x, y, QColor(x, 2 * y, 128));
+    }
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const QByteArray thumbnail = jpeg(storedFor(orientation, shades));
+        EXPECT_LT(greatestDifference(decoded(storedIn(photoWith(thumbnail, orientation))), shades), 20) << orientation;
+    }
+}
+
 TEST(StoredThumbnailTest, NothingButThePictureIsPassedOn)
 {
     const QByteArray thumbnail = withSegment(withExif(jpeg(quarters(160, 120)), exifStructure(1)), 0xFE, "a comment")
