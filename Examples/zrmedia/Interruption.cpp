@@ -4,7 +4,8 @@
 
 namespace {
 
-std::atomic<ZRWorkUnit *> unitToCancel = nullptr;
+// What it points to is never destroyed: the handler may run on any thread and at any time.
+std::atomic<const std::shared_ptr<ZRWorkUnit> *> unitToCancel = nullptr;
 std::atomic<bool> isInterrupted = false;
 static_assert(decltype(unitToCancel)::is_always_lock_free && decltype(isInterrupted)::is_always_lock_free);
 
@@ -12,9 +13,7 @@ static_assert(decltype(unitToCancel)::is_always_lock_free && decltype(isInterrup
 
 void Interruption::cancels(const std::shared_ptr<ZRWorkUnit> &unit)
 {
-    // Never destroyed: the handler may run on any thread and at any time.
-    [[maybe_unused]] static const auto *const kept = new std::shared_ptr<ZRWorkUnit>(unit);
-    unitToCancel = unit.get();
+    unitToCancel = new std::shared_ptr<ZRWorkUnit>(unit);
 }
 
 bool Interruption::hasHappened()
@@ -24,10 +23,9 @@ bool Interruption::hasHappened()
 
 bool Interruption::takeInSignalHandler()
 {
-    ZRWorkUnit *const unit = unitToCancel.exchange(nullptr);
-    if (!unit)
+    const std::shared_ptr<ZRWorkUnit> *const unit = unitToCancel;
+    if (!unit || isInterrupted.exchange(true))
         return false;
-    isInterrupted = true;
-    unit->setCancelFlag(true);
+    (*unit)->setCancelFlag(true);
     return true;
 }
