@@ -1,12 +1,11 @@
 #include "Platform/Foundation/IndexSet.h"
 
 #include "Platform/Foundation/AssertionHandler.h"
+#include "Support/IndexSets.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <iterator>
 #include <limits>
-#include <ostream>
 #include <random>
 #include <set>
 #include <tuple>
@@ -14,16 +13,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-namespace platform {
-
-// How a failed comparison shows a range.
-void PrintTo(const IndexRange &range, std::ostream *stream)
-{
-    *stream << range.location << "+" << range.length;
-}
-
-} // namespace platform
 
 namespace {
 
@@ -33,16 +22,9 @@ using platform::InternalInconsistency;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
+using testSupport::indexes;
 
 constexpr qint64 farLength = 0x7fffffff;
-
-IndexSet indexes(std::initializer_list<qint64> values)
-{
-    IndexSet result;
-    for (const qint64 value : values)
-        result.addIndex(value);
-    return result;
-}
 
 std::vector<qint64> listed(const IndexSet &set)
 {

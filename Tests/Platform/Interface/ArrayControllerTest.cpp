@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/ValueObjects.h"
+#include "Support/IndexSets.h"
 #include "Support/TestSupport.h"
 
 #include <QAbstractItemModelTester>
@@ -14,23 +15,11 @@
 #include <initializer_list>
 #include <iterator>
 #include <memory>
-#include <ostream>
 #include <random>
 #include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-namespace platform {
-
-// How a failed comparison shows a set.
-void PrintTo(const IndexSet &set, std::ostream *stream)
-{
-    for (const IndexRange &range : set.ranges())
-        *stream << "[" << range.location << "+" << range.length << "]";
-}
-
-} // namespace platform
 
 namespace {
 
@@ -42,6 +31,7 @@ using platform::Number;
 using platform::ObjectPointer;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testSupport::indexes;
 
 using Objects = QList<ObjectPointer>;
 
@@ -59,14 +49,6 @@ QString spelled(const Objects &objects)
     QString result;
     for (const ObjectPointer &object : objects)
         result += static_cast<const platform::String &>(*object).value();
-    return result;
-}
-
-IndexSet indexes(std::initializer_list<qint64> values)
-{
-    IndexSet result;
-    for (const qint64 value : values)
-        result.addIndex(value);
     return result;
 }
 
@@ -429,6 +411,22 @@ TEST(ArrayController, RemovesManyScatteredObjectsAtOnce)
     EXPECT_EQ(controller.takeAnnouncements(), announced({"reset", "arranged", "indexes", "selected"}));
 }
 
+TEST(ArrayController, AnnouncesUpToThirtyTwoRangesOfRemovedRowsOneByOne)
+{
+    for (const int ranges : {32, 33}) {
+        Letters controller(QString(100, QLatin1Char('a')));
+        IndexSet removed;
+        for (int i = 0; i < ranges; ++i)
+            removed.addRange({3 * i, 2});
+        controller.removeObjectsAtArrangedIndexes(removed);
+        EXPECT_EQ(controller.rowCount(), 100 - 2 * ranges);
+        const QStringList announcements = controller.takeAnnouncements();
+        EXPECT_EQ(announcements.count(QStringLiteral("removed")), ranges == 32 ? 32 : 0);
+        EXPECT_EQ(announcements.count(QStringLiteral("reset")), ranges == 32 ? 0 : 1);
+        EXPECT_EQ(announcements.count(QStringLiteral("arranged")), 1);
+    }
+}
+
 TEST(ArrayController, RefusesIndexesThatItDoesNotHaveAndObjectsThatAreNone)
 {
     Letters controller(QStringLiteral("abc"));
@@ -652,6 +650,7 @@ TEST(ArrayController, ASlotMayChangeTheSelectionAgain)
                      [&] { controller.setSelectionIndex(0); });
     controller.addObjects(letters(QStringLiteral("x")));
     EXPECT_EQ(controller.selected(), QStringLiteral("a"));
+    EXPECT_EQ(controller.takeAnnouncements(), announced({"inserted", "arranged", "indexes", "selected"}));
 }
 
 TEST(ArrayController, ASlotMayDestroyTheController)
