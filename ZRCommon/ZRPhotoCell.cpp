@@ -78,13 +78,9 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
     Cell::drawInteriorWithFrame(painter, frame, view);
 
     const QRectF area = pictureArea(frame);
-    const auto *const grid = dynamic_cast<const ZRPhotoMatrix *>(&view);
-    const auto record = std::dynamic_pointer_cast<ZRImageThumbnail>(representedObject());
-    const auto image = grid ? grid->pictureToDraw(*this) : record ? record->imageToDisplay() : nullptr;
-    if (image && !image->size().isEmpty() && !image->representations().empty()) {
-        const float aspect = float(image->size().width() / image->size().height());
-        painter.drawImage(ZRFitRect(area, aspect), image->representations().front().bitmap);
-    }
+    const QImage picture = pictureToDraw(view);
+    if (!picture.isNull())
+        painter.drawImage(ZRFitRect(area, float(picture.width()) / float(picture.height())), picture);
     if (m_used_in_current_document) {
         const QImage badge = imageInCurrentDocumentImage(view.devicePixelRatioF());
         // Its lower edge is named.
@@ -92,6 +88,14 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
             painter.drawImage(QPointF(area.x() - 3, area.y() - 6), badge);
     }
     drawTitle(painter, frame, view);
+}
+
+QImage ZRPhotoCell::pictureToDraw(const platform::View &view) const
+{
+    const auto *const grid = dynamic_cast<const ZRPhotoMatrix *>(&view);
+    const auto record = std::dynamic_pointer_cast<ZRImageThumbnail>(representedObject());
+    const auto image = grid ? grid->pictureToDraw(*this) : record ? record->imageToDisplay() : nullptr;
+    return image && !image->representations().empty() ? image->representations().front().bitmap : QImage();
 }
 
 void ZRPhotoCell::drawTitle(QPainter &painter, const QRectF &frame, const platform::View &view) const

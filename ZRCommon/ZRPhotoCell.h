@@ -37,6 +37,10 @@ public:
     void drawInteriorWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view) override;
     QString accessibleName() const override { return m_photo_title; }
 
+    /// The picture to be drawn now: that of the record, if it is there or may be read within this paint. For hosts
+    /// whose pictures come from elsewhere. Null for none.
+    virtual QImage pictureToDraw(const platform::View &view) const;
+
     /// The badge of photos that the current document uses, at the best of its sizes for a pixel ratio.
     static QImage imageInCurrentDocumentImage(qreal devicePixelRatio);
 
