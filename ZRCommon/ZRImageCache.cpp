@@ -237,7 +237,13 @@ public:
         : update(followed ? *followed : m_own)
         , names(std::move(listing))
         , m_outer(std::exchange(currentSession(), this))
-    { }
+    {
+        // It may have followed another one before.
+        ZRImageCacheUpdate fresh;
+        fresh.cancelFlag = update.cancelFlag;
+        fresh.didProgress = std::move(update.didProgress);
+        update = std::move(fresh);
+    }
     ~Session() { currentSession() = m_outer; }
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;

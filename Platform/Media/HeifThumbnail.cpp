@@ -3,6 +3,7 @@
 #include "Platform/Media/BitmapThumbnail_p.h"
 #include "Platform/Media/HeifPlugin/HeifDecoder_p.h"
 #include "Platform/Media/ImageFormat_p.h"
+#include "Platform/Media/LargePictureTurn_p.h"
 #include "Platform/Media/ReaderThumbnail_p.h"
 
 #include <QCoreApplication>
@@ -73,6 +74,8 @@ Result<QByteArray> heifThumbnail(const ImageInput &input, int maximumPixelSize)
         return noDecoder(ImageFormat::Heif);
     if (input.size() > maximumReadFileSize)
         return Error{ErrorCode::TooLarge, QStringLiteral("the file is too large"), -1, {}};
+    constexpr qint64 usualCompression = 32; // what a picture takes is not known before it is decoded
+    const LargePictureTurn turn(usualCompression * input.size());
     const QByteArray bytes = input.read(0, input.size());
     Picture picture(decoder);
     picture.minimumPixelSize = maximumPixelSize;

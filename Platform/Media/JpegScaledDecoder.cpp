@@ -1,6 +1,7 @@
 #include "Platform/Media/JpegScaledDecoder_p.h"
 
 #include "Platform/Media/ImageSource.h"
+#include "Platform/Media/LargePictureTurn_p.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -153,6 +154,7 @@ Result<ScaledJpeg> decodeScaledJpeg(const ImageInput &input, int minimumPixelSiz
 {
     if (input.size() > maximumFileSize)
         return Error{ErrorCode::TooLarge, QStringLiteral("the file is too large"), -1, {}};
+    const LargePictureTurn turn(input.size());
     const QByteArray bytes = input.read(0, input.size());
     if (bytes.isEmpty())
         return Error{ErrorCode::Malformed, QStringLiteral("the file is empty"), -1, {}};

@@ -3,6 +3,7 @@
 #include "Platform/Media/BitmapThumbnail_p.h"
 #include "Platform/Media/ImageFormat_p.h"
 #include "Platform/Media/JpegThumbnail_p.h"
+#include "Platform/Media/LargePictureTurn_p.h"
 #include "Platform/Media/ReaderThumbnail_p.h"
 
 #include <memory>
@@ -75,6 +76,7 @@ Result<QByteArray> rawThumbnail(const ImageInput &input, int maximumPixelSize)
     if (input.size() > maximumReadFileSize)
         return Error{ErrorCode::TooLarge, QStringLiteral("the file is too large"), -1, {}};
     try {
+        const LargePictureTurn turn(input.size());
         return previewOf(input.read(0, input.size()), maximumPixelSize);
     } catch (...) { // the library throws numbers and exceptions of its own
         return failure(LIBRAW_DATA_ERROR);

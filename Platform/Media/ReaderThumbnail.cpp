@@ -4,6 +4,7 @@
 #include "Platform/Media/ImageMetadata_p.h"
 #include "Platform/Media/ImageReading_p.h"
 #include "Platform/Media/JpegThumbnail_p.h"
+#include "Platform/Media/LargePictureTurn_p.h"
 #include "Platform/Media/PngFile_p.h"
 
 #include <QtEndian>
@@ -224,6 +225,7 @@ Result<QImage> decoded(QByteArray bytes, ImageFormat format, int maximumPixelSiz
         return Error{ErrorCode::Malformed, QStringLiteral("the file is too small for so many pixels"), -1, {}};
     if (format == ImageFormat::Svg && size.isValid())
         reader.setScaledSize(thumbnailSize(size, maximumPixelSize));
+    const LargePictureTurn turn(4 * pixelsOf(size));
     const QImage image = reader.read();
     if (image.isNull())
         return Error{ErrorCode::Malformed, QStringLiteral("the %1 data cannot be decoded").arg(nameOf(format)), -1, {}};
@@ -253,6 +255,7 @@ Result<QByteArray> readerThumbnail(const ImageInput &input, ImageFormat format, 
         return noDecoder(format);
     if (input.size() > maximumReadFileSize)
         return Error{ErrorCode::TooLarge, QStringLiteral("the file is too large"), -1, {}};
+    const LargePictureTurn turn(input.size());
     QByteArray bytes = input.read(0, input.size());
     if (format == ImageFormat::MacIcon) {
         bytes = pngOfMacIcon(bytes, maximumPixelSize);

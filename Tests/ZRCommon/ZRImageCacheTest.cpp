@@ -216,6 +216,22 @@ TEST_F(ZRImageCacheTest, DropsEveryEntryOfAFileThatIsGone)
     EXPECT_TRUE(captions().isEmpty());
 }
 
+TEST_F(ZRImageCacheTest, CountsAnewForEachUpdate)
+{
+    put("a.jpg");
+    put("notes.txt", "no picture");
+    ZRImageCacheUpdate followed;
+    int calls = 0;
+    followed.didProgress = [&](const ZRImageCacheUpdate &) { ++calls; };
+    update(&followed);
+    const int callsBefore = calls;
+    update(&followed);
+    EXPECT_EQ(followed.made, 0);
+    EXPECT_EQ(followed.kept, 1);
+    EXPECT_EQ(followed.refused.size(), 1);
+    EXPECT_GT(calls, callsBefore);
+}
+
 TEST_F(ZRImageCacheTest, FindsItsEntriesInWhateverOrder)
 {
     for (int i = 0; i < 12; ++i)

@@ -252,12 +252,12 @@ TEST(IndexSet, RemovedRowsMayReachPastTheHighestIndex)
 
 TEST(IndexSet, ACopyIsOfItsOwn)
 {
-    const IndexSet original = indexes({1, 5});
-    IndexSet copy = original;
-    EXPECT_EQ(copy.ranges().constData(), original.ranges().constData()) << "a copy costs no memory";
+    const IndexSet set = indexes({1, 5});
+    IndexSet copy = set;
+    EXPECT_EQ(copy.ranges().constData(), set.ranges().constData()) << "a copy costs no memory";
     copy.removeIndex(5);
-    EXPECT_EQ(original, indexes({1, 5}));
-    EXPECT_NE(copy, original);
+    EXPECT_EQ(set, indexes({1, 5}));
+    EXPECT_NE(copy, set);
 }
 
 TEST(IndexSet, BuildsAMillionIndexesInAscendingOrderAtOnce)
