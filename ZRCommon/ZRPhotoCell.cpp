@@ -7,10 +7,72 @@
 #include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRCommon/ZRPhotoMatrix.h"
 
+#include <QCache>
 #include <QPainter>
+#include <QStaticText>
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+
+namespace {
+
+const QFont &titleFont()
+{
+    static const QFont font = [] {
+        QFont label;
+        label.setPixelSize(10);
+        return label;
+    }();
+    return font;
+}
+
+/// A title shortened to a width and laid out. To lay a line out takes several times as long as to draw it, so that the
+/// titles that were drawn last are kept.
+const QStaticText &preparedTitle(const QString &title, int width)
+{
+    constexpr int kept = 4000;
+    static QCache<QPair<QString, int>, QStaticText> titles(kept);
+    if (const QStaticText *const known = titles.object({title, width}))
+        return *known;
+    auto text =
+        std::make_unique<QStaticText>(QFontMetrics(titleFont()).elidedText(title.simplified(), Qt::ElideMiddle, width));
+    text->setTextFormat(Qt::PlainText);
+    text->setPerformanceHint(QStaticText::AggressiveCaching);
+    text->prepare(QTransform(), titleFont());
+    QStaticText *const prepared = text.release();
+    titles.insert({title, width}, prepared);
+    return *prepared;
+}
+
+/// Fills a frame but for a picture in it, the edges of which are left to no rounding.
+void fillAround(QPainter &painter, const QRectF &frame, const QRectF &picture, const QColor &color)
+{
+    const QRectF inner = picture.adjusted(1, 1, -1, -1);
+    if (inner.isEmpty() || color.alpha() < 255)
+        return painter.fillRect(frame, color);
+    painter.fillRect(QRectF(frame.topLeft(), QPointF(frame.right(), inner.top())), color);
+    painter.fillRect(QRectF(QPointF(frame.left(), inner.bottom()), frame.bottomRight()), color);
+    painter.fillRect(QRectF(QPointF(frame.left(), inner.top()), inner.bottomLeft()), color);
+    painter.fillRect(QRectF(inner.topRight(), QPointF(frame.right(), inner.bottom())), color);
+}
+
+/// A picture that has the size of its place already, but for rounding, is copied: that takes a tenth of the time.
+void drawPicture(QPainter &painter, const QRectF &place, const QImage &picture)
+{
+    const double ratio = painter.device()->devicePixelRatioF();
+    if ((place.size() * ratio).toSize() == picture.size()) {
+        QImage copied = picture;
+        copied.setDevicePixelRatio(ratio);
+        painter.drawImage(QPointF(std::round(place.x() * ratio) / ratio, std::round(place.y() * ratio) / ratio),
+                          copied);
+        return;
+    }
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(place, picture);
+}
+
+} // namespace
 
 std::unique_ptr<platform::Cell> ZRPhotoCell::clone() const
 {
@@ -74,20 +136,22 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
     if (!representedObject())
         platform::raiseFailure({Q_FUNC_INFO, "ZRPhotoCell", 172}, this,
                                QStringLiteral("represented object should not be NULL"));
-    painter.fillRect(frame, Qt::white);
-    Cell::drawInteriorWithFrame(painter, frame, view);
-
+    const bool highlighted = isHighlighted();
+    const QColor background = highlighted ? highlightColorWithFrame(frame, view) : QColor(Qt::white);
     const QRectF area = pictureArea(frame);
     const QImage picture = pictureToDraw(view);
+    const QRectF place =
+        picture.isNull() ? QRectF() : ZRFitRect(area, float(picture.width()) / float(picture.height()));
+    fillAround(painter, frame, picture.hasAlphaChannel() ? QRectF() : place, background);
     if (!picture.isNull())
-        painter.drawImage(ZRFitRect(area, float(picture.width()) / float(picture.height())), picture);
+        drawPicture(painter, place, picture);
     if (m_used_in_current_document) {
         const QImage badge = imageInCurrentDocumentImage(view.devicePixelRatioF());
         // Its lower edge is named.
         if (!badge.isNull())
             painter.drawImage(QPointF(area.x() - 3, area.y() - 6), badge);
     }
-    drawTitle(painter, frame, view);
+    drawTitle(painter, frame, highlighted ? view.palette().color(QPalette::HighlightedText) : QColor(Qt::black));
 }
 
 QImage ZRPhotoCell::pictureToDraw(const platform::View &view) const
@@ -98,22 +162,16 @@ QImage ZRPhotoCell::pictureToDraw(const platform::View &view) const
     return image && !image->representations().empty() ? image->representations().front().bitmap : QImage();
 }
 
-void ZRPhotoCell::drawTitle(QPainter &painter, const QRectF &frame, const platform::View &view) const
+void ZRPhotoCell::drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const
 {
     if (m_photo_title.isEmpty())
         return;
     const QRectF area = pictureArea(frame);
     const QRectF title(frame.x() + titleXOffset, area.y() - topMargin + area.height() + titleYOffset + 1, frame.width(),
                        titleHeight);
-    static const QFont font = [] {
-        QFont label;
-        label.setPixelSize(10);
-        return label;
-    }();
-    const QPalette &palette = view.palette();
-    painter.setFont(font);
-    painter.setPen(isHighlighted() ? palette.color(QPalette::HighlightedText) : QColor(Qt::black));
-    painter.drawText(
-        title, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-        painter.fontMetrics().elidedText(m_photo_title, Qt::ElideMiddle, int(frame.width()) - 2 * titleXOffset));
+    const QStaticText &text = preparedTitle(m_photo_title, int(frame.width()) - 2 * titleXOffset);
+    painter.setFont(titleFont());
+    painter.setPen(color);
+    painter.drawStaticText(QPointF(title.x(), title.y() + std::floor((title.height() - text.size().height()) / 2)),
+                           text);
 }

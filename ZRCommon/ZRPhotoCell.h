@@ -35,6 +35,7 @@ public:
     void drawWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view) override;
     /// A failed assertion without a record.
     void drawInteriorWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view) override;
+    bool isOpaque() const override { return representedObject() != nullptr; }
     QString accessibleName() const override { return m_photo_title; }
 
     /// The picture to be drawn now: that of the record, if it is there or may be read within this paint. For hosts
@@ -46,7 +47,7 @@ public:
 
 private:
     QRectF pictureArea(const QRectF &frame) const;
-    void drawTitle(QPainter &painter, const QRectF &frame, const platform::View &view) const;
+    void drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const;
     void redraw();
 
     QString m_photo_title;

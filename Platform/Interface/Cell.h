@@ -54,6 +54,8 @@ public:
     /// The palette's highlight: of the active window while the view has the keyboard, otherwise of inactive ones.
     virtual QColor highlightColorWithFrame(const QRectF &frame, const View &view) const;
 
+    /// Whether drawing fills the whole frame, so that nothing need be drawn below. Not, unless a class says so.
+    virtual bool isOpaque() const { return false; }
     /// What a screen reader says of the cell; empty by default.
     virtual QString accessibleName() const { return QString(); }
 

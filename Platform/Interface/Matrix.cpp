@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/EventBoundary.h"
 #include "Platform/Interface/MatrixAccessible_p.h"
+#include "Platform/Interface/ScrollView.h"
 
 #include <QEvent>
 #include <QLoggingCategory>
@@ -240,12 +241,41 @@ Matrix::PlaceRange Matrix::placesInRect(const QRectF &rect) const
 
 void Matrix::drawRect(QPainter &painter, const QRectF &dirty)
 {
-    if (m_drawsBackground)
-        painter.fillRect(dirty, palette().color(QPalette::Base));
     const PlaceRange places = placesInRect(dirty);
+    drawBackground(painter, dirty, places);
     for (int row = places.first.row; row < places.end.row; ++row) {
         for (int column = places.first.column; column < places.end.column; ++column)
             drawCell(painter, *m_cells[size_t(qint64(row) * m_numberOfColumns + column)], cellFrameAtRow(row, column));
+    }
+}
+
+// Every pixel is filled once: filling is half of what a cell costs. What opaque cells cover is left to them.
+void Matrix::drawBackground(QPainter &painter, const QRectF &dirty, const PlaceRange &places)
+{
+    if (!m_drawsBackground && !enclosingScrollView())
+        return;
+    const QWidget &behind = m_drawsBackground ? *this : *parentWidget();
+    const QColor color = behind.palette().color(m_drawsBackground ? QPalette::Base : parentWidget()->backgroundRole());
+    const auto fill = [&](double left, double top, double right, double bottom) {
+        const QRectF rect = QRectF(QPointF(left, top), QPointF(right, bottom)).intersected(dirty);
+        if (!rect.isEmpty())
+            painter.fillRect(rect, color);
+    };
+    const QSizeF step = stride();
+    const double rowsEnd = places.end.row * step.height(), columnsEnd = places.end.column * step.width();
+    fill(columnsEnd, dirty.top(), dirty.right(), dirty.bottom());
+    fill(dirty.left(), rowsEnd, columnsEnd, dirty.bottom());
+    for (int column = places.first.column; column < places.end.column; ++column)
+        fill(column * step.width() + m_cellSize.width(), dirty.top(), (column + 1) * step.width(), rowsEnd);
+    for (int row = places.first.row; row < places.end.row; ++row)
+        fill(dirty.left(), row * step.height() + m_cellSize.height(), columnsEnd, (row + 1) * step.height());
+    for (int row = places.first.row; row < places.end.row; ++row) {
+        for (int column = places.first.column; column < places.end.column; ++column) {
+            if (m_cells[size_t(qint64(row) * m_numberOfColumns + column)]->isOpaque())
+                continue;
+            const QRectF frame = cellFrameAtRow(row, column);
+            fill(frame.left(), frame.top(), frame.right(), frame.bottom());
+        }
     }
 }
 

@@ -46,7 +46,8 @@ public:
     void setCellSize(const QSizeF &size);
     QSizeF intercellSpacing() const { return m_intercellSpacing; }
     void setIntercellSpacing(const QSizeF &spacing);
-    /// Whether the view is filled with the palette's base colour first. It is, at first.
+    /// Whether the view's base colour stands behind the cells; it does, at first. Otherwise, what is behind the view:
+    /// of the scroll view, if there is one.
     bool drawsBackground() const { return m_drawsBackground; }
     void setDrawsBackground(bool drawsBackground);
 
@@ -108,6 +109,7 @@ protected:
         Place end;
     };
     PlaceRange placesInRect(const QRectF &rect) const;
+    void drawBackground(QPainter &painter, const QRectF &dirty, const PlaceRange &places);
     void changeEvent(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;

@@ -50,6 +50,7 @@ void ScrollView::setDocumentView(View *document)
     if (!document)
         return adjustScrollBars();
     document->setParent(viewport());
+    document->setAttribute(Qt::WA_OpaquePaintEvent); // what showed already is moved when it scrolls
     document->m_scrollView = this;
     document->m_origin = QPointF();
     m_document = document;

@@ -12,6 +12,8 @@ class View;
 /// the part that shows, and the document is drawn from there. Qt's own scroll area moves a widget of the document's
 /// size, which ends at 16,777,215 pixels.
 ///
+/// The document draws the whole of its widget, whatever is behind it: what it leaves out shows what was there before.
+///
 /// The document takes the width of what shows: when that changes, its frame is set to the new width, from which it lays
 /// itself out. The height is its own.
 ///

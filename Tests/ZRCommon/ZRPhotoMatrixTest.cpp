@@ -145,16 +145,15 @@ TEST_F(PhotoMatrix, DrawsAPhotoAboveItsTitleOnWhite)
 {
     fill({photo(thumbnailFile("wide.png", Qt::red, QSize(120, 30)), "Wide"),
           photo(thumbnailFile("tall.png", Qt::green, QSize(30, 120)), "Tall")});
-    QPalette palette = grid->palette();
-    palette.setColor(QPalette::Base, Qt::magenta); // of the viewport around it
-    grid->setPalette(palette);
-    grid->setAutoFillBackground(true);
+    QPalette palette = scrollView.viewport()->palette();
+    palette.setColor(QPalette::Base, Qt::magenta);
+    scrollView.viewport()->setPalette(palette);
     const QImage image = drawn();
     // The area is 114 by 74 from (3, 5) on.
     EXPECT_EQ(colorAt(image, {60, 42}), QColor(Qt::red));
-    EXPECT_EQ(colorAt(image, {4, 42}), QColor(Qt::red));
+    EXPECT_EQ(colorAt(image, {6, 42}), QColor(Qt::red));
     EXPECT_EQ(colorAt(image, {60, 20}), QColor(Qt::white)) << "beside the picture";
-    EXPECT_EQ(colorAt(image, {121 + 60, 6}), QColor(Qt::green));
+    EXPECT_EQ(colorAt(image, {121 + 60, 8}), QColor(Qt::green));
     EXPECT_EQ(colorAt(image, {121 + 10, 42}), QColor(Qt::white));
     EXPECT_EQ(colorAt(image, {1, 1}), QColor(Qt::white));
     EXPECT_EQ(colorAt(image, {2 * 121 + 50, 42}), QColor(Qt::magenta)) << "a blank draws nothing";
