@@ -52,6 +52,8 @@ public:
 
     /// What is displayed in place of a picture that cannot be loaded: no image at all, a null pointer.
     static std::shared_ptr<platform::Image> notLoadedImage() { return nullptr; }
+    /// Whether a picture is loaded.
+    bool isImageLoaded() const { return m_thumb_image != nullptr; }
     /// Reads the picture, unless one is loaded.
     void loadImage();
     /// Lets the picture go; the next `imageToDisplay` reads the file again. Who still holds the picture keeps it.

@@ -1,0 +1,296 @@
+// The photo grid with 100,000 cells of 120 by 90 at 1600 by 1000, beside QListView in icon mode with a lean model: both
+// show the same pictures, which are in memory, and titles.
+
+#include "BenchmarkSupport.h"
+#include "Platform/Interface/ScrollView.h"
+#include "ZRCommon/ZRPhotoCell.h"
+#include "ZRCommon/ZRPhotoMatrix.h"
+
+#include <QtWidgets>
+
+#include <benchmark/benchmark.h>
+
+#include <random>
+
+using benchmarkSupport::require;
+using benchmarkSupport::Stopwatch;
+
+namespace {
+
+constexpr QSize window(1600, 1000), cellSize(120, 90), pictureSize(114, 74);
+
+const std::vector<QImage> &pictures()
+{
+    static const std::vector<QImage> made = [] {
+        std::vector<QImage> images;
+        for (int i = 0; i < 64; ++i) {
+            QImage image(pictureSize, QImage::Format_RGB32);
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x)
+                    image.setPixel(x, y, qRgb((x * 5 + i * 9) & 255, (y * 7 + i * 31) & 255, (x * y + i) & 255));
+            }
+            images.push_back(image);
+        }
+        return images;
+    }();
+    return made;
+}
+
+QString titleOf(int index)
+{
+    return QStringLiteral("IMG_%1").arg(index, 7, 10, QLatin1Char('0'));
+}
+
+void settle()
+{
+    for (int i = 0; i < 5; ++i) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+}
+
+// Ours
+
+/// A record without a file, whose picture and title are made from its number.
+class NumberedPhoto : public platform::Object
+{
+public:
+    explicit NumberedPhoto(int number)
+        : m_number(number)
+    { }
+    int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+/// What `ZRPhotoCell` draws, with pictures that are in memory.
+class BenchmarkCell : public ZRPhotoCell
+{
+public:
+    std::unique_ptr<platform::Cell> clone() const override { return std::make_unique<BenchmarkCell>(); }
+    QImage pictureToDraw(const platform::View &) const override
+    {
+        return pictures()[size_t(static_cast<const NumberedPhoto &>(*representedObject()).number()) & 63];
+    }
+};
+
+struct Grid {
+    platform::ScrollView view;
+    ZRPhotoMatrix *const grid = new ZRPhotoMatrix;
+
+    explicit Grid(int count)
+    {
+        view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+        view.setDocumentView(grid);
+        grid->setPrototype(std::make_unique<BenchmarkCell>());
+        grid->setCellSize(cellSize);
+        grid->setIntercellSpacing(QSizeF(0, 0));
+        view.resize(window);
+        const int columns = window.width() / cellSize.width();
+        grid->renewRows((count + columns - 1) / columns, columns);
+        for (int i = 0; i < count; ++i) {
+            auto &cell = static_cast<BenchmarkCell &>(*grid->cells()[size_t(i)]);
+            cell.setRepresentedObject(std::make_shared<NumberedPhoto>(i));
+            cell.setPhotoTitle(titleOf(i));
+        }
+        grid->sizeToCells();
+    }
+    void show()
+    {
+        view.show();
+        settle();
+        grid->repaint();
+    }
+    void repaint() { grid->repaint(); }
+    void layOut() { grid->setFrame(QRectF(grid->viewFrame().topLeft(), QSizeF(grid->viewFrame().width() - 1, 0))); }
+    bool isHit(const QPoint &point) { return grid->placeAtPoint(grid->fromWidget(point)).has_value(); }
+    void selectAll() { grid->Matrix::selectAll(); }
+    void selectNothing() { grid->deselectAllCells(); }
+};
+
+// QListView
+
+struct LeanModel : QAbstractListModel {
+    std::vector<QString> titles;
+    std::vector<QPixmap> pixmaps;
+    explicit LeanModel(int count)
+    {
+        for (const QImage &picture : pictures())
+            pixmaps.push_back(QPixmap::fromImage(picture));
+        for (int i = 0; i < count; ++i)
+            titles.push_back(titleOf(i));
+    }
+    int rowCount(const QModelIndex &parent = {}) const override { return parent.isValid() ? 0 : int(titles.size()); }
+    QVariant data(const QModelIndex &index, int role) const override
+    {
+        if (role == Qt::DisplayRole)
+            return titles[size_t(index.row())];
+        if (role == Qt::DecorationRole)
+            return pixmaps[size_t(index.row()) & 63];
+        return role == Qt::SizeHintRole ? QVariant(cellSize) : QVariant();
+    }
+};
+
+struct PeerView : QListView {
+    using QListView::doItemsLayout;
+};
+
+struct PeerGrid {
+    LeanModel model;
+    PeerView view;
+
+    explicit PeerGrid(int count)
+        : model(count)
+    {
+        view.setViewMode(QListView::IconMode);
+        view.setUniformItemSizes(true);
+        view.setGridSize(cellSize);
+        view.setIconSize(pictureSize);
+        view.setResizeMode(QListView::Adjust);
+        view.setMovement(QListView::Static);
+        view.setSelectionMode(QAbstractItemView::ExtendedSelection);
+        view.setLayoutMode(QListView::SinglePass);
+        view.setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+        view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+        QFont font = view.font();
+        font.setPixelSize(10);
+        view.setFont(font);
+        view.resize(window);
+        view.setModel(&model);
+    }
+    void show()
+    {
+        view.show();
+        settle();
+        view.viewport()->repaint();
+    }
+    void repaint() { view.viewport()->repaint(); }
+    void layOut() { view.doItemsLayout(); }
+    bool isHit(const QPoint &point) { return view.indexAt(point).isValid(); }
+    void selectAll() { view.selectAll(); }
+    void selectNothing() { view.clearSelection(); }
+};
+
+/// A figure of either: what is done and measured, over and over, with a grid that shows.
+template <class AnyGrid>
+void run(benchmark::State &state, int count, const std::function<void(AnyGrid &)> &step,
+         const std::function<void(AnyGrid &)> &between = {})
+{
+    AnyGrid grid(count);
+    grid.show();
+    settle();
+    step(grid);
+    for (auto _ : state) {
+        if (between)
+            between(grid);
+        settle();
+        const Stopwatch watch;
+        step(grid);
+        state.SetIterationTime(watch.seconds());
+    }
+}
+
+template <class AnyGrid>
+void firstFrame(benchmark::State &state, int count)
+{
+    for (auto _ : state) {
+        AnyGrid grid(count);
+        const Stopwatch watch;
+        grid.show();
+        state.SetIterationTime(watch.seconds());
+        settle();
+    }
+}
+
+template <class AnyGrid>
+void memory(benchmark::State &state, int count)
+{
+    for (auto _ : state) {
+        const Stopwatch watch;
+        const qint64 before = benchmarkSupport::anonymousMemory();
+        const AnyGrid grid(count);
+        if (!state.counters.contains("bytes_per_cell")) // later ones find memory that the first has left
+            state.counters["bytes_per_cell"] = double(benchmarkSupport::anonymousMemory() - before) / count;
+        state.SetIterationTime(watch.seconds());
+    }
+}
+
+template <class AnyGrid>
+void hitTest(AnyGrid &grid)
+{
+    static const std::vector<QPoint> points = [] {
+        std::mt19937 random(1);
+        std::vector<QPoint> made;
+        for (int i = 0; i < 1000; ++i)
+            made.push_back(QPoint(int(random() % 1550), int(random() % 980)));
+        return made;
+    }();
+    int hits = 0;
+    for (const QPoint &point : points)
+        hits += grid.isHit(point);
+    require(hits > 900, "points are beside the cells");
+}
+
+template <class AnyGrid>
+void scroll(AnyGrid &grid)
+{
+    constexpr int steps = 100;
+    for (int i = 1; i <= steps; ++i) {
+        grid.view.verticalScrollBar()->setValue(i * 37);
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+}
+
+template <class AnyGrid>
+void resize(AnyGrid &grid)
+{
+    const bool isWide = grid.view.width() == window.width();
+    grid.view.resize(isWide ? window.width() - 240 : window.width(), window.height());
+    QCoreApplication::sendPostedEvents();
+    grid.repaint();
+}
+
+void add(const std::string &name, const std::function<void(benchmark::State &)> &figure)
+{
+    benchmark::RegisterBenchmark(name.c_str(), figure)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(9);
+}
+
+template <class AnyGrid>
+void addAll(const std::string &prefix)
+{
+    constexpr int count = 100'000;
+    using Step = std::function<void(AnyGrid &)>;
+    const auto addStep = [&](const char *name, const Step &step, const Step &between = {}) {
+        add(prefix + name, [=](benchmark::State &state) { run<AnyGrid>(state, count, step, between); });
+    };
+    add(prefix + "Memory", [](benchmark::State &state) { memory<AnyGrid>(state, count); });
+    add(prefix + "FirstFrame", [](benchmark::State &state) { firstFrame<AnyGrid>(state, count); });
+    add(prefix + "FirstFrameOfAMillion", [](benchmark::State &state) { firstFrame<AnyGrid>(state, 1'000'000); });
+    addStep("Paint", [](AnyGrid &grid) { grid.repaint(); });
+    addStep("Scroll", scroll<AnyGrid>);
+    addStep("Resize", resize<AnyGrid>);
+    addStep("Layout", [](AnyGrid &grid) { grid.layOut(); });
+    addStep("HitTest", hitTest<AnyGrid>);
+    addStep(
+        "SelectAll",
+        [](AnyGrid &grid) {
+            grid.selectAll();
+            QCoreApplication::sendPostedEvents();
+            grid.repaint();
+        },
+        [](AnyGrid &grid) { grid.selectNothing(); });
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    addAll<Grid>("");
+    addAll<PeerGrid>("Peer");
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

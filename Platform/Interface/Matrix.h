@@ -1,0 +1,139 @@
+#pragma once
+
+#include "Platform/Foundation/IndexSet.h"
+#include "Platform/Interface/Cell.h"
+#include "Platform/Interface/View.h"
+
+#include <QSizeF>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace platform {
+
+/// A grid of cells of one size, row by row: the cell at row r and column c has index r * numberOfColumns + c. Any
+/// number of cells may be selected, also none.
+///
+/// The selection is a set of ranges of indexes: to select a million cells costs as much as to select one. Drawing and
+/// finding a cell cost the same however many cells there are.
+///
+/// The main thread only.
+class Matrix : public View
+{
+    Q_OBJECT
+
+public:
+    struct Place {
+        int row = -1;
+        int column = -1;
+        friend bool operator==(const Place &a, const Place &b) { return a.row == b.row && a.column == b.column; }
+    };
+
+    explicit Matrix(QWidget *parent = nullptr);
+    ~Matrix() override;
+
+    /// What new cells are copies of.
+    const Cell &prototype() const { return *m_prototype; }
+    void setPrototype(std::unique_ptr<Cell> prototype);
+
+    int numberOfRows() const { return m_numberOfRows; }
+    int numberOfColumns() const { return m_numberOfColumns; }
+    qint64 numberOfCells() const { return qint64(m_cells.size()); }
+    /// Of each cell, 100 by 17 at first; and what is left free between two cells, 1 by 1 at first. Neither lays
+    /// anything out by itself: `sizeToCells` does.
+    QSizeF cellSize() const { return m_cellSize; }
+    void setCellSize(const QSizeF &size);
+    QSizeF intercellSpacing() const { return m_intercellSpacing; }
+    void setIntercellSpacing(const QSizeF &spacing);
+    /// Whether the view's base colour stands behind the cells; it does, at first. Otherwise, what is behind the view:
+    /// of the scroll view, if there is one.
+    bool drawsBackground() const { return m_drawsBackground; }
+    void setDrawsBackground(bool drawsBackground);
+
+    /// Has the grid so many rows and columns. The cells stay, in their order, as far as there is room for them; those
+    /// that are missing are copies of the prototype, those that are too many go. Nothing is selected or highlighted
+    /// afterwards. Negative numbers count as 0, and the product is limited to 2^31 - 1 cells.
+    virtual void renewRows(int rows, int columns);
+    /// Makes the frame as large as the cells.
+    virtual void sizeToCells();
+
+    /// Row by row. The cells belong to the matrix, until it is renewed.
+    const std::vector<std::unique_ptr<Cell>> &cells() const { return m_cells; }
+    /// Null outside the grid.
+    Cell *cellAtIndex(qint64 index) const;
+    Cell *cellAtRow(int row, int column) const;
+    Place placeOfCell(const Cell &cell) const;
+    /// The place whose cell has the point within it; nothing between the cells and outside the grid.
+    std::optional<Place> placeAtPoint(const QPointF &point) const;
+    /// Of any place, also of one that has no cell.
+    QRectF cellFrameAtRow(int row, int column) const;
+    /// How many cells have a represented object. Costs nothing.
+    qint64 numberOfUsedCells() const { return m_numberOfUsedCells; }
+
+    const IndexSet &selectedIndexes() const { return m_selected; }
+    const IndexSet &highlightedIndexes() const { return m_highlighted; }
+    /// In the order of their indexes.
+    std::vector<Cell *> selectedCells() const;
+    /// The place from which a further selection extends: that which was selected last. -1 while nothing is selected.
+    int selectedRow() const { return m_current.row; }
+    int selectedColumn() const { return m_current.column; }
+    /// Selects and highlights the cell alone. A row or column of -1 selects nothing; any other place that is not there
+    /// changes nothing.
+    virtual void selectCellAtRow(int row, int column);
+    virtual void deselectAllCells();
+    /// Adds the cells between two indexes, in whatever order, to those that are selected and highlighted, or takes them
+    /// away from these. Indexes outside the grid are passed over.
+    /// @param anchor becomes the place from which a further selection extends, if there is a cell
+    /// @param highlight false to take the cells away
+    virtual void setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight);
+    virtual void selectAll();
+
+    void sendAction() { Q_EMIT action(); }
+    void sendDoubleAction() { Q_EMIT doubleAction(); }
+
+Q_SIGNALS:
+    void action();
+    void doubleAction();
+    /// The selection was changed, once for each operation, and only when it is another one. While it is told nothing of
+    /// the selection may be changed, but for asking for that later.
+    void selectionChanged();
+
+protected:
+    void drawRect(QPainter &painter, const QRectF &dirty) override;
+    /// Draws a cell that shows. An exception that leaves the cell is logged, and the others are drawn.
+    virtual void drawCell(QPainter &painter, Cell &cell, const QRectF &frame);
+    /// Rows and columns, first and behind the last, that are in a rectangle.
+    struct PlaceRange {
+        Place first;
+        Place end;
+    };
+    PlaceRange placesInRect(const QRectF &rect) const;
+    void drawBackground(QPainter &painter, const QRectF &dirty, const PlaceRange &places);
+    void changeEvent(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+
+private:
+    friend class Cell;
+    void objectOfCellChanged(const Cell &cell, bool wasUsed);
+    void setCellSelected(const Cell &cell, bool isSelected);
+    void setCellHighlighted(const Cell &cell, bool isHighlighted);
+    bool hasPlace(int row, int column) const;
+    void changeSelection(IndexSet selected, IndexSet highlighted);
+    QSizeF stride() const { return m_cellSize + m_intercellSpacing; }
+
+    std::unique_ptr<Cell> m_prototype;
+    std::vector<std::unique_ptr<Cell>> m_cells;
+    int m_numberOfRows = 0;
+    int m_numberOfColumns = 0;
+    QSizeF m_cellSize{100, 17};
+    QSizeF m_intercellSpacing{1, 1};
+    bool m_drawsBackground = true;
+    qint64 m_numberOfUsedCells = 0;
+    IndexSet m_selected;
+    IndexSet m_highlighted;
+    Place m_current;
+};
+
+} // namespace platform

@@ -1,0 +1,114 @@
+#include "Platform/Interface/ArrayController.h"
+
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::ArrayController;
+using platform::IndexSet;
+using platform::ObjectPointer;
+using testing::Lt;
+
+using Objects = QList<ObjectPointer>;
+
+/// A number that counts how often it is compared or hashed.
+class CountingNumber : public platform::Object
+{
+    ZR_OBJECT(CountingNumber, platform::Object)
+public:
+    explicit CountingNumber(int value)
+        : m_value(value)
+    { }
+    bool isEqual(const Object &other) const override
+    {
+        ++calls;
+        const auto number = dynamic_cast<const CountingNumber *>(&other);
+        return number && number->m_value == m_value;
+    }
+    size_t hash() const override
+    {
+        ++calls;
+        return size_t(m_value);
+    }
+
+    inline static qint64 calls = 0;
+
+private:
+    int m_value;
+};
+
+Objects countingNumbers(int count)
+{
+    Objects result;
+    for (int i = 0; i < count; ++i)
+        result.append(std::make_shared<CountingNumber>(i));
+    return result;
+}
+
+class ArrayControllerCost : public testing::TestWithParam<int>
+{
+protected:
+    /// The calls that an operation made for each object.
+    template <class Operation>
+    double callsPerObject(Operation operation)
+    {
+        ArrayController controller;
+        controller.setContent(countingNumbers(GetParam()));
+        IndexSet even;
+        for (int i = 0; i < GetParam(); i += 2)
+            even.addIndex(i);
+        controller.setSelectionIndexes(even);
+        CountingNumber::calls = 0;
+        operation(controller);
+        return double(CountingNumber::calls) / GetParam();
+    }
+};
+
+TEST_P(ArrayControllerCost, OfSelectingEqualObjectsIsLinear)
+{
+    const Objects twins = countingNumbers(GetParam());
+    EXPECT_THAT(callsPerObject([&](auto &controller) { controller.setSelectedObjects(twins); }), Lt(5));
+    EXPECT_THAT(callsPerObject([&](auto &controller) { controller.addSelectedObjects(twins); }), Lt(5));
+    EXPECT_THAT(callsPerObject([&](auto &controller) { controller.removeSelectedObjects(twins); }), Lt(5));
+}
+
+TEST_P(ArrayControllerCost, OfSelectingAllNeedsNoComparison)
+{
+    const auto selectAll = [](auto &controller) { controller.setSelectedObjects(controller.arrangedObjects()); };
+    EXPECT_EQ(callsPerObject(selectAll), 0);
+}
+
+TEST_P(ArrayControllerCost, OfChangingTheContentIsLinear)
+{
+    const Objects twins = countingNumbers(GetParam());
+    const Objects reversed(twins.crbegin(), twins.crend());
+    EXPECT_THAT(callsPerObject([&](auto &controller) { controller.setContent(reversed); }), Lt(5));
+    EXPECT_THAT(callsPerObject([&](auto &controller) { controller.removeObjects(reversed.first(twins.size() - 1)); }),
+                Lt(5));
+    EXPECT_THAT(callsPerObject([&](auto &controller) { controller.moveObjects(reversed, 0); }), Lt(5));
+    const auto removeSelected = [](auto &controller) {
+        controller.removeObjectsAtArrangedIndexes(controller.selectionIndexes());
+        EXPECT_EQ(controller.rowCount(), GetParam() / 2);
+    };
+    EXPECT_EQ(callsPerObject(removeSelected), 0);
+}
+
+TEST_P(ArrayControllerCost, OfChangingOneEndIsNothingForTheOthers)
+{
+    const auto takeFromFrontToBack = [](auto &controller) {
+        for (int i = 0; i < GetParam(); ++i) {
+            const ObjectPointer first = controller.arrangedObjects().constFirst();
+            controller.setSelectionIndex(5);
+            controller.removeObjectAtArrangedIndex(0);
+            controller.addObject(first);
+        }
+    };
+    EXPECT_EQ(callsPerObject(takeFromFrontToBack), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, ArrayControllerCost, testing::Values(1000, 100'000));
+
+} // namespace

@@ -1,0 +1,255 @@
+#include "ZRCommon/ZRPhotoMatrix.h"
+
+#include "Platform/Foundation/AssertionHandler.h"
+#include "Platform/Interface/ScrollView.h"
+#include "Support/FolderTest.h"
+#include "Support/ImageSamples.h"
+#include "ZRCommon/ZRFitRect.h"
+#include "ZRCommon/ZRPhotoCell.h"
+
+#include <QPainter>
+#include <QTest>
+#include <QUrl>
+
+namespace {
+
+using platform::ScrollView;
+using Thumbnail = std::shared_ptr<ZRImageThumbnail>;
+
+struct PhotoMatrix : testSupport::FolderTest {
+    ScrollView scrollView;
+    ZRPhotoMatrix *const grid = new ZRPhotoMatrix;
+
+    PhotoMatrix()
+    {
+        scrollView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        scrollView.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        scrollView.resize(490, 300);
+        scrollView.setDocumentView(grid);
+        scrollView.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&scrollView));
+    }
+    QString thumbnailFile(const char *name, const QColor &color, const QSize &size = QSize(120, 80)) const
+    {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(color);
+        testSupport::writeFile(in(name), testSupport::encoded(image, "png"));
+        return in(name);
+    }
+    static Thumbnail photo(const QString &thumbPath, const QString &title,
+                           const QString &path = QStringLiteral("/p.jpg"))
+    {
+        return std::make_shared<ZRImageThumbnail>(thumbPath, path, title, QDateTime());
+    }
+    void fill(const QList<Thumbnail> &photos)
+    {
+        const auto needed = grid->getRowsNeeded(photos.size());
+        grid->renewRows(needed.rows, needed.columns);
+        for (qsizetype i = 0; i < photos.size(); ++i)
+            grid->cells()[size_t(i)]->setRepresentedObject(photos[i]);
+        grid->sizeToCells();
+    }
+    /// The grid once all pictures that it will ever have are read.
+    QImage drawn() const
+    {
+        QImage before, image = grid->grab().toImage();
+        const auto isDone = [&] {
+            before = std::exchange(image, grid->grab().toImage());
+            return image == before;
+        };
+        EXPECT_TRUE(testSupport::waitUntil(isDone));
+        return image;
+    }
+    ZRPhotoCell &cell(size_t index) const { return static_cast<ZRPhotoCell &>(*grid->cells()[index]); }
+};
+
+QColor colorAt(const QImage &image, const QPointF &point)
+{
+    return image.pixelColor((point * image.devicePixelRatio()).toPoint());
+}
+
+} // namespace
+
+TEST(ZRFitRect, FitsAnAspectRatioIntoTheMiddle)
+{
+    EXPECT_EQ(ZRFitRect(QRectF(0, 0, 100, 50), 1), QRectF(25, 0, 50, 50));
+    EXPECT_EQ(ZRFitRect(QRectF(0, 0, 100, 50), 4), QRectF(0, 12.5, 100, 25));
+    EXPECT_EQ(ZRFitRect(QRectF(10, 20, 100, 50), 2), QRectF(10, 20, 100, 50));
+}
+
+TEST_F(PhotoMatrix, HasItsFixedSettings)
+{
+    EXPECT_EQ(grid->cellSize(), QSizeF(120, 90));
+    EXPECT_EQ(grid->intercellSpacing(), QSizeF(1, 1));
+    EXPECT_FALSE(grid->drawsBackground());
+    EXPECT_TRUE(dynamic_cast<const ZRPhotoCell *>(&grid->prototype()));
+    EXPECT_TRUE(grid->allowDraggingOut());
+    EXPECT_EQ(ZRPhotoMatrixDidChangeSelection, "ZRPhotoMatrixDidChangeSelection");
+    EXPECT_TRUE(ZRPhotoCell().acceptsFirstResponder());
+}
+
+TEST_F(PhotoMatrix, SizesItsCellsToAThumbnailWidth)
+{
+    const auto sizeFor = [&](double width) {
+        grid->setCellSizeForImageSize(QSizeF(width, 999));
+        return grid->cellSize();
+    };
+    EXPECT_EQ(sizeFor(50), QSizeF(94, 82));
+    EXPECT_EQ(sizeFor(100), QSizeF(106, 91));
+    EXPECT_EQ(sizeFor(300), QSizeF(246, 196));
+    EXPECT_EQ(sizeFor(101), QSizeF(107, 91.75));
+    fill(QList<Thumbnail>(9, photo({}, "x")));
+    sizeFor(88);
+    EXPECT_EQ(grid->numberOfColumns(), 5) << "the grid flows";
+    sizeFor(240);
+    EXPECT_EQ(grid->numberOfColumns(), 1);
+    EXPECT_GE(grid->viewFrame().height(), 9 * 196);
+}
+
+TEST_F(PhotoMatrix, HandsOutWhatIsSelected)
+{
+    const Thumbnail a = photo({}, "a", "/x/a.jpg"), b = photo({}, "b", {}), c = photo({}, "c", "/x/c.jpg");
+    fill({a, b, c});
+    EXPECT_EQ(grid->photoCount(), 3);
+    EXPECT_TRUE(grid->selectedImageThumbnails().isEmpty());
+    grid->Matrix::selectAll(); // and with them the blank at the end
+    EXPECT_EQ(grid->numberOfCells(), 4);
+    EXPECT_EQ(grid->selectedImageThumbnails(), QList<Thumbnail>({a, b, c}));
+    EXPECT_EQ(grid->pathsForSelectedImages(), QStringList({"/x/a.jpg", "/x/c.jpg"}));
+    EXPECT_EQ(grid->pasteboardForDrag()->urls(),
+              QList<QUrl>({QUrl::fromLocalFile("/x/a.jpg"), QUrl::fromLocalFile("/x/c.jpg")}));
+    grid->matrixSelectCellAtRow(0, 1);
+    EXPECT_EQ(grid->selectedImageThumbnails(), QList<Thumbnail>({b}));
+    EXPECT_TRUE(grid->pasteboardForDrag()->urls().isEmpty());
+    EXPECT_TRUE(grid->pasteboardForDrag()->hasFormat("text/uri-list"));
+}
+
+TEST_F(PhotoMatrix, ACellTakesItsTitleFromItsPhoto)
+{
+    fill({photo({}, "Sea")});
+    EXPECT_EQ(cell(0).photoTitle(), "Sea");
+    EXPECT_EQ(cell(0).accessibleName(), "Sea");
+    cell(0).setUsedInCurrentDocument(true);
+    cell(0).setPhotoTitle("Lake");
+    EXPECT_EQ(cell(0).photoTitle(), "Lake");
+    const auto copy = cell(0).clone();
+    EXPECT_EQ(static_cast<ZRPhotoCell &>(*copy).photoTitle(), "");
+    EXPECT_FALSE(static_cast<ZRPhotoCell &>(*copy).isUsedInCurrentDocument());
+    EXPECT_EQ(copy->representedObject(), nullptr);
+    cell(0).setRepresentedObject(nullptr);
+    EXPECT_EQ(cell(0).photoTitle(), "");
+    EXPECT_FALSE(cell(0).isUsedInCurrentDocument());
+}
+
+TEST_F(PhotoMatrix, DrawsAPhotoAboveItsTitleOnWhite)
+{
+    fill({photo(thumbnailFile("wide.png", Qt::red, QSize(120, 30)), "Wide"),
+          photo(thumbnailFile("tall.png", Qt::green, QSize(30, 120)), "Tall")});
+    QPalette palette = scrollView.viewport()->palette();
+    palette.setColor(QPalette::Base, Qt::magenta);
+    scrollView.viewport()->setPalette(palette);
+    const QImage image = drawn();
+    // The area is 114 by 74 from (3, 5) on.
+    EXPECT_EQ(colorAt(image, {60, 42}), QColor(Qt::red));
+    EXPECT_EQ(colorAt(image, {6, 42}), QColor(Qt::red));
+    EXPECT_EQ(colorAt(image, {60, 20}), QColor(Qt::white)) << "beside the picture";
+    EXPECT_EQ(colorAt(image, {121 + 60, 8}), QColor(Qt::green));
+    EXPECT_EQ(colorAt(image, {121 + 10, 42}), QColor(Qt::white));
+    EXPECT_EQ(colorAt(image, {1, 1}), QColor(Qt::white));
+    EXPECT_EQ(colorAt(image, {2 * 121 + 50, 42}), QColor(Qt::magenta)) << "a blank draws nothing";
+    bool hasTitle = false;
+    for (int x = 4; x < 60; ++x) {
+        for (int y = 79; y < 89; ++y)
+            hasTitle = hasTitle || colorAt(image, QPointF(x, y)).lightness() < 100;
+    }
+    EXPECT_TRUE(hasTitle);
+}
+
+TEST_F(PhotoMatrix, ASelectedCellHasThePalettesHighlight)
+{
+    fill({photo(thumbnailFile("a.png", Qt::red, QSize(30, 120)), "a")});
+    grid->matrixSelectCellAtRow(0, 0);
+    const QPalette &palette = grid->palette();
+    EXPECT_EQ(colorAt(drawn(), {5, 40}), palette.color(QPalette::Inactive, QPalette::Highlight));
+    scrollView.activateWindow();
+    grid->setFocus();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&scrollView));
+    EXPECT_EQ(colorAt(drawn(), {5, 40}), palette.color(QPalette::Active, QPalette::Highlight));
+}
+
+TEST_F(PhotoMatrix, DrawsABadgeOnPhotosThatTheDocumentUses)
+{
+    fill({photo(thumbnailFile("a.png", Qt::blue), "a")});
+    EXPECT_LT(colorAt(drawn(), {8, 5}).green(), colorAt(drawn(), {8, 5}).blue() + 1);
+    cell(0).setUsedInCurrentDocument(true);
+    const QColor badge = colorAt(drawn(), {4, 8});
+    EXPECT_GT(badge.green(), badge.blue());
+    EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(2).size(), QSize(36, 36));
+    EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(1).size(), QSize(18, 18));
+}
+
+TEST_F(PhotoMatrix, DrawingTheInteriorOfABlankIsAnError)
+{
+    fill({photo({}, "a")});
+    QImage image(50, 50, QImage::Format_RGB32);
+    QPainter painter(&image);
+    cell(1).drawWithFrame(painter, QRectF(0, 0, 50, 50), *grid);
+    try {
+        cell(1).drawInteriorWithFrame(painter, QRectF(0, 0, 50, 50), *grid);
+        ADD_FAILURE() << "no failure";
+    } catch (const platform::InternalInconsistency &failure) {
+        const QString text = QString::fromUtf8(failure.what());
+        EXPECT_TRUE(text.contains("represented object should not be NULL")) << qPrintable(text);
+        EXPECT_TRUE(text.contains("ZRPhotoCell")) << qPrintable(text);
+        EXPECT_TRUE(text.contains("172")) << qPrintable(text);
+    }
+}
+
+TEST_F(PhotoMatrix, DrawsThePhotosThatItCan)
+{
+    testSupport::writeFile(in("empty.png"), "");
+    testSupport::writeFile(in("odd.png"), "no picture");
+    fill({photo(in("missing.png"), "missing"), photo(in("empty.png"), "empty"), photo(in("odd.png"), "odd"),
+          photo(thumbnailFile("good.png", Qt::red), "good")});
+    const QImage image = drawn();
+    EXPECT_EQ(colorAt(image, {60, 42}), QColor(Qt::white));
+    EXPECT_EQ(colorAt(image, {3 * 121 + 60, 42}), QColor(Qt::red));
+    thumbnailFile("missing.png", Qt::green);
+    EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::white)) << "what was refused is not tried at every paint";
+    fill({photo(in("missing.png"), "found")});
+    EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::green));
+}
+
+TEST_F(PhotoMatrix, ReadsWhatShowsAndLetsGoWhatIsFar)
+{
+    constexpr int count = 4000;
+    const QString file = thumbnailFile("a.png", Qt::red, QSize(8, 8));
+    QList<Thumbnail> photos;
+    for (int i = 0; i < count; ++i)
+        photos.append(photo(file, QString::number(i)));
+    fill(photos);
+    const auto loaded = [&] {
+        return std::count_if(photos.cbegin(), photos.cend(), [](const auto &each) { return each->isImageLoaded(); });
+    };
+    const auto visibleAreLoaded = [&] {
+        const QRectF visible = grid->visibleRect();
+        for (const auto &each : grid->cells()) {
+            const auto place = grid->placeOfCell(*each);
+            const auto record = std::dynamic_pointer_cast<ZRImageThumbnail>(each->representedObject());
+            if (record && grid->cellFrameAtRow(place.row, place.column).intersects(visible) && !record->isImageLoaded())
+                return false;
+        }
+        return true;
+    };
+    EXPECT_TRUE(testSupport::waitUntil(visibleAreLoaded)) << "as many paints as it takes";
+    EXPECT_LE(loaded(), 16);
+    qint64 most = 0;
+    for (double y = 0; y < grid->viewFrame().height(); y += 200) {
+        scrollView.scrollToPoint(QPointF(0, y));
+        EXPECT_TRUE(testSupport::waitUntil(visibleAreLoaded));
+        most = std::max<qint64>(most, loaded());
+    }
+    EXPECT_LE(most, 440) << "far ones are let go";
+    EXPECT_FALSE(photos.first()->isImageLoaded());
+    EXPECT_TRUE(photos.last()->isImageLoaded());
+}

@@ -1,0 +1,478 @@
+#include "ZRCommon/ZRExtendedMatrix.h"
+
+#include "Platform/Interface/ArrayController.h"
+#include "Platform/Interface/DragRunner.h"
+#include "Platform/Interface/ScrollView.h"
+
+#include <QKeyEvent>
+#include <QMetaMethod>
+#include <QMetaProperty>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+
+using platform::Cell;
+using platform::CommandKeyMask;
+using platform::IndexSet;
+using platform::KeyAction;
+using platform::MouseEvent;
+using platform::ObjectPointer;
+using platform::ShiftKeyMask;
+
+namespace {
+
+const QString selectionBinding = QStringLiteral("matrixSelectedObjects");
+
+using ObjectList = QList<ObjectPointer>;
+
+struct HashOfObject {
+    size_t operator()(const platform::Object *object) const { return object->hash(); }
+};
+struct EqualObjects {
+    bool operator()(const platform::Object *a, const platform::Object *b) const { return platform::areEqual(a, b); }
+};
+
+} // namespace
+
+ZRExtendedMatrix::ZRExtendedMatrix(QWidget *parent)
+    : Matrix(parent)
+{ }
+
+ZRExtendedMatrix::~ZRExtendedMatrix() = default;
+
+std::vector<Cell *> ZRExtendedMatrix::usedCells() const
+{
+    std::vector<Cell *> used;
+    used.reserve(size_t(usedCellsCount()));
+    for (const auto &cell : cells()) {
+        if (cell->representedObject())
+            used.push_back(cell.get());
+    }
+    return used;
+}
+
+double ZRExtendedMatrix::visibleWidth() const
+{
+    const platform::ScrollView *const scrollView = enclosingScrollView();
+    return scrollView ? scrollView->documentVisibleRect().width() : 0;
+}
+
+ZRExtendedMatrix::RowsAndColumns ZRExtendedMatrix::getRowsNeeded(qint64 cellCount) const
+{
+    const float columns = float(visibleWidth()) / float(cellSize().width());
+    RowsAndColumns needed;
+    // Also where the quotient is no number.
+    needed.columns = columns >= 1 ? int(std::min(columns, 1e9f)) : 1;
+    needed.rows = int((cellCount + needed.columns - 1) / needed.columns);
+    return needed;
+}
+
+// The cells noted are reselected as ranges: the same cells, however many they are.
+void ZRExtendedMatrix::selectAgain(const IndexSet &indexes)
+{
+    matrixDeselectAllCells();
+    for (const platform::IndexRange &range : indexes.ranges())
+        matrixSetSelectionFrom(range.location, range.end() - 1, range.end() - 1, true);
+}
+
+void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
+{
+    const RowsAndColumns needed = getRowsNeeded(usedCellsCount());
+    if (needed.columns == numberOfColumns())
+        return;
+    const IndexSet selected = selectedIndexes();
+    renewRows(needed.rows, needed.columns);
+    selectAgain(selected);
+    sizeToCells();
+    setNeedsDisplay();
+}
+
+void ZRExtendedMatrix::sizeToCells()
+{
+    Matrix::sizeToCells();
+    if (const platform::ScrollView *const scrollView = enclosingScrollView())
+        setFrameSize(viewFrame().size().expandedTo(scrollView->contentSize()));
+}
+
+void ZRExtendedMatrix::setFrame(const QRectF &frame)
+{
+    const double oldWidth = viewFrame().width();
+    Matrix::setFrame(frame);
+    if (!usesAvailableWidthToLayoutCells())
+        return;
+    if (frame.width() != oldWidth)
+        possiblyAdjustNumberRowsAndColumns();
+    sizeToCells();
+}
+
+void ZRExtendedMatrix::matrixDeselectAllCells()
+{
+    if (m_observed_object_for_matrix_selection)
+        m_observed_object_for_matrix_selection->setSelectedObjects({});
+    else
+        deselectAllCells();
+}
+
+void ZRExtendedMatrix::matrixSelectCellAtRow(int row, int column)
+{
+    if (!m_observed_object_for_matrix_selection)
+        return selectCellAtRow(row, column);
+    const Cell *const cell = cellAtRow(row, column);
+    if (cell && cell->representedObject())
+        m_observed_object_for_matrix_selection->setSelectedObjects({cell->representedObject()});
+}
+
+void ZRExtendedMatrix::matrixSetSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight)
+{
+    if (!m_observed_object_for_matrix_selection)
+        return setSelectionFrom(from, to, anchor, highlight);
+    const ObjectList arranged = m_observed_object_for_matrix_selection->arrangedObjects();
+    const qint64 low = std::max<qint64>(std::min(from, to), 0);
+    const qint64 high = std::min<qint64>(std::max(from, to), arranged.size() - 1);
+    if (low <= high)
+        m_observed_object_for_matrix_selection->addSelectedObjects(arranged.mid(low, high - low + 1));
+}
+
+void ZRExtendedMatrix::selectAll()
+{
+    if (m_observed_object_for_matrix_selection)
+        m_observed_object_for_matrix_selection->setSelectedObjects(
+            m_observed_object_for_matrix_selection->arrangedObjects());
+    else
+        Matrix::selectAll();
+}
+
+ZRExtendedMatrix::CellBounds ZRExtendedMatrix::selectedCellBounds() const
+{
+    CellBounds bounds{numberOfRows(), numberOfColumns(), 0, 0};
+    for (const platform::IndexRange &range : highlightedIndexes().ranges()) {
+        const qint64 last = range.end() - 1;
+        const int firstRow = int(range.location / numberOfColumns()), lastRow = int(last / numberOfColumns());
+        bounds.minRow = std::min(bounds.minRow, firstRow);
+        bounds.maxRow = std::max(bounds.maxRow, lastRow);
+        // A range that goes on in the next row reaches both edges.
+        const bool isInOneRow = firstRow == lastRow;
+        bounds.minColumn = std::min(bounds.minColumn, isInOneRow ? int(range.location % numberOfColumns()) : 0);
+        bounds.maxColumn =
+            std::max(bounds.maxColumn, isInOneRow ? int(last % numberOfColumns()) : numberOfColumns() - 1);
+    }
+    return bounds;
+}
+
+QVariantMap ZRExtendedMatrix::saveSelection() const
+{
+    QVariantList indexes;
+    qint64 place = 0;
+    auto range = selectedIndexes().ranges().begin();
+    const auto end = selectedIndexes().ranges().end();
+    for (const auto &cell : cells()) {
+        if (!cell->representedObject())
+            continue;
+        while (range != end && range->end() <= cell->index())
+            ++range;
+        if (range != end && range->location <= cell->index())
+            indexes.append(place);
+        ++place;
+    }
+    return {{QStringLiteral("count"), usedCellsCount()}, {QStringLiteral("indexes"), indexes}};
+}
+
+void ZRExtendedMatrix::restoreSelection(const QVariantMap &selection)
+{
+    if (selection.value(QStringLiteral("count")).toLongLong() != usedCellsCount())
+        return matrixDeselectAllCells();
+    IndexSet indexes;
+    for (const QVariant &saved : selection.value(QStringLiteral("indexes")).toList()) {
+        const qint64 index = saved.toLongLong();
+        if (index >= 0 && index < numberOfCells())
+            indexes.addIndex(index);
+    }
+    selectAgain(indexes);
+}
+
+void ZRExtendedMatrix::insertNewline()
+{
+    sendDoubleAction();
+}
+
+void ZRExtendedMatrix::selectTarget(int row, int column)
+{
+    if (row < 0 || column < 0)
+        return;
+    matrixSelectCellAtRow(row, column);
+    if (cellAtRow(row, column))
+        scrollRectToVisible(cellFrameAtRow(row, column));
+}
+
+void ZRExtendedMatrix::moveRight()
+{
+    const CellBounds bounds = selectedCellBounds();
+    if (bounds.maxColumn + 1 < numberOfColumns())
+        selectTarget(bounds.maxRow, bounds.maxColumn + 1);
+}
+
+void ZRExtendedMatrix::moveDown()
+{
+    const CellBounds bounds = selectedCellBounds();
+    if (bounds.maxRow + 1 < numberOfRows())
+        selectTarget(bounds.maxRow + 1, bounds.maxColumn);
+}
+
+void ZRExtendedMatrix::moveLeft()
+{
+    const CellBounds bounds = selectedCellBounds();
+    selectTarget(bounds.minRow, bounds.minColumn - 1);
+}
+
+void ZRExtendedMatrix::moveUp()
+{
+    const CellBounds bounds = selectedCellBounds();
+    selectTarget(bounds.minRow - 1, bounds.minColumn);
+}
+
+void ZRExtendedMatrix::moveForward()
+{
+    const CellBounds bounds = selectedCellBounds();
+    if (bounds.maxColumn + 1 < numberOfColumns())
+        selectTarget(bounds.maxRow, bounds.maxColumn + 1);
+    else if (bounds.maxRow + 1 < numberOfRows())
+        selectTarget(bounds.maxRow + 1, 0);
+}
+
+void ZRExtendedMatrix::moveBackward()
+{
+    const CellBounds bounds = selectedCellBounds();
+    if (bounds.minColumn > 0)
+        selectTarget(bounds.minRow, bounds.minColumn - 1);
+    else
+        selectTarget(bounds.minRow - 1, numberOfColumns() - 1);
+}
+
+bool ZRExtendedMatrix::performKeyAction(KeyAction action)
+{
+    switch (action) {
+    case KeyAction::moveForward:
+        moveForward();
+        return true;
+    case KeyAction::moveBackward:
+        moveBackward();
+        return true;
+    case KeyAction::moveUp:
+        moveUp();
+        return true;
+    case KeyAction::moveDown:
+        moveDown();
+        return true;
+    case KeyAction::moveLeft:
+        moveLeft();
+        return true;
+    case KeyAction::moveRight:
+        moveRight();
+        return true;
+    case KeyAction::insertNewline:
+        insertNewline();
+        return true;
+    case KeyAction::selectAll:
+        selectAll();
+        return true;
+    case KeyAction::pageUp:
+    case KeyAction::pageDown:
+    case KeyAction::scrollPageUp:
+    case KeyAction::scrollPageDown:
+    case KeyAction::scrollToBeginningOfDocument:
+    case KeyAction::scrollToEndOfDocument:
+        return true;
+    default:
+        return false;
+    }
+}
+
+void ZRExtendedMatrix::keyPressEvent(QKeyEvent *event)
+{
+    const auto action = platform::keyActionFor(*event);
+    if (!action || !performKeyAction(*action))
+        Matrix::keyPressEvent(event);
+}
+
+bool ZRExtendedMatrix::bind(const QString &binding, platform::ArrayController *controller, const QString &keyPath)
+{
+    if (binding != selectionBinding || !controller)
+        return false;
+    const QMetaObject &about = *controller->metaObject();
+    const int property = about.indexOfProperty(keyPath.toUtf8().constData());
+    if (property < 0 || !about.property(property).hasNotifySignal())
+        return false;
+    const int slot = metaObject()->indexOfSlot("observeSelectedObjects()");
+    connect(controller, about.property(property).notifySignal(), this, metaObject()->method(slot));
+    m_observed_object_for_matrix_selection = controller;
+    m_observed_key_path_for_matrix_selection = keyPath;
+    return true;
+}
+
+void ZRExtendedMatrix::unbind(const QString &binding)
+{
+    if (binding != selectionBinding)
+        return;
+    if (m_observed_object_for_matrix_selection)
+        m_observed_object_for_matrix_selection->disconnect(this);
+    m_observed_object_for_matrix_selection = nullptr;
+    m_observed_key_path_for_matrix_selection.clear();
+}
+
+void ZRExtendedMatrix::observeSelectedObjects()
+{
+    if (!m_observed_object_for_matrix_selection)
+        return;
+    const QVariant value =
+        m_observed_object_for_matrix_selection->property(m_observed_key_path_for_matrix_selection.toUtf8().constData());
+    const auto objects = value.value<ObjectList>();
+    std::unordered_set<const platform::Object *, HashOfObject, EqualObjects> selected;
+    selected.reserve(size_t(objects.size()));
+    for (const ObjectPointer &object : objects) {
+        if (object)
+            selected.insert(object.get());
+    }
+    // The base class's operations: showing the controller's selection must not change it. Cells that follow each other
+    // are selected at once.
+    deselectAllCells();
+    if (selected.empty())
+        return;
+    const auto isSelected = [&](qint64 index) {
+        const Cell *const cell = cellAtIndex(index);
+        return cell && cell->representedObject() && selected.contains(cell->representedObject().get());
+    };
+    for (qint64 index = 0; index < numberOfCells(); ++index) {
+        if (!isSelected(index))
+            continue;
+        const qint64 first = index;
+        while (isSelected(index + 1))
+            ++index;
+        setSelectionFrom(first, index, index, true);
+    }
+}
+
+Cell *ZRExtendedMatrix::cellAtPoint(const QPointF &point) const
+{
+    const auto place = placeAtPoint(point);
+    return place ? cellAtRow(place->row, place->column) : nullptr;
+}
+
+bool ZRExtendedMatrix::mouseDown(const MouseEvent &event)
+{
+    setFocus(Qt::MouseFocusReason);
+    m_mouse_down_point = QPointF(float(event.location.x()), float(event.location.y()));
+    return true;
+}
+
+bool ZRExtendedMatrix::mouseDragged(const MouseEvent &event)
+{
+    constexpr float threshold = 10;
+    const QPointF way = event.location - m_mouse_down_point;
+    if (placeAtPoint(m_mouse_down_point) && float(std::hypot(way.x(), way.y())) > threshold)
+        startDrag(event);
+    return true;
+}
+
+bool ZRExtendedMatrix::mouseUp(const MouseEvent &event)
+{
+    if (event.clickCount == 2) {
+        sendDoubleAction();
+        return true;
+    }
+    const auto place = placeAtPoint(event.location);
+    if (!place) {
+        matrixDeselectAllCells();
+        return true;
+    }
+    const qint64 index = qint64(numberOfColumns()) * place->row + place->column;
+    if (event.contains(CommandKeyMask)) {
+        matrixSetSelectionFrom(index, index, index, true);
+    } else if (event.contains(ShiftKeyMask)) {
+        // With nothing selected this lies before the first cell.
+        const qint64 anchor = qint64(selectedRow()) * numberOfColumns() + selectedColumn();
+        matrixSetSelectionFrom(anchor, index, anchor, true);
+    } else {
+        matrixSelectCellAtRow(place->row, place->column);
+    }
+    return true;
+}
+
+void ZRExtendedMatrix::startDrag(const MouseEvent &event)
+{
+    if (!allowDraggingOut())
+        return;
+    const auto place = placeAtPoint(m_mouse_down_point);
+    const Cell *const cell = place ? cellAtRow(place->row, place->column) : nullptr;
+    if (!cell || !cell->representedObject())
+        return;
+    if (!cell->isSelected()) {
+        matrixDeselectAllCells();
+        matrixSelectCellAtRow(place->row, place->column);
+    }
+    platform::Drag drag;
+    drag.image = dragImageForImageAtPoint(event.location);
+    drag.data = pasteboardForDrag();
+    drag.source = this;
+    drag.supportedActions = Qt::CopyAction;
+    // The picture stands on its cell, moved as far as the pointer was.
+    const QSizeF imageSize = drag.image.isNull() ? QSizeF() : drag.image.deviceIndependentSize();
+    const QRectF frame = cellFrameAtRow(place->row, place->column);
+    const QPointF corner(frame.x() + (cellSize().width() - imageSize.width()) * 0.5,
+                         frame.y() + (cellSize().height() - imageSize.height()) * 0.5);
+    drag.hotSpot = (m_mouse_down_point - corner).toPoint();
+    if (drag.data)
+        platform::runDrag(std::move(drag));
+}
+
+QImage ZRExtendedMatrix::badgeImage(qreal devicePixelRatio)
+{
+    const int scale = std::clamp(int(std::ceil(devicePixelRatio)), 1, 3);
+    QImage image(scale == 1 ? QStringLiteral(":/ZRCommon/images/PhotoDragCount.png")
+                            : QStringLiteral(":/ZRCommon/images/PhotoDragCount@%1x.png").arg(scale));
+    image.setDevicePixelRatio(scale);
+    return image;
+}
+
+QImage ZRExtendedMatrix::dragImageForImageAtPoint(const QPointF &point)
+{
+    const auto place = placeAtPoint(point);
+    Cell *const cell = place ? cellAtRow(place->row, place->column) : nullptr;
+    if (!cell)
+        return QImage();
+    const qreal ratio = devicePixelRatioF();
+    const auto transparent = [&] {
+        QImage image((cellSize() * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::transparent);
+        return image;
+    };
+    QImage work = transparent(), result = transparent();
+    {
+        QPainter painter(&work);
+        cell->drawWithFrame(painter, QRectF(QPointF(), cellFrameAtRow(place->row, place->column).size()), *this);
+    }
+    QPainter painter(&result);
+    painter.setOpacity(0.75);
+    painter.drawImage(QPointF(), work);
+    painter.setOpacity(1);
+    const QColor gray(128, 128, 128);
+    const double width = cellSize().width(), height = cellSize().height();
+    for (const QRectF &edge : {QRectF(0, 0, width, 1), QRectF(0, height - 1, width, 1), QRectF(0, 1, 1, height - 2),
+                               QRectF(width - 1, 1, 1, height - 2)})
+        painter.fillRect(edge, gray);
+    // Places count from the lower left corner.
+    const QImage badge = badgeImage(ratio);
+    if (!badge.isNull())
+        painter.drawImage(QPointF(5, height - 15 - badge.deviceIndependentSize().height()), badge);
+    const qint64 count = selectedIndexes().count();
+    QFont font = painter.font();
+    font.setBold(true);
+    font.setPixelSize(count > 99 ? 11 : 14);
+    painter.setFont(font);
+    painter.setPen(Qt::white);
+    const int x = (count > 9 ? 10 : 15) - (count > 99 ? 2 : 0);
+    painter.drawText(QPointF(x, height - 18 - painter.fontMetrics().descent()), QString::number(count));
+    return result;
+}

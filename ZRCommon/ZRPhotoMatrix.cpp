@@ -1,0 +1,128 @@
+#include "ZRCommon/ZRPhotoMatrix.h"
+
+#include "Platform/Interface/DragRunner.h"
+#include "ZRCommon/ZRPhotoCell.h"
+
+#include <QScopedValueRollback>
+
+#include <algorithm>
+
+using platform::Cell;
+
+namespace {
+
+std::shared_ptr<ZRImageThumbnail> thumbnailOf(const Cell &cell)
+{
+    return std::dynamic_pointer_cast<ZRImageThumbnail>(cell.representedObject());
+}
+
+} // namespace
+
+ZRPhotoMatrix::ZRPhotoMatrix(QWidget *parent)
+    : ZRExtendedMatrix(parent)
+{
+    setPrototype(std::make_unique<ZRPhotoCell>());
+    setCellSize(QSizeF(120, 90));
+    setIntercellSpacing(QSizeF(1, 1));
+    setDrawsBackground(false);
+}
+
+ZRPhotoMatrix::~ZRPhotoMatrix() = default;
+
+std::unique_ptr<QMimeData> ZRPhotoMatrix::pasteboardForDrag()
+{
+    return platform::fileNamesData(imageFilenamesForSelectedCells());
+}
+
+void ZRPhotoMatrix::setCellSizeForImageSize(const QSizeF &size)
+{
+    const double width = std::clamp(size.width(), 88.0, 240.0);
+    setCellSize(QSizeF(width + 2 * ZRPhotoCell::sideMargin, width * 3 * 0.25 + 16));
+    sizeToCells();
+    possiblyAdjustNumberRowsAndColumns();
+    setNeedsDisplay();
+}
+
+QList<std::shared_ptr<ZRImageThumbnail>> ZRPhotoMatrix::selectedImageThumbnails() const
+{
+    QList<std::shared_ptr<ZRImageThumbnail>> thumbnails;
+    for (const Cell *const cell : selectedCells()) {
+        if (auto thumbnail = thumbnailOf(*cell))
+            thumbnails.append(std::move(thumbnail));
+    }
+    return thumbnails;
+}
+
+QStringList ZRPhotoMatrix::imageFilenamesForSelectedCells() const
+{
+    QStringList paths;
+    for (const auto &thumbnail : selectedImageThumbnails()) {
+        if (!thumbnail->imagePath().isEmpty())
+            paths.append(thumbnail->imagePath());
+    }
+    return paths;
+}
+
+std::shared_ptr<ZRImageThumbnail> ZRPhotoMatrix::imageThumbnailAtPoint(const QPointF &point) const
+{
+    const Cell *const cell = cellAtPoint(point);
+    return cell ? thumbnailOf(*cell) : nullptr;
+}
+
+void ZRPhotoMatrix::renewRows(int rows, int columns)
+{
+    m_refused.clear();
+    ZRExtendedMatrix::renewRows(rows, columns);
+}
+
+std::shared_ptr<platform::Image> ZRPhotoMatrix::pictureToDraw(const Cell &cell) const
+{
+    const auto thumbnail = thumbnailOf(cell);
+    if (!thumbnail || m_refused.contains(thumbnail.get()))
+        return nullptr;
+    if (!thumbnail->isImageLoaded()) {
+        if (m_isPainting && m_paintClock.hasExpired(loadingTime)) {
+            m_hasRunOutOfTime = true;
+            return nullptr;
+        }
+        m_asked.push_back({cell.index(), thumbnail});
+    }
+    auto picture = thumbnail->imageToDisplay();
+    if (!picture)
+        m_refused.insert(thumbnail.get());
+    return picture;
+}
+
+void ZRPhotoMatrix::drawRect(QPainter &painter, const QRectF &dirty)
+{
+    m_hasRunOutOfTime = false;
+    {
+        const QScopedValueRollback guard(m_isPainting, true);
+        m_paintClock.start();
+        ZRExtendedMatrix::drawRect(painter, dirty);
+    }
+    letFarPicturesGo();
+    if (m_hasRunOutOfTime)
+        setNeedsDisplay(dirty);
+}
+
+void ZRPhotoMatrix::letFarPicturesGo()
+{
+    // Some screens on both sides stay, so that scrolling to and fro reads nothing again.
+    constexpr qint64 screensKept = 4, alwaysKept = 200;
+    const PlaceRange places = placesInRect(visibleRect());
+    const qint64 first = qint64(places.first.row) * numberOfColumns();
+    const qint64 end = qint64(places.end.row) * numberOfColumns();
+    const qint64 margin = std::max(alwaysKept, screensKept * (end - first));
+    if (qint64(m_asked.size()) <= 2 * margin + (end - first))
+        return;
+    std::erase_if(m_asked, [&](const Asked &asked) {
+        const bool isNear = asked.index >= first - margin && asked.index < end + margin;
+        const auto thumbnail = isNear ? nullptr : asked.thumbnail.lock();
+        if (thumbnail) {
+            thumbnail->unloadImage();
+            m_refused.erase(thumbnail.get());
+        }
+        return !isNear;
+    });
+}

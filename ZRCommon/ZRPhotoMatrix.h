@@ -1,0 +1,70 @@
+#pragma once
+
+#include "ZRCommon/ZRExtendedMatrix.h"
+#include "ZRCommon/ZRImageThumbnail.h"
+
+#include <QElapsedTimer>
+#include <QStringList>
+
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+/// For whoever tells that the selection of a photo grid changed.
+inline const QString ZRPhotoMatrixDidChangeSelection = QStringLiteral("ZRPhotoMatrixDidChangeSelection");
+
+/// The grid of thumbnails in the media browser: `ZRPhotoCell`s that show `ZRImageThumbnail`s, in a size that a slider
+/// of the host sets. Photos are dragged out as files.
+///
+/// Pictures are read from their files while the cells that show are drawn, for at most `loadingTime` a paint; the other
+/// cells draw what they have, and the next paint goes on. Pictures far from what shows are let go.
+///
+/// The main thread only.
+class ZRPhotoMatrix : public ZRExtendedMatrix
+{
+    Q_OBJECT
+
+public:
+    /// Milliseconds that a paint spends on reading pictures at most, but for the one that it is about.
+    static constexpr int loadingTime = 8;
+
+    /// Cells of 120 by 90 with 1 by 1 between them, no background.
+    explicit ZRPhotoMatrix(QWidget *parent = nullptr);
+    ~ZRPhotoMatrix() override;
+
+    bool allowDraggingOut() const override { return true; }
+    /// The files of the selected photos.
+    std::unique_ptr<QMimeData> pasteboardForDrag() override;
+    /// Cells for thumbnails of a width, from 88 to 240; the height is passed over.
+    void setCellSizeForImageSize(const QSizeF &size);
+    /// The records of the selected cells, in their order.
+    QList<std::shared_ptr<ZRImageThumbnail>> selectedImageThumbnails() const;
+    /// The paths of the selected photos that have one.
+    QStringList pathsForSelectedImages() const { return imageFilenamesForSelectedCells(); }
+    qint64 photoCount() const { return usedCellsCount(); }
+
+    void renewRows(int rows, int columns) override;
+
+    /// The picture of the record of a cell that is being drawn; null when there is none, and when it is not read yet
+    /// and there is no time left in this paint. Internal: for `ZRPhotoCell`.
+    std::shared_ptr<platform::Image> pictureToDraw(const platform::Cell &cell) const;
+
+protected:
+    void drawRect(QPainter &painter, const QRectF &dirty) override;
+
+private:
+    /// A record whose picture was asked for here.
+    struct Asked {
+        qint64 index; // of its cell
+        std::weak_ptr<ZRImageThumbnail> thumbnail;
+    };
+    QStringList imageFilenamesForSelectedCells() const;
+    std::shared_ptr<ZRImageThumbnail> imageThumbnailAtPoint(const QPointF &point) const;
+    void letFarPicturesGo();
+
+    mutable std::vector<Asked> m_asked;
+    mutable std::unordered_set<const ZRImageThumbnail *> m_refused; // that have no picture; not asked again while near
+    mutable QElapsedTimer m_paintClock;
+    mutable bool m_isPainting = false;
+    mutable bool m_hasRunOutOfTime = false;
+};
