@@ -12,7 +12,7 @@
 
 namespace platform {
 
-/// A PNG file taken apart before anything is decoded (W3C: "Portable Network Graphics (PNG) Specification", third
+/// A PNG file taken apart before anything is decoded (W3C: "Portable Network Graphics (PNG)", third
 /// edition).
 struct PngFile {
     /// The file again, with nothing in it but what the picture is made of: the critical chunks, transparency, and plain
