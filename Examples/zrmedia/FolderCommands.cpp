@@ -211,6 +211,9 @@ Failure written(const QImage &image, const QString &path)
     // From here on the file is written, or is not, within a moment.
     if (Interruption::hasHappened())
         return ZRLocalizedString("interrupted; no sheet was written");
+    // Whatever else stands there would be replaced as well, a device among it.
+    if (const QFileInfo existing(path); existing.exists() && !existing.isFile())
+        return described({platform::ErrorCode::NotARegularFile, QStringLiteral("it is not a regular file"), -1, path});
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
         return path + QStringLiteral(": ") + file.errorString();

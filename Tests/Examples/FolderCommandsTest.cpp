@@ -307,6 +307,11 @@ TEST_F(FolderCommands, SayWhyThereIsNoSheet)
     EXPECT_FALSE(QFileInfo::exists(file));
     put("a.jpg");
     EXPECT_EQ(errorsOf("/nowhere/sheet.png"), "zrmedia: /nowhere/sheet.png: No such file or directory");
+    EXPECT_EQ(errorsOf(folder), QString("zrmedia: " + folder + ": it is not a regular file"));
+    const QString pipe = path("pipe.png");
+    ASSERT_EQ(mkfifo(pipe.toUtf8().constData(), 0600), 0);
+    EXPECT_EQ(errorsOf(pipe), QString("zrmedia: " + pipe + ": it is not a regular file"));
+    EXPECT_FALSE(QFileInfo(pipe).isFile()) << "and it is left where it was";
     const Outcome odd = runInShell("\"$0\" sheet \"$1\" $'\\xff.png'", folder);
     EXPECT_EQ(odd.status, 1);
     EXPECT_EQ(odd.errors, "zrmedia: \\xff.png: the file name is not UTF-8\n");
