@@ -287,6 +287,22 @@ TEST(ImageSourceTest, OfMovingPicturesTheFirstFrameCounts)
     EXPECT_GT(qRed(picture.pixel(0, 0)), 200);
 }
 
+TEST(ImageSourceTest, APictureOf200MegapixelsIsMadeSmall)
+{
+    QImage image(20'000, 10'000, QImage::Format_Grayscale8);
+    image.fill(90);
+    for (int y = 0; y < 5'000; ++y)
+        std::memset(image.scanLine(y), 200, 10'000);
+    const QByteArray jpeg = encoded(image, "jpg");
+    image = {};
+    const Result<QByteArray> made = ImageSource::fromBytes(jpeg).value().jpegThumbnail(240);
+    ASSERT_TRUE(made) << qPrintable(made.error().toString());
+    const QImage small = QImage::fromData(made.value());
+    ASSERT_EQ(small.size(), QSize(240, 120));
+    EXPECT_NEAR(small.pixelColor(60, 30).red(), 200, 2);
+    EXPECT_NEAR(small.pixelColor(180, 90).red(), 90, 2);
+}
+
 TEST(ImageSourceTest, HeadersThatPromiseTooMuchAreRefusedBeforeMemoryIsTaken)
 {
     EXPECT_EQ(failureOf(pngBomb(50'000)), QStringLiteral("the picture has too many pixels (50000 x 50000)"));
