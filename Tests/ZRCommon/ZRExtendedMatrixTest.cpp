@@ -13,6 +13,7 @@ namespace {
 
 using platform::ArrayController;
 using platform::Cell;
+using platform::KeyAction;
 using platform::ObjectPointer;
 using platform::ScrollView;
 using Bounds = ZRExtendedMatrix::CellBounds;
@@ -251,48 +252,48 @@ TEST_F(ExtendedMatrix, BoundsAgreeWithVisitingEveryCell)
 TEST_F(ExtendedMatrix, MovesOneCellBesideTheSelection)
 {
     fill(12); // four columns, three rows
-    const auto after = [&](const Indexes &from, void (ZRExtendedMatrix::*move)()) {
+    const auto after = [&](const Indexes &from, KeyAction move) {
         select(from);
-        (grid->*move)();
+        grid->performKeyAction(move);
         return selected();
     };
-    EXPECT_EQ(after({5}, &ZRExtendedMatrix::moveRight), Indexes({6}));
-    EXPECT_EQ(after({5}, &ZRExtendedMatrix::moveLeft), Indexes({4}));
-    EXPECT_EQ(after({5}, &ZRExtendedMatrix::moveUp), Indexes({1}));
-    EXPECT_EQ(after({5}, &ZRExtendedMatrix::moveDown), Indexes({9}));
+    EXPECT_EQ(after({5}, KeyAction::moveRight), Indexes({6}));
+    EXPECT_EQ(after({5}, KeyAction::moveLeft), Indexes({4}));
+    EXPECT_EQ(after({5}, KeyAction::moveUp), Indexes({1}));
+    EXPECT_EQ(after({5}, KeyAction::moveDown), Indexes({9}));
     // At the edges.
-    EXPECT_EQ(after({7}, &ZRExtendedMatrix::moveRight), Indexes({7}));
-    EXPECT_EQ(after({4}, &ZRExtendedMatrix::moveLeft), Indexes({4}));
-    EXPECT_EQ(after({1}, &ZRExtendedMatrix::moveUp), Indexes({1}));
-    EXPECT_EQ(after({9}, &ZRExtendedMatrix::moveDown), Indexes({9}));
+    EXPECT_EQ(after({7}, KeyAction::moveRight), Indexes({7}));
+    EXPECT_EQ(after({4}, KeyAction::moveLeft), Indexes({4}));
+    EXPECT_EQ(after({1}, KeyAction::moveUp), Indexes({1}));
+    EXPECT_EQ(after({9}, KeyAction::moveDown), Indexes({9}));
     // From several, each from its own corner.
-    EXPECT_EQ(after({1, 6}, &ZRExtendedMatrix::moveRight), Indexes({7}));
-    EXPECT_EQ(after({1, 6}, &ZRExtendedMatrix::moveLeft), Indexes({0}));
-    EXPECT_EQ(after({5, 10}, &ZRExtendedMatrix::moveUp), Indexes({1}));
-    EXPECT_EQ(after({1, 6}, &ZRExtendedMatrix::moveDown), Indexes({10}));
+    EXPECT_EQ(after({1, 6}, KeyAction::moveRight), Indexes({7}));
+    EXPECT_EQ(after({1, 6}, KeyAction::moveLeft), Indexes({0}));
+    EXPECT_EQ(after({5, 10}, KeyAction::moveUp), Indexes({1}));
+    EXPECT_EQ(after({1, 6}, KeyAction::moveDown), Indexes({10}));
     // In reading order.
-    EXPECT_EQ(after({5}, &ZRExtendedMatrix::moveForward), Indexes({6}));
-    EXPECT_EQ(after({3}, &ZRExtendedMatrix::moveForward), Indexes({4}));
-    EXPECT_EQ(after({11}, &ZRExtendedMatrix::moveForward), Indexes({11}));
-    EXPECT_EQ(after({4}, &ZRExtendedMatrix::moveBackward), Indexes({3}));
-    EXPECT_EQ(after({6}, &ZRExtendedMatrix::moveBackward), Indexes({5}));
-    EXPECT_EQ(after({0}, &ZRExtendedMatrix::moveBackward), Indexes({0}));
+    EXPECT_EQ(after({5}, KeyAction::moveForward), Indexes({6}));
+    EXPECT_EQ(after({3}, KeyAction::moveForward), Indexes({4}));
+    EXPECT_EQ(after({11}, KeyAction::moveForward), Indexes({11}));
+    EXPECT_EQ(after({4}, KeyAction::moveBackward), Indexes({3}));
+    EXPECT_EQ(after({6}, KeyAction::moveBackward), Indexes({5}));
+    EXPECT_EQ(after({0}, KeyAction::moveBackward), Indexes({0}));
 }
 
 TEST_F(ExtendedMatrix, MovesFromNothingAsFromItsStartingBounds)
 {
     fill(12);
-    const auto after = [&](void (ZRExtendedMatrix::*move)()) {
+    const auto after = [&](KeyAction move) {
         grid->matrixDeselectAllCells();
-        (grid->*move)();
+        grid->performKeyAction(move);
         return selected();
     };
-    EXPECT_EQ(after(&ZRExtendedMatrix::moveRight), Indexes({1}));
-    EXPECT_EQ(after(&ZRExtendedMatrix::moveForward), Indexes({1}));
-    EXPECT_EQ(after(&ZRExtendedMatrix::moveDown), Indexes({4}));
-    EXPECT_EQ(after(&ZRExtendedMatrix::moveLeft), Indexes()) << "a row behind the last";
-    EXPECT_EQ(after(&ZRExtendedMatrix::moveUp), Indexes()) << "a column behind the last";
-    EXPECT_EQ(after(&ZRExtendedMatrix::moveBackward), Indexes());
+    EXPECT_EQ(after(KeyAction::moveRight), Indexes({1}));
+    EXPECT_EQ(after(KeyAction::moveForward), Indexes({1}));
+    EXPECT_EQ(after(KeyAction::moveDown), Indexes({4}));
+    EXPECT_EQ(after(KeyAction::moveLeft), Indexes()) << "a row behind the last";
+    EXPECT_EQ(after(KeyAction::moveUp), Indexes()) << "a column behind the last";
+    EXPECT_EQ(after(KeyAction::moveBackward), Indexes());
 }
 
 TEST_F(ExtendedMatrix, MovesOntoBlanks)
@@ -326,9 +327,9 @@ TEST_F(ExtendedMatrix, KeysMoveAndOpenAndPagesDoNothing)
     EXPECT_EQ(doubleActions, 2);
     key(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(selected().size(), 12);
-    EXPECT_TRUE(grid->performKeyAction(platform::KeyAction::moveBackward));
-    EXPECT_TRUE(grid->performKeyAction(platform::KeyAction::moveForward));
-    EXPECT_FALSE(grid->performKeyAction(platform::KeyAction::deleteForward));
+    EXPECT_TRUE(grid->performKeyAction(KeyAction::moveBackward));
+    EXPECT_TRUE(grid->performKeyAction(KeyAction::moveForward));
+    EXPECT_FALSE(grid->performKeyAction(KeyAction::deleteForward));
 }
 
 TEST_F(ExtendedMatrix, AMoveScrollsItsCellIntoView)
