@@ -35,8 +35,7 @@ ScrollView::ScrollView(QWidget *parent)
 
 ScrollView::~ScrollView()
 {
-    if (m_document)
-        m_document->m_scrollView = nullptr; // it goes with the viewport, when nothing of this is left
+    setDocumentView(nullptr); // left to the viewport it would outlive this class's part of the object
 }
 
 void ScrollView::setDocumentView(View *document)
