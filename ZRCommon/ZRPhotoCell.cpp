@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -45,31 +46,58 @@ const QStaticText &preparedTitle(const QString &title, int width)
     return *prepared;
 }
 
-/// Fills a frame but for a picture in it, the edges of which are left to no rounding.
-void fillAround(QPainter &painter, const QRectF &frame, const QRectF &picture, const QColor &color)
+/// A picture of exactly a size in pixels. One that has it already, but for rounding, is taken as it is.
+QImage fitted(const QImage &picture, const QSize &size)
 {
-    const QRectF inner = picture.adjusted(1, 1, -1, -1);
-    if (inner.isEmpty() || color.alpha() < 255)
-        return painter.fillRect(frame, color);
-    painter.fillRect(QRectF(frame.topLeft(), QPointF(frame.right(), inner.top())), color);
-    painter.fillRect(QRectF(QPointF(frame.left(), inner.bottom()), frame.bottomRight()), color);
-    painter.fillRect(QRectF(QPointF(frame.left(), inner.top()), inner.bottomLeft()), color);
-    painter.fillRect(QRectF(inner.topRight(), QPointF(frame.right(), inner.bottom())), color);
+    return picture.size() == size ? picture : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-/// A picture that has the size of its place already, but for rounding, is copied: that takes a tenth of the time.
-void drawPicture(QPainter &painter, const QRectF &place, const QImage &picture)
-{
-    const double ratio = painter.device()->devicePixelRatioF();
-    if ((place.size() * ratio).toSize() == picture.size()) {
-        QImage copied = picture;
-        copied.setDevicePixelRatio(ratio);
-        painter.drawImage(QPointF(std::round(place.x() * ratio) / ratio, std::round(place.y() * ratio) / ratio),
-                          copied);
-        return;
+/// All that decides what a cell looks like. The cells that were drawn last are kept as images by it, so that they need
+/// not be told when something changes: another look is another image.
+struct Look {
+    qint64 picture; // the picture's key
+    const QChar *title; // the characters' address: the image below holds the title, so that it stays theirs
+    QRgb background;
+    QRgb text;
+    QSize size; // in pixels
+    double pixelRatio;
+    bool isUsedInCurrentDocument;
+
+    friend bool operator==(const Look &a, const Look &b)
+    {
+        return a.picture == b.picture && a.background == b.background && a.text == b.text && a.size == b.size
+            && a.pixelRatio == b.pixelRatio && a.isUsedInCurrentDocument == b.isUsedInCurrentDocument
+            && a.title == b.title;
     }
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(place, picture);
+    friend size_t qHash(const Look &look, size_t seed = 0)
+    {
+        return qHashMulti(seed, look.picture, look.title, look.background, look.size.width(), look.size.height());
+    }
+};
+
+struct DrawnCell {
+    QImage image;
+    QString title;
+};
+
+/// Enough for what shows on two large screens.
+QCache<Look, DrawnCell> &drawnCells()
+{
+    constexpr int kept = 96 * 1024 * 1024; // bytes
+    static QCache<Look, DrawnCell> cells(kept);
+    return cells;
+}
+
+/// Where a frame is on the device, in whole pixels: neighbours that touch still touch. Nothing where the painter turns
+/// or distorts.
+std::optional<QRect> pixelsOfFrame(const QTransform &device, const QRectF &frame)
+{
+    if (device.type() > QTransform::TxScale || device.m11() != device.m22() || !(device.m11() > 0))
+        return std::nullopt;
+    const QRectF exact = device.mapRect(frame);
+    const QPoint first(int(std::lround(exact.left())), int(std::lround(exact.top())));
+    const QPoint end(int(std::lround(exact.right())), int(std::lround(exact.bottom())));
+    return first.x() < end.x() && first.y() < end.y() ? std::optional(QRect(first, end - QPoint(1, 1))) : std::nullopt;
 }
 
 } // namespace
@@ -131,6 +159,7 @@ QRectF ZRPhotoCell::pictureArea(const QRectF &frame) const
                   frame.height() - titleHeight - titleGap);
 }
 
+// To copy a cell that was drawn before takes a quarter of the time of drawing it.
 void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view)
 {
     if (!representedObject())
@@ -138,20 +167,50 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
                                QStringLiteral("represented object should not be NULL"));
     const bool highlighted = isHighlighted();
     const QColor background = highlighted ? highlightColorWithFrame(frame, view) : QColor(Qt::white);
-    const QRectF area = pictureArea(frame);
+    const QColor text = highlighted ? view.palette().color(QPalette::HighlightedText) : QColor(Qt::black);
     const QImage picture = pictureToDraw(view);
-    const QRectF place =
-        picture.isNull() ? QRectF() : ZRFitRect(area, float(picture.width()) / float(picture.height()));
-    fillAround(painter, frame, picture.hasAlphaChannel() ? QRectF() : place, background);
-    if (!picture.isNull())
-        drawPicture(painter, place, picture);
+    const QTransform device = painter.deviceTransform();
+    const auto pixels = pixelsOfFrame(device, frame);
+    if (picture.isNull() || !pixels || background.alpha() < 255)
+        return drawLook(painter, frame, picture, background, text);
+    const double ratio = device.m11();
+    const Look look{
+        picture.cacheKey(),        m_photo_title.constData(), background.rgba(), text.rgba(), pixels->size(), ratio,
+        m_used_in_current_document};
+    QImage image;
+    if (const DrawnCell *const drawn = drawnCells().object(look)) {
+        image = drawn->image;
+    } else {
+        image = QImage(pixels->size(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        QPainter imagePainter(&image);
+        drawLook(imagePainter, QRectF(QPointF(), QSizeF(pixels->size()) / ratio), picture, background, text);
+        imagePainter.end();
+        drawnCells().insert(look, new DrawnCell{image, m_photo_title}, image.sizeInBytes());
+    }
+    painter.drawImage((QPointF(pixels->topLeft()) - QPointF(device.dx(), device.dy())) / ratio, image);
+}
+
+void ZRPhotoCell::drawLook(QPainter &painter, const QRectF &frame, const QImage &picture, const QColor &background,
+                           const QColor &text) const
+{
+    // Also below the picture: to fill around it takes longer.
+    painter.fillRect(frame, background);
+    const QRectF area = pictureArea(frame);
+    const double ratio = painter.device()->devicePixelRatioF();
+    if (!picture.isNull()) {
+        const QRectF place = ZRFitRect(area, float(picture.width()) / float(picture.height()));
+        QImage sized = fitted(picture, (place.size() * ratio).toSize().expandedTo(QSize(1, 1)));
+        sized.setDevicePixelRatio(ratio);
+        painter.drawImage(QPointF(std::round(place.x() * ratio), std::round(place.y() * ratio)) / ratio, sized);
+    }
     if (m_used_in_current_document) {
-        const QImage badge = imageInCurrentDocumentImage(view.devicePixelRatioF());
+        const QImage badge = imageInCurrentDocumentImage(ratio);
         // Its lower edge is named.
         if (!badge.isNull())
             painter.drawImage(QPointF(area.x() - 3, area.y() - 6), badge);
     }
-    drawTitle(painter, frame, highlighted ? view.palette().color(QPalette::HighlightedText) : QColor(Qt::black));
+    drawTitle(painter, frame, text);
 }
 
 QImage ZRPhotoCell::pictureToDraw(const platform::View &view) const

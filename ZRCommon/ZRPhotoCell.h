@@ -47,6 +47,8 @@ public:
 
 private:
     QRectF pictureArea(const QRectF &frame) const;
+    void drawLook(QPainter &painter, const QRectF &frame, const QImage &picture, const QColor &background,
+                  const QColor &text) const;
     void drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const;
     void redraw();
 

@@ -4,6 +4,8 @@
 
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionSlider>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -24,6 +26,32 @@ double nearestOrigin(double origin, double length, double first, double extent)
     return std::max(origin, first + extent - length);
 }
 
+/// A scroll bar that is drawn anew only when its handle has another place, in pixels: in a long document that is every
+/// few dozen steps, and drawing it takes longer than drawing what has come into view.
+class ScrollBar : public QScrollBar
+{
+public:
+    using QScrollBar::QScrollBar;
+
+protected:
+    void sliderChange(SliderChange change) override
+    {
+        QStyleOptionSlider option;
+        initStyleOption(&option);
+        const QRect handle = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
+        const bool isAtEnd = value() == minimum() || value() == maximum(); // where styles disable an arrow
+        const bool looksTheSame = change == SliderValueChange && handle == m_handle && isAtEnd == m_isAtEnd;
+        m_handle = handle;
+        m_isAtEnd = isAtEnd;
+        if (!looksTheSame)
+            QScrollBar::sliderChange(change);
+    }
+
+private:
+    QRect m_handle;
+    bool m_isAtEnd = true;
+};
+
 } // namespace
 
 ScrollView::ScrollView(QWidget *parent)
@@ -31,6 +59,8 @@ ScrollView::ScrollView(QWidget *parent)
 {
     setFocusPolicy(Qt::NoFocus);
     setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBar(new ScrollBar(Qt::Horizontal, this));
+    setVerticalScrollBar(new ScrollBar(Qt::Vertical, this));
 }
 
 ScrollView::~ScrollView()

@@ -188,6 +188,71 @@ TEST_F(PhotoMatrix, DrawsABadgeOnPhotosThatTheDocumentUses)
     EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(1).size(), QSize(18, 18));
 }
 
+TEST_F(PhotoMatrix, ACellThatChangesIsDrawnAnew)
+{
+    fill({photo(thumbnailFile("a.png", Qt::red), "Before"), photo(thumbnailFile("b.png", Qt::green), "b")});
+    const QImage first = drawn();
+    cell(0).setPhotoTitle("A longer title");
+    const QImage second = drawn();
+    EXPECT_NE(second, first);
+    EXPECT_EQ(colorAt(second, {60, 42}), QColor(Qt::red));
+    cell(0).setPhotoTitle("Before");
+    EXPECT_EQ(drawn(), first);
+    cell(0).setUsedInCurrentDocument(true);
+    EXPECT_NE(drawn(), first);
+    cell(0).setUsedInCurrentDocument(false);
+    EXPECT_EQ(drawn(), first);
+    cell(0).setRepresentedObject(cell(1).representedObject());
+    EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::green));
+    grid->matrixSelectCellAtRow(0, 0);
+    EXPECT_NE(colorAt(drawn(), {1, 1}), QColor(Qt::white));
+    grid->matrixDeselectAllCells();
+    EXPECT_EQ(colorAt(drawn(), {1, 1}), QColor(Qt::white));
+}
+
+TEST_F(PhotoMatrix, CellsOfAFractionalSizeLeaveNothingBetweenThemUndrawn)
+{
+    const QString file = thumbnailFile("a.png", Qt::red);
+    fill(QList<Thumbnail>(8, photo(file, QStringLiteral("x"))));
+    grid->setIntercellSpacing(QSizeF(0, 0));
+    grid->setCellSizeForImageSize(QSizeF(101, 0)); // 107 by 91.75
+    QPalette palette = scrollView.viewport()->palette();
+    palette.setColor(QPalette::Base, Qt::magenta);
+    scrollView.viewport()->setPalette(palette);
+    const QImage image = drawn();
+    for (int y = 0; y < 183; ++y)
+        ASSERT_NE(image.pixelColor(3, y), QColor(Qt::magenta)) << y;
+    EXPECT_EQ(image.pixelColor(3, 184), QColor(Qt::magenta));
+}
+
+TEST_F(PhotoMatrix, DrawsAtThePaintersResolutionAndThroughAnyTransform)
+{
+    fill({photo(thumbnailFile("a.png", Qt::red), "a")});
+    drawn();
+    QImage image(300, 300, QImage::Format_RGB32);
+    image.setDevicePixelRatio(2);
+    image.fill(Qt::blue);
+    {
+        QPainter painter(&image);
+        painter.translate(10, 20);
+        cell(0).drawWithFrame(painter, QRectF(0, 0, 120, 90), *grid);
+    }
+    EXPECT_EQ(image.pixelColor(19, 45), QColor(Qt::blue));
+    EXPECT_EQ(image.pixelColor(20, 40), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(20 + 2 * 60, 40 + 2 * 42), QColor(Qt::red));
+    EXPECT_EQ(image.pixelColor(20 + 239, 40 + 179), QColor(Qt::white));
+    EXPECT_EQ(image.pixelColor(20 + 240, 40 + 179), QColor(Qt::blue));
+    image.fill(Qt::blue);
+    {
+        QPainter painter(&image);
+        painter.translate(100, 10);
+        painter.rotate(90);
+        cell(0).drawWithFrame(painter, QRectF(0, 0, 120, 90), *grid);
+    }
+    EXPECT_EQ(image.pixelColor(2 * (100 - 42), 2 * (10 + 60)), QColor(Qt::red));
+    EXPECT_EQ(image.pixelColor(2 * (100 - 1), 2 * (10 + 60)), QColor(Qt::white));
+}
+
 TEST_F(PhotoMatrix, DrawingTheInteriorOfABlankIsAnError)
 {
     fill({photo({}, "a")});

@@ -205,6 +205,36 @@ TEST_F(ScrollViewTest, CountsClicks)
     EXPECT_EQ(view->mouse.last().second.clickCount, 1);
 }
 
+TEST_F(ScrollViewTest, DrawsItsScrollBarWhenTheHandleMoves)
+{
+    struct PaintCounter : QObject {
+        int count = 0;
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            count += event->type() == QEvent::Paint;
+            return false;
+        }
+    } paints;
+    scrollView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    view->setFrameSize(QSizeF(500, 10'000));
+    scrollView.scrollToPoint(QPointF(0, 1));
+    QTest::qWait(0);
+    scrollView.verticalScrollBar()->installEventFilter(&paints);
+    const auto paintsOfScrollingTo = [&](double y) {
+        paints.count = 0;
+        scrollView.scrollToPoint(QPointF(0, y));
+        EXPECT_EQ(scrollView.verticalScrollBar()->value(), int(y));
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        return paints.count;
+    };
+    EXPECT_EQ(paintsOfScrollingTo(2), 0) << "it looks the same";
+    EXPECT_EQ(paintsOfScrollingTo(5'000), 1);
+    EXPECT_EQ(paintsOfScrollingTo(5'001), 0);
+    EXPECT_EQ(paintsOfScrollingTo(1), 1);
+    EXPECT_EQ(paintsOfScrollingTo(0), 1) << "an arrow may go grey at the end";
+}
+
 TEST_F(ScrollViewTest, AViewLivesOnWhenAHandlerRaises)
 {
     testSupport::expectWarning(QStringLiteral("no mouse"));
