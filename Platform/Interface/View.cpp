@@ -98,10 +98,15 @@ bool View::mouseUp(const MouseEvent &)
 
 bool View::event(QEvent *event)
 {
-    bool isTaken = true; // also by a handler that fails
-    callGuarded(views(), QStringLiteral("event %1 of %2").arg(int(event->type())).arg(metaObject()->className()),
-                [&] { isTaken = QWidget::event(event); });
-    return isTaken;
+    try {
+        return QWidget::event(event);
+    } catch (...) {
+        logCurrentException(
+            views(),
+            QStringLiteral("event %1 of %2")
+                .arg(QString::number(int(event->type())), QString::fromLatin1(metaObject()->className())));
+        return true; // taken by the handler that failed
+    }
 }
 
 void View::paintEvent(QPaintEvent *event)
