@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/PropertyList/PropertyList.h"
 #include "Support/ImageSamples.h"
+#include "Support/PictureDistance.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -48,23 +49,6 @@ struct FolderCommands : testing::Test {
         return list;
     }
 };
-
-/// How far two pictures are apart: the mean difference of their colours where they are a quarter as large, so that the
-/// edges of letters hardly count.
-double distance(const QImage &one, const QImage &other)
-{
-    const QSize size = one.size() / 4;
-    const QImage a = one.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    const QImage b = other.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    qint64 sum = 0;
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
-            const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
-            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
-        }
-    }
-    return double(sum) / (3.0 * size.width() * size.height());
-}
 
 } // namespace
 
@@ -252,7 +236,7 @@ TEST_F(FolderCommands, DrawASheetThatLooksLikeTheKeptOne)
     EXPECT_EQ(sheet.width(), 640);
     const QImage kept(QStringLiteral(ZR_SOURCE_DIR "/Tests/Examples/References/contact-sheet.png"));
     ASSERT_EQ(sheet.size(), kept.size());
-    EXPECT_LT(distance(sheet, kept), 2);
+    EXPECT_LT(testSupport::distance(sheet, kept, kept.size() / 4).mean, 2);
 }
 
 TEST_F(FolderCommands, SortTheSheetByTitleAndReplaceTheFileWhole)

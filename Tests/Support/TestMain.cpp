@@ -29,6 +29,9 @@ QtMessageHandler previousHandler = nullptr;
 
 void collectMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
+    // What the platform without a screen has no means for.
+    if (message.startsWith(QLatin1String("This plugin does not support ")))
+        return;
     if (type == QtWarningMsg || type == QtCriticalMsg) {
         const std::lock_guard lock(messagesMutex);
         seenWarnings.append(message);

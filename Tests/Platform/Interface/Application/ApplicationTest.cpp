@@ -104,9 +104,6 @@ TEST_F(ApplicationTest, FollowsTheMainWindow)
 
 TEST_F(ApplicationTest, KeepsTheMainWindowWhileADialogOrAToolWindowIsActive)
 {
-    testSupport::expectWarning(QStringLiteral("does not support raise()")); // for the dialog
-    testSupport::expectWarning(QStringLiteral("does not support raise()")); // for the tool window
-    testSupport::expectWarning(QStringLiteral("does not support grabbing the keyboard"));
     QWidget window;
     show(window, "window");
     notes.clear();

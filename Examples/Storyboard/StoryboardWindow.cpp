@@ -1,0 +1,281 @@
+#include "StoryboardWindow.h"
+
+#include "PhotoFolderLoader.h"
+#include "PhotoWindow.h"
+
+#include "Platform/Foundation/UserDefaults.h"
+#include "Platform/Interface/ScrollView.h"
+#include "ZRCommon/ZRLocalizedString.h"
+#include "ZRCommon/ZRPhotoMatrix.h"
+
+#include <QtWidgets>
+
+#include <algorithm>
+
+namespace {
+
+const QString frameKey = QStringLiteral("StoryboardWindowFrame");
+const QString folderKey = QStringLiteral("StoryboardLastFolder");
+const QString photoSizeKey = QStringLiteral("StoryboardPhotoSize");
+constexpr int smallestPhoto = 88, largestPhoto = 240, firstPhotoSize = 114;
+
+platform::UserDefaults &defaults()
+{
+    return platform::UserDefaults::standard();
+}
+
+} // namespace
+
+StoryboardWindow::StoryboardWindow()
+    : m_pages(new QStackedWidget(this))
+    , m_invitation(new QLabel)
+    , m_scrollView(new platform::ScrollView(m_pages))
+    , m_grid(new ZRPhotoMatrix)
+    , m_loader(new PhotoFolderLoader(this))
+{
+    defaults().registerDefaults({{photoSizeKey, firstPhotoSize}});
+    setWindowTitle(QStringLiteral("Storyboard"));
+    m_grid->setAccessibleName(ZRLocalizedString("Photos"));
+    m_scrollView->setDocumentView(m_grid);
+    m_scrollView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    m_scrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scrollView->viewport()->setBackgroundRole(QPalette::Base);
+    makeInvitation();
+    m_pages->addWidget(m_scrollView);
+    setCentralWidget(m_pages);
+    makeMenus();
+    makeStatusBar();
+    connectLoader();
+    connect(m_grid, &ZRPhotoMatrix::selectionChanged, this, &StoryboardWindow::updateTexts);
+    connect(m_grid, &ZRPhotoMatrix::doubleAction, this, &StoryboardWindow::openPhoto);
+    resize(900, 640);
+    restoreGeometry(defaults().data(frameKey));
+    m_sizeSlider->setValue(int(defaults().integer(photoSizeKey)));
+    setPhotoSize(m_sizeSlider->value());
+    updateTexts();
+}
+
+StoryboardWindow::~StoryboardWindow()
+{
+    delete m_photoWindow;
+}
+
+void StoryboardWindow::makeInvitation()
+{
+    auto *const page = new QWidget;
+    auto *const layout = new QVBoxLayout(page);
+    m_invitation->setAlignment(Qt::AlignCenter);
+    m_invitation->setWordWrap(true);
+    m_invitation->setText(ZRLocalizedString("Open a folder of photos to begin."));
+    QFont font = m_invitation->font();
+    if (font.pixelSize() > 0)
+        font.setPixelSize(font.pixelSize() * 3 / 2);
+    else
+        font.setPointSizeF(font.pointSizeF() * 1.5);
+    m_invitation->setFont(font);
+    auto *const button = new QPushButton(ZRLocalizedString("Open Photo Folder…"));
+    connect(button, &QPushButton::clicked, this, &StoryboardWindow::chooseFolder);
+    layout->addStretch();
+    layout->addWidget(m_invitation);
+    layout->addSpacing(font.pixelSize() > 0 ? font.pixelSize() : 16);
+    layout->addWidget(button, 0, Qt::AlignCenter);
+    layout->addStretch();
+    m_pages->addWidget(page);
+}
+
+void StoryboardWindow::makeMenus()
+{
+    QMenu &file = *menuBar()->addMenu(ZRLocalizedString("&File"));
+    file.addAction(ZRLocalizedString("&Open Photo Folder…"), QKeySequence::Open, this, &StoryboardWindow::chooseFolder);
+    m_reload =
+        file.addAction(ZRLocalizedString("&Reload"), QKeySequence::Refresh, this, [this] { openFolder(m_folderPath); });
+    m_openPhoto = file.addAction(ZRLocalizedString("Show &Photo"), this, &StoryboardWindow::openPhoto);
+    file.addSeparator();
+    file.addAction(ZRLocalizedString("&Close"), QKeySequence::Close, this, &QWidget::close);
+    file.addAction(ZRLocalizedString("&Quit"), QKeySequence::Quit, qApp, &QApplication::closeAllWindows);
+
+    QMenu &edit = *menuBar()->addMenu(ZRLocalizedString("&Edit"));
+    edit.addAction(ZRLocalizedString("Select &All"), QKeySequence::SelectAll, m_grid, &ZRPhotoMatrix::selectAll);
+    edit.addAction(ZRLocalizedString("Select &Nothing"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), m_grid,
+                   &ZRPhotoMatrix::matrixDeselectAllCells);
+
+    constexpr int step = 19;
+    QMenu &view = *menuBar()->addMenu(ZRLocalizedString("&View"));
+    view.addAction(ZRLocalizedString("&Larger Photos"), QKeySequence::ZoomIn, this,
+                   [this] { m_sizeSlider->setValue(m_sizeSlider->value() + step); });
+    view.addAction(ZRLocalizedString("&Smaller Photos"), QKeySequence::ZoomOut, this,
+                   [this] { m_sizeSlider->setValue(m_sizeSlider->value() - step); });
+}
+
+void StoryboardWindow::makeStatusBar()
+{
+    m_count = new QLabel;
+    m_selection = new QLabel;
+    m_status = new QLabel;
+    m_progress = new QProgressBar;
+    m_progress->setFixedWidth(180);
+    m_progress->setAccessibleName(ZRLocalizedString("Making thumbnails"));
+    m_cancel = new QToolButton;
+    m_cancel->setText(ZRLocalizedString("Cancel"));
+    m_sizeSlider = new QSlider(Qt::Horizontal);
+    m_sizeSlider->setRange(smallestPhoto, largestPhoto);
+    m_sizeSlider->setFixedWidth(140);
+    m_sizeSlider->setAccessibleName(ZRLocalizedString("Size of the photos"));
+    m_sizeSlider->setToolTip(m_sizeSlider->accessibleName());
+    QStatusBar &bar = *statusBar();
+    for (QLabel *const label : {m_count, m_selection})
+        label->setContentsMargins(6, 0, 6, 0);
+    bar.addWidget(m_count);
+    bar.addWidget(m_selection);
+    bar.addWidget(m_status, 1);
+    bar.addPermanentWidget(m_progress);
+    bar.addPermanentWidget(m_cancel);
+    bar.addPermanentWidget(m_sizeSlider);
+    m_progress->hide();
+    m_cancel->hide();
+    connect(m_cancel, &QToolButton::clicked, this, &StoryboardWindow::cancelOpening);
+    connect(m_sizeSlider, &QSlider::valueChanged, this, &StoryboardWindow::setPhotoSize);
+}
+
+void StoryboardWindow::connectLoader()
+{
+    connect(m_loader, &PhotoFolderLoader::didProgress, this, &StoryboardWindow::showProgress);
+    connect(m_loader, &PhotoFolderLoader::didLoad, this, &StoryboardWindow::showPhotos);
+    connect(m_loader, &PhotoFolderLoader::didCancel, this, [this](const QString &path, qsizetype made) {
+        endProgress(ZRLocalizedString("Opening “%1” was cancelled. Thumbnails made and kept: %2")
+                        .arg(QFileInfo(path).fileName())
+                        .arg(made));
+    });
+    connect(m_loader, &PhotoFolderLoader::didFail, this, [this](const QString &path, const QString &reason) {
+        const QString failure = ZRLocalizedString("“%1” could not be opened. %2").arg(path, reason);
+        endProgress(failure);
+        if (m_folderPath.isEmpty())
+            m_invitation->setText(failure);
+    });
+}
+
+void StoryboardWindow::chooseFolder()
+{
+    const QString path = QFileDialog::getExistingDirectory(this, ZRLocalizedString("Open Photo Folder"), m_folderPath);
+    if (!path.isEmpty())
+        openFolder(path);
+}
+
+void StoryboardWindow::openFolder(const QString &path)
+{
+    if (path.isEmpty())
+        return;
+    m_status->setText(ZRLocalizedString("Opening “%1”…").arg(QFileInfo(path).fileName()));
+    m_cancel->show();
+    m_loader->load(QDir::cleanPath(QDir().absoluteFilePath(path)));
+}
+
+void StoryboardWindow::openLastFolder()
+{
+    openFolder(defaults().string(folderKey));
+}
+
+void StoryboardWindow::cancelOpening()
+{
+    m_loader->cancel();
+}
+
+bool StoryboardWindow::isOpening() const
+{
+    return m_loader->isLoading();
+}
+
+void StoryboardWindow::showProgress(qsizetype done, qsizetype total)
+{
+    m_progress->setRange(0, int(total));
+    m_progress->setValue(int(done));
+    m_progress->setFormat(ZRLocalizedString("%v of %m"));
+    m_progress->show();
+}
+
+void StoryboardWindow::endProgress(const QString &status)
+{
+    m_progress->hide();
+    m_cancel->hide();
+    m_status->setText(status);
+    updateTexts();
+}
+
+void StoryboardWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
+{
+    const bool isSame = path == m_folderPath;
+    m_folderPath = path;
+    m_photos = photos;
+    defaults().set(folderKey, path);
+    const auto needed = m_grid->getRowsNeeded(photos.size());
+    m_grid->renewRows(needed.rows, needed.columns);
+    for (qint64 i = 0; i < m_grid->numberOfCells(); ++i)
+        m_grid->cellAtIndex(i)->setRepresentedObject(i < photos.size() ? photos[i] : nullptr);
+    m_grid->sizeToCells();
+    if (!isSame)
+        m_scrollView->scrollToPoint(QPointF());
+    m_invitation->setText(ZRLocalizedString("There are no photos in “%1”.").arg(QFileInfo(path).fileName()));
+    m_pages->setCurrentIndex(photos.isEmpty() ? 0 : m_pages->indexOf(m_scrollView));
+    m_grid->setFocus();
+    setWindowTitle(QStringLiteral("%1 – Storyboard").arg(QFileInfo(path).fileName()));
+    endProgress(QString());
+}
+
+void StoryboardWindow::updateTexts()
+{
+    const auto photos = m_grid->photoCount();
+    qint64 selected = 0; // blanks at the end of the grid do not count
+    for (const platform::IndexRange &range : m_grid->selectedIndexes().ranges())
+        selected += std::max<qint64>(0, std::min<qint64>(range.end(), photos) - range.location);
+    m_count->setText(m_folderPath.isEmpty() ? QString()
+                                            : QStringLiteral("%1 %2").arg(photos).arg(ZRLocalizedString("Photos")));
+    m_selection->setText(selected ? ZRLocalizedString("%1 selected").arg(selected) : QString());
+    m_reload->setEnabled(!m_folderPath.isEmpty());
+    m_openPhoto->setEnabled(selected > 0);
+}
+
+void StoryboardWindow::setPhotoSize(int width)
+{
+    m_grid->setCellSizeForImageSize(QSizeF(width, width * 3.0 / 4));
+    defaults().set(photoSizeKey, width);
+}
+
+void StoryboardWindow::openPhoto()
+{
+    const auto selected = m_grid->selectedImageThumbnails();
+    if (selected.isEmpty())
+        return;
+    delete m_photoWindow;
+    m_photoWindow = new PhotoWindow(m_photos, m_photos.indexOf(selected.first()));
+    m_photoWindow->setAttribute(Qt::WA_DeleteOnClose);
+    m_photoWindow->show();
+    m_photoWindow->activateWindow();
+}
+
+void StoryboardWindow::closeEvent(QCloseEvent *event)
+{
+    defaults().set(frameKey, saveGeometry());
+    m_loader->cancel();
+    delete m_photoWindow;
+    QMainWindow::closeEvent(event);
+}
+
+QString StoryboardWindow::countText() const
+{
+    return m_count->text();
+}
+
+QString StoryboardWindow::selectionText() const
+{
+    return m_selection->text();
+}
+
+QString StoryboardWindow::statusText() const
+{
+    return m_status->text();
+}
+
+PhotoWindow *StoryboardWindow::photoWindow() const
+{
+    return m_photoWindow;
+}

@@ -1,0 +1,235 @@
+#include "Storyboard/PhotoFolderLoader.h"
+#include "Storyboard/PhotoWindow.h"
+#include "Storyboard/StoryboardWindow.h"
+#include "Support/FolderTest.h"
+#include "Support/ImageSamples.h"
+#include "Support/PictureDistance.h"
+#include "ZRCommon/ZRPhotoMatrix.h"
+
+#include <QAccessible>
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+const QString samples = QStringLiteral(ZR_SAMPLE_LIBRARY "/iPhoto Library/Originals/2006/Summer");
+
+struct Outcome {
+    int status = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+Outcome run(const QStringList &arguments, const char *scale = "1")
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QString::fromLatin1(scale));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(ZR_BIN_DIR "/storyboard"), arguments);
+    EXPECT_TRUE(process.waitForFinished(240'000)) << qPrintable(process.errorString());
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+/// The kept ones have half the size.
+void compareScreenshots(const QString &folder, double mean, double share)
+{
+    const QDir kept(QStringLiteral(ZR_SOURCE_DIR "/Tests/Examples/Storyboard/References"));
+    const QStringList names = kept.entryList({"*.png"}, QDir::Files, QDir::Name);
+    EXPECT_EQ(QDir(folder).entryList({"*.png"}, QDir::Files, QDir::Name), names);
+    EXPECT_EQ(names.size(), 9);
+    for (const QString &name : names) {
+        const QImage reference(kept.filePath(name)), screenshot(folder + QLatin1Char('/') + name);
+        ASSERT_FALSE(screenshot.isNull()) << qPrintable(name);
+        const auto distance = testSupport::distance(reference, screenshot, reference.size());
+        EXPECT_LE(distance.mean, mean) << qPrintable(name);
+        EXPECT_LE(distance.share, share) << qPrintable(name);
+    }
+}
+
+struct Storyboard : testSupport::FolderTest {
+    Storyboard()
+    {
+        QCoreApplication::setOrganizationName("Tests");
+        QCoreApplication::setApplicationName("Storyboard");
+    }
+    /// A folder with so many small photos.
+    QString folderOf(int count, const char *name = "Photos") const
+    {
+        QImage image(40, 30, QImage::Format_RGB32);
+        for (int i = 1; i <= count; ++i) {
+            image.fill(QColor::fromHsv(i * 37 % 360, 200, 200));
+            testSupport::writeFile(in(name) + QStringLiteral("/Photo %1.png").arg(i),
+                                   testSupport::encoded(image, "png"));
+        }
+        return in(name);
+    }
+    static void open(StoryboardWindow &window, const QString &folder)
+    {
+        window.openFolder(folder);
+        ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
+    }
+};
+
+} // namespace
+
+TEST_F(Storyboard, WalksThroughItsMainJob)
+{
+    const Outcome result = run({"--walkthrough", in("shots"), "--photos", samples});
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
+    EXPECT_TRUE(result.output.contains("Everything is as it should be.")) << result.output.constData();
+    compareScreenshots(in("shots"), 1, 0.002);
+}
+
+TEST_F(Storyboard, WalksThroughItOnAScreenOfDoubleResolution)
+{
+    const Outcome result = run({"--walkthrough", in("shots"), "--photos", samples}, "2");
+    EXPECT_EQ(result.status, 0) << result.errors.constData();
+    EXPECT_EQ(QImage(in("shots/03-selection.png")).size(), QSize(1800, 1280));
+    compareScreenshots(in("shots"), 4, 0.03);
+}
+
+TEST_F(Storyboard, AWalkthroughThatGoesWrongSaysWhere)
+{
+    const Outcome few = run({"--walkthrough", in("shots"), "--photos", folderOf(3)});
+    EXPECT_EQ(few.status, 1);
+    EXPECT_TRUE(few.errors.contains("expected: 12 photos or more")) << few.errors.constData();
+    testSupport::writeFile(in("file"), "");
+    const Outcome nowhere = run({"--walkthrough", in("file/shots"), "--photos", samples});
+    EXPECT_EQ(nowhere.status, 1);
+    EXPECT_TRUE(nowhere.errors.contains("expected: a folder")) << nowhere.errors.constData();
+}
+
+TEST_F(Storyboard, ShowsPhotosInTheOrderOfTheirTitlesAsPeopleCount)
+{
+    StoryboardWindow window;
+    window.show();
+    open(window, folderOf(11));
+    EXPECT_EQ(window.countText(), "11 Photos");
+    const auto titleOf = [&](qint64 index) {
+        return std::dynamic_pointer_cast<ZRImageThumbnail>(window.grid().cellAtIndex(index)->representedObject())
+            ->title();
+    };
+    EXPECT_EQ(titleOf(0), "Photo 1");
+    EXPECT_EQ(titleOf(1), "Photo 2");
+    EXPECT_EQ(titleOf(10), "Photo 11");
+}
+
+TEST_F(Storyboard, SaysWhyAFolderCannotBeOpened)
+{
+    StoryboardWindow window;
+    window.show();
+    open(window, in("nowhere"));
+    EXPECT_EQ(window.statusText(),
+              QStringLiteral("“%1” could not be opened. There is no such folder.").arg(in("nowhere")));
+    EXPECT_EQ(window.folderPath(), QString());
+    const QString photos = folderOf(2);
+    testSupport::writeFile(photos + "/ZR.imageCache/ImageData.plist",
+                           "<plist><dict><key>Image Data</key><true/></dict></plist>");
+    open(window, photos);
+    EXPECT_TRUE(window.statusText().contains("could not be opened")) << qPrintable(window.statusText());
+    EXPECT_EQ(window.countText(), QString());
+}
+
+TEST_F(Storyboard, AnEmptyFolderHasNoPhotos)
+{
+    StoryboardWindow window;
+    window.show();
+    QDir().mkpath(in("Empty"));
+    open(window, in("Empty"));
+    EXPECT_EQ(window.countText(), "0 Photos");
+    EXPECT_FALSE(window.grid().isVisible());
+    open(window, folderOf(2));
+    EXPECT_TRUE(window.grid().isVisible());
+}
+
+TEST_F(Storyboard, KeepsWhatItShowsWhenOpeningIsCancelled)
+{
+    StoryboardWindow window;
+    window.show();
+    open(window, folderOf(2));
+    window.openFolder(folderOf(30, "Others"));
+    window.cancelOpening();
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
+    EXPECT_TRUE(window.statusText().startsWith("Opening “Others” was cancelled.")) << qPrintable(window.statusText());
+    EXPECT_EQ(window.countText(), "2 Photos");
+    EXPECT_EQ(window.folderPath(), in("Photos"));
+}
+
+TEST_F(Storyboard, OpensTheFolderThatWasChosenLast)
+{
+    const QString first = folderOf(30, "First"), second = folderOf(2, "Second");
+    StoryboardWindow window;
+    window.show();
+    window.openFolder(first);
+    window.openFolder(second);
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
+    EXPECT_EQ(window.folderPath(), second);
+    StoryboardWindow next;
+    next.openLastFolder();
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !next.isOpening(); }));
+    EXPECT_EQ(next.folderPath(), second);
+}
+
+TEST_F(Storyboard, MayBeDestroyedWhileItOpens)
+{
+    {
+        StoryboardWindow window;
+        window.openFolder(folderOf(30));
+    }
+    PhotoFolderLoader loader;
+    QSignalSpy loads(&loader, &PhotoFolderLoader::didLoad);
+    loader.load(in("Photos"));
+    EXPECT_TRUE(testSupport::waitUntil([&] { return !loader.isLoading(); })) << "the server goes on";
+    EXPECT_EQ(loads.size(), 1);
+}
+
+TEST_F(Storyboard, TellsAScreenReaderOfEveryPhoto)
+{
+    StoryboardWindow window;
+    window.show();
+    open(window, folderOf(3));
+    window.grid().matrixSelectCellAtRow(0, 1);
+    QAccessibleInterface *const grid = QAccessible::queryAccessibleInterface(&window.grid());
+    ASSERT_TRUE(grid);
+    EXPECT_EQ(grid->text(QAccessible::Name), "Photos");
+    ASSERT_GE(grid->childCount(), 3);
+    EXPECT_EQ(grid->child(1)->text(QAccessible::Name), "Photo 2");
+    EXPECT_TRUE(grid->child(1)->state().selected);
+    EXPECT_FALSE(grid->child(0)->state().selected);
+}
+
+TEST_F(Storyboard, APhotoWindowGoesThroughThePhotosAndStopsAtTheEnds)
+{
+    StoryboardWindow window;
+    window.show();
+    const QString photos = folderOf(2);
+    testSupport::writeFile(photos + "/Photo 3.png", testSupport::encoded(testSupport::quarters(300, 200), "png"));
+    open(window, photos);
+    window.grid().matrixSelectCellAtRow(0, 2);
+    window.grid().insertNewline();
+    const QPointer<PhotoWindow> photo = window.photoWindow();
+    ASSERT_TRUE(photo);
+    ASSERT_TRUE(testSupport::waitUntil([&] { return photo->isComplete(); }));
+    const QImage shown = photo->grab().toImage();
+    EXPECT_EQ(shown.pixelColor(10, shown.height() / 2 - 50), QColor(Qt::red));
+    EXPECT_EQ(photo->windowTitle(), "Photo 3");
+    QTest::keyClick(photo, Qt::Key_Right);
+    EXPECT_EQ(photo->index(), 2);
+    QTest::keyClick(photo, Qt::Key_Home);
+    EXPECT_EQ(photo->index(), 0);
+    QTest::keyClick(photo, Qt::Key_Left);
+    EXPECT_EQ(photo->index(), 0);
+    QTest::keyClick(photo, Qt::Key_Space);
+    EXPECT_EQ(photo->index(), 1);
+    QFile::remove(folder + "/Photo 1.png");
+    photo->showPhoto(0);
+    EXPECT_TRUE(testSupport::waitUntil([&] { return photo->isComplete(); }));
+    EXPECT_FALSE(photo->grab().isNull()) << "says that it cannot be shown";
+    QTest::keyClick(photo, Qt::Key_Escape);
+    EXPECT_TRUE(testSupport::waitUntil([&] { return !photo; }));
+}
