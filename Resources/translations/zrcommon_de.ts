@@ -312,5 +312,113 @@
         <source>its thumbnail cannot be written</source>
         <translation>ihr Miniaturbild lässt sich nicht schreiben</translation>
     </message>
+    <message>
+        <source>Photos</source>
+        <translation>Fotos</translation>
+    </message>
+    <message>
+        <source>Open a folder of photos to begin.</source>
+        <translation>Öffnen Sie zuerst einen Ordner mit Fotos.</translation>
+    </message>
+    <message>
+        <source>Open Photo Folder…</source>
+        <translation>Fotoordner öffnen …</translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Open Photo Folder…</source>
+        <translation>Fotoordner &amp;öffnen …</translation>
+    </message>
+    <message>
+        <source>&amp;Reload</source>
+        <translation>&amp;Neu laden</translation>
+    </message>
+    <message>
+        <source>Show &amp;Photo</source>
+        <translation>&amp;Foto zeigen</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Schließen</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>&amp;Bearbeiten</translation>
+    </message>
+    <message>
+        <source>Select &amp;All</source>
+        <translation>&amp;Alles auswählen</translation>
+    </message>
+    <message>
+        <source>Select &amp;Nothing</source>
+        <translation>&amp;Nichts auswählen</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Ansicht</translation>
+    </message>
+    <message>
+        <source>&amp;Larger Photos</source>
+        <translation>&amp;Größere Fotos</translation>
+    </message>
+    <message>
+        <source>&amp;Smaller Photos</source>
+        <translation>&amp;Kleinere Fotos</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Size of the photos</source>
+        <translation>Größe der Fotos</translation>
+    </message>
+    <message>
+        <source>Opening “%1” was cancelled. Thumbnails made and kept: %2</source>
+        <translation>Das Öffnen von „%1“ wurde abgebrochen. Gemachte und behaltene Vorschaubilder: %2</translation>
+    </message>
+    <message>
+        <source>“%1” could not be opened. %2</source>
+        <translation>„%1“ ließ sich nicht öffnen. %2</translation>
+    </message>
+    <message>
+        <source>Open Photo Folder</source>
+        <translation>Fotoordner öffnen</translation>
+    </message>
+    <message>
+        <source>Opening “%1”…</source>
+        <translation>„%1“ wird geöffnet …</translation>
+    </message>
+    <message>
+        <source>%v of %m</source>
+        <translation>%v von %m</translation>
+    </message>
+    <message>
+        <source>There are no photos in “%1”.</source>
+        <translation>In „%1“ sind keine Fotos.</translation>
+    </message>
+    <message>
+        <source>%1 selected</source>
+        <translation>%1 ausgewählt</translation>
+    </message>
+    <message>
+        <source>There is no such folder.</source>
+        <translation>Diesen Ordner gibt es nicht.</translation>
+    </message>
+    <message>
+        <source>Nothing can be loaded in the background.</source>
+        <translation>Im Hintergrund lässt sich nichts laden.</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be shown.</source>
+        <translation>„%1“ kann nicht gezeigt werden.</translation>
+    </message>
 </context>
 </TS>
