@@ -363,6 +363,12 @@ void Walkthrough::prepare()
         qputenv(variable, QFile::encodeName(home.path()));
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("LC_ALL", "C.UTF-8");
+    // The platform without a screen says what it has no means for, again and again.
+    static const QtMessageHandler usual = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &message) {
+        if (!message.startsWith(QLatin1String("This plugin does not support ")))
+            usual(type, context, message);
+    });
     QApplication::setDesktopSettingsAware(false);
 }
 
