@@ -69,12 +69,17 @@ ZRExtendedMatrix::RowsAndColumns ZRExtendedMatrix::getRowsNeeded(qint64 cellCoun
     return needed;
 }
 
-// The cells noted are reselected as ranges: the same cells, however many they are.
+// In one change, whatever is selected: one after the other would cost the square of the number of ranges.
 void ZRExtendedMatrix::selectAgain(const IndexSet &indexes)
 {
-    matrixDeselectAllCells();
+    if (!m_observed_object_for_matrix_selection)
+        return selectCells(indexes, indexes.isEmpty() ? -1 : indexes.lastIndex());
+    matrixDeselectAllCells(); // or it would not be a change that the controller tells of
+    const ObjectList arranged = m_observed_object_for_matrix_selection->arrangedObjects();
+    ObjectList objects;
     for (const platform::IndexRange &range : indexes.ranges())
-        matrixSetSelectionFrom(range.location, range.end() - 1, range.end() - 1, true);
+        objects += arranged.mid(range.location, range.length);
+    m_observed_object_for_matrix_selection->setSelectedObjects(objects);
 }
 
 void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
@@ -334,23 +339,14 @@ void ZRExtendedMatrix::observeSelectedObjects()
         if (object)
             selected.insert(object.get());
     }
-    // The base class's operations: showing the controller's selection must not change it. Cells that follow each other
-    // are selected at once.
-    deselectAllCells();
-    if (selected.empty())
-        return;
-    const auto isSelected = [&](qint64 index) {
-        const Cell *const cell = cellAtIndex(index);
-        return cell && cell->representedObject() && selected.contains(cell->representedObject().get());
-    };
-    for (qint64 index = 0; index < numberOfCells(); ++index) {
-        if (!isSelected(index))
-            continue;
-        const qint64 first = index;
-        while (isSelected(index + 1))
-            ++index;
-        setSelectionFrom(first, index, index, true);
+    // The base class's operation: showing the controller's selection must not change it.
+    IndexSet indexes;
+    for (qint64 index = 0; index < numberOfCells() && !selected.empty(); ++index) {
+        const ObjectPointer &object = cells()[size_t(index)]->representedObject();
+        if (object && selected.contains(object.get()))
+            indexes.addIndex(index);
     }
+    selectCells(indexes, indexes.isEmpty() ? -1 : indexes.lastIndex());
 }
 
 Cell *ZRExtendedMatrix::cellAtPoint(const QPointF &point) const

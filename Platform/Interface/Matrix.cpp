@@ -158,10 +158,15 @@ void Matrix::deselectAllCells()
     changeSelection({}, {});
 }
 
+void Matrix::setCurrentCell(qint64 index)
+{
+    if (cellAtIndex(index))
+        m_current = {int(index / m_numberOfColumns), int(index % m_numberOfColumns)};
+}
+
 void Matrix::setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight)
 {
-    if (cellAtIndex(anchor))
-        m_current = {int(anchor / m_numberOfColumns), int(anchor % m_numberOfColumns)};
+    setCurrentCell(anchor);
     const qint64 first = std::max<qint64>(std::min(from, to), 0);
     const qint64 last = std::min(std::max(from, to), numberOfCells() - 1);
     if (first > last)
@@ -179,6 +184,14 @@ void Matrix::setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highli
 void Matrix::selectAll()
 {
     setSelectionFrom(0, numberOfCells() - 1, m_current.row < 0 ? 0 : -1, true);
+}
+
+void Matrix::selectCells(const IndexSet &indexes, qint64 anchor)
+{
+    IndexSet present = indexes;
+    present.intersect(IndexSet(IndexRange{0, numberOfCells()}));
+    setCurrentCell(anchor);
+    changeSelection(present, present);
 }
 
 void Matrix::changeSelection(IndexSet selected, IndexSet highlighted)

@@ -88,6 +88,10 @@ public:
     /// @param highlight false to take the cells away
     virtual void setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight);
     virtual void selectAll();
+    /// Selects and highlights these cells and no others, in one change, however many ranges they are. Indexes outside
+    /// the grid are passed over.
+    /// @param anchor as above
+    void selectCells(const IndexSet &indexes, qint64 anchor);
 
     void sendAction() { Q_EMIT action(); }
     void sendDoubleAction() { Q_EMIT doubleAction(); }
@@ -120,6 +124,7 @@ private:
     void setCellSelected(const Cell &cell, bool isSelected);
     void setCellHighlighted(const Cell &cell, bool isHighlighted);
     bool hasPlace(int row, int column) const;
+    void setCurrentCell(qint64 index);
     void changeSelection(IndexSet selected, IndexSet highlighted);
     QSizeF stride() const { return m_cellSize + m_intercellSpacing; }
 
