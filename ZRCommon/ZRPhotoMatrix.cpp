@@ -3,9 +3,11 @@
 #include "Platform/Interface/DragRunner.h"
 #include "ZRCommon/ZRPhotoCell.h"
 
+#include <QElapsedTimer>
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <utility>
 
 using platform::Cell;
 
@@ -25,6 +27,11 @@ ZRPhotoMatrix::ZRPhotoMatrix(QWidget *parent)
     setCellSize(QSizeF(120, 90));
     setIntercellSpacing(QSizeF(1, 1));
     setDrawsBackground(false);
+    // What the person does comes in between.
+    constexpr int pause = 4; // milliseconds
+    m_goOn.setSingleShot(true);
+    m_goOn.setInterval(pause);
+    connect(&m_goOn, &QTimer::timeout, this, [this] { setNeedsDisplay(std::exchange(m_unfinished, QRectF())); });
 }
 
 ZRPhotoMatrix::~ZRPhotoMatrix() = default;
@@ -81,13 +88,16 @@ std::shared_ptr<platform::Image> ZRPhotoMatrix::pictureToDraw(const Cell &cell) 
     if (!thumbnail || m_refused.contains(thumbnail.get()))
         return nullptr;
     if (!thumbnail->isImageLoaded()) {
-        if (m_isPainting && m_paintClock.hasExpired(loadingTime)) {
+        if (m_isPainting && m_timeLoaded >= loadingTime * 1'000'000) {
             m_hasRunOutOfTime = true;
             return nullptr;
         }
         m_asked.push_back({cell.index(), thumbnail});
     }
+    QElapsedTimer clock;
+    clock.start();
     auto picture = thumbnail->imageToDisplay();
+    m_timeLoaded += clock.nsecsElapsed();
     if (!picture)
         m_refused.insert(thumbnail.get());
     return picture;
@@ -96,20 +106,22 @@ std::shared_ptr<platform::Image> ZRPhotoMatrix::pictureToDraw(const Cell &cell) 
 void ZRPhotoMatrix::drawRect(QPainter &painter, const QRectF &dirty)
 {
     m_hasRunOutOfTime = false;
+    m_timeLoaded = 0;
     {
         const QScopedValueRollback guard(m_isPainting, true);
-        m_paintClock.start();
         ZRExtendedMatrix::drawRect(painter, dirty);
     }
     letFarPicturesGo();
-    if (m_hasRunOutOfTime)
-        setNeedsDisplay(dirty);
+    if (!m_hasRunOutOfTime)
+        return;
+    m_unfinished |= dirty;
+    m_goOn.start();
 }
 
 void ZRPhotoMatrix::letFarPicturesGo()
 {
-    // Some screens on both sides stay, so that scrolling to and fro reads nothing again.
-    constexpr qint64 screensKept = 4, alwaysKept = 200;
+    // A screen on both sides stays, so that scrolling to and fro reads nothing again.
+    constexpr qint64 screensKept = 1, alwaysKept = 100;
     const PlaceRange places = placesInRect(visibleRect());
     const qint64 first = qint64(places.first.row) * numberOfColumns();
     const qint64 end = qint64(places.end.row) * numberOfColumns();

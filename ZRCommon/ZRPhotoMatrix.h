@@ -3,8 +3,8 @@
 #include "ZRCommon/ZRExtendedMatrix.h"
 #include "ZRCommon/ZRImageThumbnail.h"
 
-#include <QElapsedTimer>
 #include <QStringList>
+#include <QTimer>
 
 #include <memory>
 #include <unordered_set>
@@ -17,7 +17,7 @@ inline const QString ZRPhotoMatrixDidChangeSelection = QStringLiteral("ZRPhotoMa
 /// of the host sets. Photos are dragged out as files.
 ///
 /// Pictures are read from their files while the cells that show are drawn, for at most `loadingTime` a paint; the other
-/// cells draw what they have, and the next paint goes on. Pictures far from what shows are let go.
+/// cells draw what they have, and another paint soon goes on. Pictures far from what shows are let go.
 ///
 /// The main thread only.
 class ZRPhotoMatrix : public ZRExtendedMatrix
@@ -64,7 +64,9 @@ private:
 
     mutable std::vector<Asked> m_asked;
     mutable std::unordered_set<const ZRImageThumbnail *> m_refused; // that have no picture; not asked again while near
-    mutable QElapsedTimer m_paintClock;
+    mutable qint64 m_timeLoaded = 0; // nanoseconds that this paint has spent on reading
     mutable bool m_isPainting = false;
     mutable bool m_hasRunOutOfTime = false;
+    QRectF m_unfinished; // where pictures are still missing
+    QTimer m_goOn;
 };
