@@ -3,9 +3,9 @@
 #include "ZRCommon/ZRExtendedMatrix.h"
 #include "ZRCommon/ZRImageThumbnail.h"
 
-#include <QElapsedTimer>
 #include <QStringList>
 
+#include <chrono>
 #include <memory>
 #include <unordered_set>
 #include <vector>
@@ -64,7 +64,7 @@ private:
 
     mutable std::vector<Asked> m_asked;
     mutable std::unordered_set<const ZRImageThumbnail *> m_refused; // that have no picture; not asked again while near
-    mutable QElapsedTimer m_paintClock;
+    mutable std::chrono::steady_clock::duration m_timeSpentReading{}; // in this paint
     mutable bool m_isPainting = false;
     mutable bool m_hasRunOutOfTime = false;
 };
