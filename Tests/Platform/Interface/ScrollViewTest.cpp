@@ -162,6 +162,17 @@ TEST_F(ScrollViewTest, OwnsItsDocument)
     scrollView.setDocumentView(nullptr);
 }
 
+TEST_F(ScrollViewTest, TakesTheDocumentOfAnotherOne)
+{
+    ScrollView other;
+    other.setDocumentView(view);
+    EXPECT_EQ(scrollView.documentView(), nullptr);
+    EXPECT_EQ(view->enclosingScrollView(), &other);
+    other.setDocumentView(nullptr);
+    scrollView.resize(120, 80);
+    EXPECT_EQ(scrollView.documentVisibleRect(), QRectF());
+}
+
 TEST_F(ScrollViewTest, HandsMouseEventsOnInTheDocumentsCoordinates)
 {
     view->setFrameSize(QSizeF(200, 5000));
