@@ -61,20 +61,31 @@ double ZRExtendedMatrix::visibleWidth() const
 
 ZRExtendedMatrix::RowsAndColumns ZRExtendedMatrix::getRowsNeeded(qint64 cellCount) const
 {
+    constexpr float most = 100'000; // more than any screen shows; cells must be made for them
     const float columns = float(visibleWidth()) / float(cellSize().width());
     RowsAndColumns needed;
-    // Also where the quotient is no number.
-    needed.columns = columns >= 1 ? int(std::min(columns, 1e9f)) : 1;
+    // Cells without a width give no number.
+    needed.columns = columns >= 1 && std::isfinite(columns) ? int(std::min(columns, most)) : 1;
     needed.rows = int((cellCount + needed.columns - 1) / needed.columns);
     return needed;
 }
 
-// The cells noted are reselected as ranges: the same cells, however many they are.
+// The cells noted are reselected at once: by themselves each would cost as much as all.
 void ZRExtendedMatrix::selectAgain(const IndexSet &indexes)
 {
-    matrixDeselectAllCells();
-    for (const platform::IndexRange &range : indexes.ranges())
-        matrixSetSelectionFrom(range.location, range.end() - 1, range.end() - 1, true);
+    const QPointer<ZRExtendedMatrix> grid(this);
+    matrixDeselectAllCells(); // a controller that has this selection already would tell nothing
+    if (!grid)
+        return;
+    if (!m_observed_object_for_matrix_selection)
+        return setSelectedIndexes(indexes);
+    const ObjectList arranged = m_observed_object_for_matrix_selection->arrangedObjects();
+    ObjectList objects;
+    for (const platform::IndexRange &range : indexes.ranges()) {
+        for (qint64 index = range.location; index < std::min<qint64>(range.end(), arranged.size()); ++index)
+            objects.append(arranged[index]);
+    }
+    m_observed_object_for_matrix_selection->setSelectedObjects(objects);
 }
 
 void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
@@ -83,8 +94,12 @@ void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
     if (needed.columns == numberOfColumns())
         return;
     const IndexSet selected = selectedIndexes();
+    const QPointer<ZRExtendedMatrix> grid(this); // which whoever is told may destroy
     renewRows(needed.rows, needed.columns);
-    selectAgain(selected);
+    if (grid)
+        selectAgain(selected);
+    if (!grid)
+        return;
     sizeToCells();
     setNeedsDisplay();
 }
@@ -102,9 +117,11 @@ void ZRExtendedMatrix::setFrame(const QRectF &frame)
     Matrix::setFrame(frame);
     if (!usesAvailableWidthToLayoutCells())
         return;
+    const QPointer<ZRExtendedMatrix> grid(this);
     if (frame.width() != oldWidth)
         possiblyAdjustNumberRowsAndColumns();
-    sizeToCells();
+    if (grid)
+        sizeToCells();
 }
 
 void ZRExtendedMatrix::matrixDeselectAllCells()
@@ -142,6 +159,22 @@ void ZRExtendedMatrix::selectAll()
             m_observed_object_for_matrix_selection->arrangedObjects());
     else
         Matrix::selectAll();
+}
+
+void ZRExtendedMatrix::selectCell(const Cell &cell)
+{
+    const Place place = placeOfCell(cell);
+    matrixSelectCellAtRow(place.row, place.column);
+}
+
+void ZRExtendedMatrix::toggleCell(const Cell &cell)
+{
+    if (!m_observed_object_for_matrix_selection)
+        Matrix::toggleCell(cell);
+    else if (cell.representedObject() && cell.isSelected())
+        m_observed_object_for_matrix_selection->removeSelectedObjects({cell.representedObject()});
+    else if (cell.representedObject())
+        m_observed_object_for_matrix_selection->addSelectedObjects({cell.representedObject()});
 }
 
 ZRExtendedMatrix::CellBounds ZRExtendedMatrix::selectedCellBounds() const
@@ -201,8 +234,9 @@ void ZRExtendedMatrix::selectTarget(int row, int column)
 {
     if (row < 0 || column < 0)
         return;
+    const QPointer<ZRExtendedMatrix> grid(this);
     matrixSelectCellAtRow(row, column);
-    if (cellAtRow(row, column))
+    if (grid && cellAtRow(row, column))
         scrollRectToVisible(cellFrameAtRow(row, column));
 }
 
@@ -334,23 +368,13 @@ void ZRExtendedMatrix::observeSelectedObjects()
         if (object)
             selected.insert(object.get());
     }
-    // The base class's operations: showing the controller's selection must not change it. Cells that follow each other
-    // are selected at once.
-    deselectAllCells();
-    if (selected.empty())
-        return;
-    const auto isSelected = [&](qint64 index) {
-        const Cell *const cell = cellAtIndex(index);
-        return cell && cell->representedObject() && selected.contains(cell->representedObject().get());
-    };
-    for (qint64 index = 0; index < numberOfCells(); ++index) {
-        if (!isSelected(index))
-            continue;
-        const qint64 first = index;
-        while (isSelected(index + 1))
-            ++index;
-        setSelectionFrom(first, index, index, true);
+    IndexSet shown;
+    for (const auto &cell : cells()) {
+        if (!selected.empty() && cell->representedObject() && selected.contains(cell->representedObject().get()))
+            shown.addIndex(cell->index());
     }
+    // The base class's operation: showing the controller's selection must not change it.
+    setSelectedIndexes(shown);
 }
 
 Cell *ZRExtendedMatrix::cellAtPoint(const QPointF &point) const
@@ -361,8 +385,8 @@ Cell *ZRExtendedMatrix::cellAtPoint(const QPointF &point) const
 
 bool ZRExtendedMatrix::mouseDown(const MouseEvent &event)
 {
-    setFocus(Qt::MouseFocusReason);
     m_mouse_down_point = QPointF(float(event.location.x()), float(event.location.y()));
+    setFocus(Qt::MouseFocusReason); // whoever loses it may destroy the grid
     return true;
 }
 
@@ -408,8 +432,12 @@ void ZRExtendedMatrix::startDrag(const MouseEvent &event)
     if (!cell || !cell->representedObject())
         return;
     if (!cell->isSelected()) {
+        const QPointer<ZRExtendedMatrix> grid(this);
         matrixDeselectAllCells();
-        matrixSelectCellAtRow(place->row, place->column);
+        if (grid)
+            matrixSelectCellAtRow(place->row, place->column);
+        if (!grid)
+            return;
     }
     platform::Drag drag;
     drag.image = dragImageForImageAtPoint(event.location);

@@ -68,6 +68,8 @@ public:
     /// are any, and the other two are passed over.
     void matrixSetSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight);
     void selectAll() override;
+    void selectCell(const platform::Cell &cell) override;
+    void toggleCell(const platform::Cell &cell) override;
     struct CellBounds {
         int minRow;
         int minColumn;

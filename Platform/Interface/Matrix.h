@@ -87,7 +87,13 @@ public:
     /// @param anchor becomes the place from which a further selection extends, if there is a cell
     /// @param highlight false to take the cells away
     virtual void setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight);
+    /// Selects and highlights the cells at these indexes and no others, however scattered they are, in one operation.
+    /// Indexes outside the grid are passed over. A further selection extends from the last one.
+    void setSelectedIndexes(const IndexSet &indexes);
     virtual void selectAll();
+    /// What assistive technology asks for: to select a cell alone, and to add it or take it away.
+    virtual void selectCell(const Cell &cell);
+    virtual void toggleCell(const Cell &cell);
 
     void sendAction() { Q_EMIT action(); }
     void sendDoubleAction() { Q_EMIT doubleAction(); }

@@ -220,6 +220,33 @@ TEST_F(MatrixTest, AddsAndTakesAwayRanges)
     EXPECT_EQ(selectionChanges, 5);
 }
 
+TEST_F(MatrixTest, HasNoPlaceToExtendFromWhileNothingIsSelected)
+{
+    matrix.renewRows(3, 4);
+    matrix.setSelectionFrom(40, 50, 4, true);
+    EXPECT_EQ(matrix.selectedRow(), -1);
+    matrix.setSelectionFrom(3, 3, 3, false);
+    EXPECT_EQ(matrix.selectedRow(), -1);
+    EXPECT_EQ(matrix.selectedColumn(), -1);
+}
+
+TEST_F(MatrixTest, SelectsScatteredCellsInOneOperation)
+{
+    matrix.renewRows(3, 4);
+    matrix.selectAll();
+    IndexSet indexes;
+    for (const qint64 index : {1, 6, 9, 400})
+        indexes.addIndex(index);
+    matrix.setSelectedIndexes(indexes);
+    EXPECT_EQ(selected(), Indexes({1, 6, 9}));
+    EXPECT_EQ(matrix.highlightedIndexes(), matrix.selectedIndexes());
+    EXPECT_EQ(matrix.selectedRow(), 2);
+    EXPECT_EQ(matrix.selectedColumn(), 1);
+    EXPECT_EQ(selectionChanges, 2);
+    matrix.setSelectedIndexes({});
+    EXPECT_EQ(matrix.selectedRow(), -1);
+}
+
 TEST_F(MatrixTest, SelectsAMillionCellsAsOneRange)
 {
     matrix.renewRows(1000, 1000);
