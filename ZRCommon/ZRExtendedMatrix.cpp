@@ -34,6 +34,17 @@ struct EqualObjects {
     bool operator()(const platform::Object *a, const platform::Object *b) const { return platform::areEqual(a, b); }
 };
 
+QTextCharFormat whiteBold(int pixelSize)
+{
+    QFont font;
+    font.setBold(true);
+    font.setPixelSize(pixelSize);
+    QTextCharFormat format;
+    format.setFont(font);
+    format.setForeground(Qt::white);
+    return format;
+}
+
 } // namespace
 
 ZRExtendedMatrix::ZRExtendedMatrix(QWidget *parent)
@@ -454,6 +465,18 @@ void ZRExtendedMatrix::startDrag(const MouseEvent &event)
         platform::runDrag(std::move(drag));
 }
 
+QTextCharFormat ZRExtendedMatrix::badgeDrawingStringAttributes()
+{
+    static const QTextCharFormat attributes = whiteBold(14);
+    return attributes;
+}
+
+QTextCharFormat ZRExtendedMatrix::smallerBadgeDrawingStringAttributes()
+{
+    static const QTextCharFormat attributes = whiteBold(11);
+    return attributes;
+}
+
 QImage ZRExtendedMatrix::badgeImage(qreal devicePixelRatio)
 {
     const int scale = std::clamp(int(std::ceil(devicePixelRatio)), 1, 3);
@@ -495,11 +518,10 @@ QImage ZRExtendedMatrix::dragImageForImageAtPoint(const QPointF &point)
     if (!badge.isNull())
         painter.drawImage(QPointF(5, height - 15 - badge.deviceIndependentSize().height()), badge);
     const qint64 count = selectedIndexes().count();
-    QFont font = painter.font();
-    font.setBold(true);
-    font.setPixelSize(count > 99 ? 11 : 14);
-    painter.setFont(font);
-    painter.setPen(Qt::white);
+    const QTextCharFormat attributes =
+        count > 99 ? smallerBadgeDrawingStringAttributes() : badgeDrawingStringAttributes();
+    painter.setFont(attributes.font());
+    painter.setPen(attributes.foreground().color());
     const int x = (count > 9 ? 10 : 15) - (count > 99 ? 2 : 0);
     painter.drawText(QPointF(x, height - 18 - painter.fontMetrics().descent()), QString::number(count));
     return result;

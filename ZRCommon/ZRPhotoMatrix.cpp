@@ -78,7 +78,7 @@ void ZRPhotoMatrix::renewRows(int rows, int columns)
 std::shared_ptr<platform::Image> ZRPhotoMatrix::pictureToDraw(const Cell &cell) const
 {
     const auto thumbnail = thumbnailOf(cell);
-    if (!thumbnail || m_refused.contains(thumbnail.get()))
+    if (!thumbnail || m_refused.contains(thumbnail))
         return nullptr;
     if (thumbnail->isImageLoaded())
         return thumbnail->imageToDisplay();
@@ -92,7 +92,7 @@ std::shared_ptr<platform::Image> ZRPhotoMatrix::pictureToDraw(const Cell &cell) 
     auto picture = thumbnail->imageToDisplay();
     m_timeSpentReading += std::chrono::steady_clock::now() - start;
     if (!picture)
-        m_refused.insert(thumbnail.get());
+        m_refused.insert(thumbnail);
     return picture;
 }
 
@@ -129,7 +129,7 @@ void ZRPhotoMatrix::letFarPicturesGo()
             return false;
         if (thumbnail) {
             thumbnail->unloadImage();
-            m_refused.erase(thumbnail.get());
+            m_refused.erase(std::weak_ptr<const ZRImageThumbnail>(thumbnail));
         }
         return true;
     });

@@ -7,7 +7,7 @@
 
 #include <chrono>
 #include <memory>
-#include <unordered_set>
+#include <set>
 #include <vector>
 
 /// For whoever tells that the selection of a photo grid changed.
@@ -63,7 +63,8 @@ private:
     void letFarPicturesGo();
 
     mutable std::vector<Asked> m_asked;
-    mutable std::unordered_set<const ZRImageThumbnail *> m_refused; // that have no picture; not asked again while near
+    /// Records that have no picture; not asked again while near. Their addresses alone may be those of others later.
+    mutable std::set<std::weak_ptr<const ZRImageThumbnail>, std::owner_less<>> m_refused;
     mutable std::chrono::steady_clock::duration m_timeSpentReading{}; // in this paint
     mutable bool m_isPainting = false;
     mutable bool m_hasRunOutOfTime = false;

@@ -100,6 +100,8 @@ bool View::event(QEvent *event)
 {
     const char *const name = metaObject()->className(); // the handler that fails may have destroyed the view
     const QEvent::Type type = event->type();
+    if (type == QEvent::Polish && !acceptsFirstResponder())
+        setFocusPolicy(Qt::NoFocus);
     try {
         return QWidget::event(event);
     } catch (...) {

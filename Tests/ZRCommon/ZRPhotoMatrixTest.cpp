@@ -187,6 +187,7 @@ TEST_F(PhotoMatrix, DrawsABadgeOnPhotosThatTheDocumentUses)
     EXPECT_GT(badge.green(), badge.blue());
     EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(2).size(), QSize(36, 36));
     EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(1).size(), QSize(18, 18));
+    EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(1.5).size(), QSize(36, 36));
 }
 
 TEST_F(PhotoMatrix, ACellThatChangesIsDrawnAnew)
@@ -282,6 +283,8 @@ TEST_F(PhotoMatrix, DrawsThePhotosThatItCan)
     EXPECT_EQ(colorAt(image, {3 * 121 + 60, 42}), QColor(Qt::red));
     thumbnailFile("missing.png", Qt::green);
     EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::white)) << "what was refused is not tried at every paint";
+    fill({std::dynamic_pointer_cast<ZRImageThumbnail>(cell(0).representedObject())});
+    EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::green)) << "but when the grid is renewed";
     fill({photo(in("missing.png"), "found")});
     EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::green));
 }
