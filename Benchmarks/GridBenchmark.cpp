@@ -335,7 +335,7 @@ void saveAndRestore(benchmark::State &state)
     platform::IndexSet even;
     for (int i = 0; i < count; i += 2)
         even.addIndex(i);
-    grid.grid->selectCells(even, 0);
+    grid.grid->setSelectedIndexes(even);
     for (auto _ : state) {
         const Stopwatch watch;
         grid.grid->restoreSelection(grid.grid->saveSelection());

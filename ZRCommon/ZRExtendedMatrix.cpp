@@ -34,6 +34,17 @@ struct EqualObjects {
     bool operator()(const platform::Object *a, const platform::Object *b) const { return platform::areEqual(a, b); }
 };
 
+QTextCharFormat whiteBold(int pixelSize)
+{
+    QFont font;
+    font.setBold(true);
+    font.setPixelSize(pixelSize);
+    QTextCharFormat format;
+    format.setFont(font);
+    format.setForeground(Qt::white);
+    return format;
+}
+
 } // namespace
 
 ZRExtendedMatrix::ZRExtendedMatrix(QWidget *parent)
@@ -61,24 +72,30 @@ double ZRExtendedMatrix::visibleWidth() const
 
 ZRExtendedMatrix::RowsAndColumns ZRExtendedMatrix::getRowsNeeded(qint64 cellCount) const
 {
+    constexpr float most = 100'000; // more than any screen shows; cells must be made for them
     const float columns = float(visibleWidth()) / float(cellSize().width());
     RowsAndColumns needed;
-    // Also where the quotient is no number.
-    needed.columns = columns >= 1 ? int(std::min(columns, 1e9f)) : 1;
+    // Cells without a width give no number.
+    needed.columns = columns >= 1 && std::isfinite(columns) ? int(std::min(columns, most)) : 1;
     needed.rows = int((cellCount + needed.columns - 1) / needed.columns);
     return needed;
 }
 
-// In one change, whatever is selected: one after the other would cost the square of the number of ranges.
+// The cells noted are reselected at once: by themselves each would cost as much as all.
 void ZRExtendedMatrix::selectAgain(const IndexSet &indexes)
 {
+    const QPointer<ZRExtendedMatrix> grid(this);
+    matrixDeselectAllCells(); // a controller that has this selection already would tell nothing
+    if (!grid)
+        return;
     if (!m_observed_object_for_matrix_selection)
-        return selectCells(indexes, indexes.isEmpty() ? -1 : indexes.lastIndex());
-    matrixDeselectAllCells(); // or it would not be a change that the controller tells of
+        return setSelectedIndexes(indexes);
     const ObjectList arranged = m_observed_object_for_matrix_selection->arrangedObjects();
     ObjectList objects;
-    for (const platform::IndexRange &range : indexes.ranges())
-        objects += arranged.mid(range.location, range.length);
+    for (const platform::IndexRange &range : indexes.ranges()) {
+        for (qint64 index = range.location; index < std::min<qint64>(range.end(), arranged.size()); ++index)
+            objects.append(arranged[index]);
+    }
     m_observed_object_for_matrix_selection->setSelectedObjects(objects);
 }
 
@@ -88,8 +105,12 @@ void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
     if (needed.columns == numberOfColumns())
         return;
     const IndexSet selected = selectedIndexes();
+    const QPointer<ZRExtendedMatrix> grid(this); // which whoever is told may destroy
     renewRows(needed.rows, needed.columns);
-    selectAgain(selected);
+    if (grid)
+        selectAgain(selected);
+    if (!grid)
+        return;
     sizeToCells();
     setNeedsDisplay();
 }
@@ -107,9 +128,11 @@ void ZRExtendedMatrix::setFrame(const QRectF &frame)
     Matrix::setFrame(frame);
     if (!usesAvailableWidthToLayoutCells())
         return;
+    const QPointer<ZRExtendedMatrix> grid(this);
     if (frame.width() != oldWidth)
         possiblyAdjustNumberRowsAndColumns();
-    sizeToCells();
+    if (grid)
+        sizeToCells();
 }
 
 void ZRExtendedMatrix::matrixDeselectAllCells()
@@ -147,6 +170,22 @@ void ZRExtendedMatrix::selectAll()
             m_observed_object_for_matrix_selection->arrangedObjects());
     else
         Matrix::selectAll();
+}
+
+void ZRExtendedMatrix::selectCell(const Cell &cell)
+{
+    const Place place = placeOfCell(cell);
+    matrixSelectCellAtRow(place.row, place.column);
+}
+
+void ZRExtendedMatrix::toggleCell(const Cell &cell)
+{
+    if (!m_observed_object_for_matrix_selection)
+        Matrix::toggleCell(cell);
+    else if (cell.representedObject() && cell.isSelected())
+        m_observed_object_for_matrix_selection->removeSelectedObjects({cell.representedObject()});
+    else if (cell.representedObject())
+        m_observed_object_for_matrix_selection->addSelectedObjects({cell.representedObject()});
 }
 
 ZRExtendedMatrix::CellBounds ZRExtendedMatrix::selectedCellBounds() const
@@ -206,8 +245,9 @@ void ZRExtendedMatrix::selectTarget(int row, int column)
 {
     if (row < 0 || column < 0)
         return;
+    const QPointer<ZRExtendedMatrix> grid(this);
     matrixSelectCellAtRow(row, column);
-    if (cellAtRow(row, column))
+    if (grid && cellAtRow(row, column))
         scrollRectToVisible(cellFrameAtRow(row, column));
 }
 
@@ -339,14 +379,13 @@ void ZRExtendedMatrix::observeSelectedObjects()
         if (object)
             selected.insert(object.get());
     }
-    // The base class's operation: showing the controller's selection must not change it.
-    IndexSet indexes;
-    for (qint64 index = 0; index < numberOfCells() && !selected.empty(); ++index) {
-        const ObjectPointer &object = cells()[size_t(index)]->representedObject();
-        if (object && selected.contains(object.get()))
-            indexes.addIndex(index);
+    IndexSet shown;
+    for (const auto &cell : cells()) {
+        if (!selected.empty() && cell->representedObject() && selected.contains(cell->representedObject().get()))
+            shown.addIndex(cell->index());
     }
-    selectCells(indexes, indexes.isEmpty() ? -1 : indexes.lastIndex());
+    // The base class's operation: showing the controller's selection must not change it.
+    setSelectedIndexes(shown);
 }
 
 Cell *ZRExtendedMatrix::cellAtPoint(const QPointF &point) const
@@ -357,8 +396,8 @@ Cell *ZRExtendedMatrix::cellAtPoint(const QPointF &point) const
 
 bool ZRExtendedMatrix::mouseDown(const MouseEvent &event)
 {
-    setFocus(Qt::MouseFocusReason);
     m_mouse_down_point = QPointF(float(event.location.x()), float(event.location.y()));
+    setFocus(Qt::MouseFocusReason); // whoever loses it may destroy the grid
     return true;
 }
 
@@ -404,8 +443,12 @@ void ZRExtendedMatrix::startDrag(const MouseEvent &event)
     if (!cell || !cell->representedObject())
         return;
     if (!cell->isSelected()) {
+        const QPointer<ZRExtendedMatrix> grid(this);
         matrixDeselectAllCells();
-        matrixSelectCellAtRow(place->row, place->column);
+        if (grid)
+            matrixSelectCellAtRow(place->row, place->column);
+        if (!grid)
+            return;
     }
     platform::Drag drag;
     drag.image = dragImageForImageAtPoint(event.location);
@@ -420,6 +463,18 @@ void ZRExtendedMatrix::startDrag(const MouseEvent &event)
     drag.hotSpot = (m_mouse_down_point - corner).toPoint();
     if (drag.data)
         platform::runDrag(std::move(drag));
+}
+
+QTextCharFormat ZRExtendedMatrix::badgeDrawingStringAttributes()
+{
+    static const QTextCharFormat attributes = whiteBold(14);
+    return attributes;
+}
+
+QTextCharFormat ZRExtendedMatrix::smallerBadgeDrawingStringAttributes()
+{
+    static const QTextCharFormat attributes = whiteBold(11);
+    return attributes;
 }
 
 QImage ZRExtendedMatrix::badgeImage(qreal devicePixelRatio)
@@ -463,11 +518,10 @@ QImage ZRExtendedMatrix::dragImageForImageAtPoint(const QPointF &point)
     if (!badge.isNull())
         painter.drawImage(QPointF(5, height - 15 - badge.deviceIndependentSize().height()), badge);
     const qint64 count = selectedIndexes().count();
-    QFont font = painter.font();
-    font.setBold(true);
-    font.setPixelSize(count > 99 ? 11 : 14);
-    painter.setFont(font);
-    painter.setPen(Qt::white);
+    const QTextCharFormat attributes =
+        count > 99 ? smallerBadgeDrawingStringAttributes() : badgeDrawingStringAttributes();
+    painter.setFont(attributes.font());
+    painter.setPen(attributes.foreground().color());
     const int x = (count > 9 ? 10 : 15) - (count > 99 ? 2 : 0);
     painter.drawText(QPointF(x, height - 18 - painter.fontMetrics().descent()), QString::number(count));
     return result;

@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QMimeData>
 #include <QPointer>
+#include <QTextCharFormat>
 #include <QVariantMap>
 
 #include <memory>
@@ -68,6 +69,8 @@ public:
     /// are any, and the other two are passed over.
     void matrixSetSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight);
     void selectAll() override;
+    void selectCell(const platform::Cell &cell) override;
+    void toggleCell(const platform::Cell &cell) override;
     struct CellBounds {
         int minRow;
         int minColumn;
@@ -128,6 +131,9 @@ public:
     /// cell, at the device's pixel ratio.
     QImage dragImageForImageAtPoint(const QPointF &point);
 
+    /// How the count is written, in white and bold: of up to two digits in 14 pixels, of more in 11.
+    static QTextCharFormat badgeDrawingStringAttributes();
+    static QTextCharFormat smallerBadgeDrawingStringAttributes();
     /// The badge behind the count, at the best of its sizes for a pixel ratio.
     static QImage badgeImage(qreal devicePixelRatio);
 

@@ -3,7 +3,6 @@
 #include "Platform/Interface/DragRunner.h"
 #include "ZRCommon/ZRPhotoCell.h"
 
-#include <QElapsedTimer>
 #include <QScopedValueRollback>
 
 #include <algorithm>
@@ -85,30 +84,30 @@ void ZRPhotoMatrix::renewRows(int rows, int columns)
 std::shared_ptr<platform::Image> ZRPhotoMatrix::pictureToDraw(const Cell &cell) const
 {
     const auto thumbnail = thumbnailOf(cell);
-    if (!thumbnail || m_refused.contains(thumbnail.get()))
+    if (!thumbnail || m_refused.contains(thumbnail))
         return nullptr;
-    if (!thumbnail->isImageLoaded()) {
-        if (m_isPainting && m_timeLoaded >= loadingTime * 1'000'000) {
-            m_hasRunOutOfTime = true;
-            return nullptr;
-        }
-        m_asked.push_back({cell.index(), thumbnail});
+    if (thumbnail->isImageLoaded())
+        return thumbnail->imageToDisplay();
+    // Reading alone counts: a paint that takes long to draw what it has would otherwise never get further.
+    if (m_isPainting && m_timeSpentReading >= std::chrono::milliseconds(loadingTime)) {
+        m_hasRunOutOfTime = true;
+        return nullptr;
     }
-    QElapsedTimer clock;
-    clock.start();
+    m_asked.push_back({cell.index(), thumbnail});
+    const auto start = std::chrono::steady_clock::now();
     auto picture = thumbnail->imageToDisplay();
-    m_timeLoaded += clock.nsecsElapsed();
+    m_timeSpentReading += std::chrono::steady_clock::now() - start;
     if (!picture)
-        m_refused.insert(thumbnail.get());
+        m_refused.insert(thumbnail);
     return picture;
 }
 
 void ZRPhotoMatrix::drawRect(QPainter &painter, const QRectF &dirty)
 {
     m_hasRunOutOfTime = false;
-    m_timeLoaded = 0;
     {
         const QScopedValueRollback guard(m_isPainting, true);
+        m_timeSpentReading = {};
         ZRExtendedMatrix::drawRect(painter, dirty);
     }
     letFarPicturesGo();
@@ -129,12 +128,17 @@ void ZRPhotoMatrix::letFarPicturesGo()
     if (qint64(m_asked.size()) <= 2 * margin + (end - first))
         return;
     std::erase_if(m_asked, [&](const Asked &asked) {
-        const bool isNear = asked.index >= first - margin && asked.index < end + margin;
-        const auto thumbnail = isNear ? nullptr : asked.thumbnail.lock();
+        const Cell *const cell = cellAtIndex(asked.index);
+        auto thumbnail = asked.thumbnail.lock();
+        // One that another has taken the place of is found again when it is drawn elsewhere.
+        const bool isNear = asked.index >= first - margin && asked.index < end + margin && thumbnail && cell
+            && cell->representedObject() == thumbnail;
+        if (isNear)
+            return false;
         if (thumbnail) {
             thumbnail->unloadImage();
-            m_refused.erase(thumbnail.get());
+            m_refused.erase(std::weak_ptr<const ZRImageThumbnail>(thumbnail));
         }
-        return !isNear;
+        return true;
     });
 }

@@ -6,8 +6,9 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <chrono>
 #include <memory>
-#include <unordered_set>
+#include <set>
 #include <vector>
 
 /// For whoever tells that the selection of a photo grid changed.
@@ -63,8 +64,9 @@ private:
     void letFarPicturesGo();
 
     mutable std::vector<Asked> m_asked;
-    mutable std::unordered_set<const ZRImageThumbnail *> m_refused; // that have no picture; not asked again while near
-    mutable qint64 m_timeLoaded = 0; // nanoseconds that this paint has spent on reading
+    /// Records that have no picture; not asked again while near. Their addresses alone may be those of others later.
+    mutable std::set<std::weak_ptr<const ZRImageThumbnail>, std::owner_less<>> m_refused;
+    mutable std::chrono::steady_clock::duration m_timeSpentReading{}; // in this paint
     mutable bool m_isPainting = false;
     mutable bool m_hasRunOutOfTime = false;
     QRectF m_unfinished; // where pictures are still missing

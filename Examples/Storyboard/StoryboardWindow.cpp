@@ -64,6 +64,7 @@ void StoryboardWindow::makeInvitation()
 {
     auto *const page = new QWidget;
     auto *const layout = new QVBoxLayout(page);
+    m_invitation->setTextFormat(Qt::PlainText); // of folders of any name
     m_invitation->setAlignment(Qt::AlignCenter);
     m_invitation->setWordWrap(true);
     m_invitation->setText(ZRLocalizedString("Open a folder of photos to begin."));
@@ -123,6 +124,7 @@ void StoryboardWindow::makeStatusBar()
     m_sizeSlider->setAccessibleName(ZRLocalizedString("Size of the photos"));
     m_sizeSlider->setToolTip(m_sizeSlider->accessibleName());
     QStatusBar &bar = *statusBar();
+    m_status->setTextFormat(Qt::PlainText);
     for (QLabel *const label : {m_count, m_selection})
         label->setContentsMargins(6, 0, 6, 0);
     bar.addWidget(m_count);

@@ -158,19 +158,14 @@ void Matrix::deselectAllCells()
     changeSelection({}, {});
 }
 
-void Matrix::setCurrentCell(qint64 index)
-{
-    if (cellAtIndex(index))
-        m_current = {int(index / m_numberOfColumns), int(index % m_numberOfColumns)};
-}
-
 void Matrix::setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight)
 {
-    setCurrentCell(anchor);
     const qint64 first = std::max<qint64>(std::min(from, to), 0);
     const qint64 last = std::min(std::max(from, to), numberOfCells() - 1);
     if (first > last)
         return;
+    if (cellAtIndex(anchor) && (highlight || !m_selected.isEmpty()))
+        m_current = {int(anchor / m_numberOfColumns), int(anchor % m_numberOfColumns)};
     IndexSet selected = m_selected, highlighted = m_highlighted;
     for (IndexSet *const set : {&selected, &highlighted}) {
         if (highlight)
@@ -181,17 +176,30 @@ void Matrix::setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highli
     changeSelection(std::move(selected), std::move(highlighted));
 }
 
+void Matrix::setSelectedIndexes(const IndexSet &indexes)
+{
+    IndexSet selected = indexes;
+    selected.intersect(IndexSet(IndexRange{0, numberOfCells()}));
+    m_current = {};
+    if (!selected.isEmpty())
+        m_current = {int(selected.lastIndex() / m_numberOfColumns), int(selected.lastIndex() % m_numberOfColumns)};
+    changeSelection(selected, selected);
+}
+
 void Matrix::selectAll()
 {
     setSelectionFrom(0, numberOfCells() - 1, m_current.row < 0 ? 0 : -1, true);
 }
 
-void Matrix::selectCells(const IndexSet &indexes, qint64 anchor)
+void Matrix::selectCell(const Cell &cell)
 {
-    IndexSet present = indexes;
-    present.intersect(IndexSet(IndexRange{0, numberOfCells()}));
-    setCurrentCell(anchor);
-    changeSelection(present, present);
+    const Place place = placeOfCell(cell);
+    selectCellAtRow(place.row, place.column);
+}
+
+void Matrix::toggleCell(const Cell &cell)
+{
+    setSelectionFrom(cell.index(), cell.index(), cell.index(), !cell.isSelected());
 }
 
 void Matrix::changeSelection(IndexSet selected, IndexSet highlighted)

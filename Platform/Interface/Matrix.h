@@ -87,11 +87,13 @@ public:
     /// @param anchor becomes the place from which a further selection extends, if there is a cell
     /// @param highlight false to take the cells away
     virtual void setSelectionFrom(qint64 from, qint64 to, qint64 anchor, bool highlight);
+    /// Selects and highlights the cells at these indexes and no others, however scattered they are, in one operation.
+    /// Indexes outside the grid are passed over. A further selection extends from the last one.
+    void setSelectedIndexes(const IndexSet &indexes);
     virtual void selectAll();
-    /// Selects and highlights these cells and no others, in one change, however many ranges they are. Indexes outside
-    /// the grid are passed over.
-    /// @param anchor as above
-    void selectCells(const IndexSet &indexes, qint64 anchor);
+    /// What assistive technology asks for: to select a cell alone, and to add it or take it away.
+    virtual void selectCell(const Cell &cell);
+    virtual void toggleCell(const Cell &cell);
 
     void sendAction() { Q_EMIT action(); }
     void sendDoubleAction() { Q_EMIT doubleAction(); }
@@ -124,7 +126,6 @@ private:
     void setCellSelected(const Cell &cell, bool isSelected);
     void setCellHighlighted(const Cell &cell, bool isHighlighted);
     bool hasPlace(int row, int column) const;
-    void setCurrentCell(qint64 index);
     void changeSelection(IndexSet selected, IndexSet highlighted);
     QSizeF stride() const { return m_cellSize + m_intercellSpacing; }
 

@@ -84,11 +84,13 @@ public:
     {
         if (!isValid())
             return;
+        const QPointer<Matrix> matrix = m_matrix; // which goes with the matrix, and so does this
         if (name == toggleAction()) {
-            m_matrix->cellAtIndex(m_index)->setSelected(!isSelected());
+            matrix->toggleCell(*matrix->cellAtIndex(m_index));
         } else if (name == pressAction()) {
-            m_matrix->selectCellAtRow(rowIndex(), columnIndex());
-            m_matrix->sendDoubleAction();
+            matrix->selectCell(*matrix->cellAtIndex(m_index));
+            if (matrix)
+                matrix->sendDoubleAction();
         }
     }
     QStringList keyBindingsForAction(const QString &) const override { return {}; }

@@ -78,6 +78,10 @@ void ScrollView::setDocumentView(View *document)
     }
     if (!document)
         return adjustScrollBars();
+    if (ScrollView *const former = document->m_scrollView) {
+        former->m_document = nullptr;
+        former->adjustScrollBars();
+    }
     document->setParent(viewport());
     document->setAttribute(Qt::WA_OpaquePaintEvent); // what showed already is moved when it scrolls
     document->m_scrollView = this;

@@ -98,13 +98,15 @@ bool View::mouseUp(const MouseEvent &)
 
 bool View::event(QEvent *event)
 {
+    const char *const name = metaObject()->className(); // the handler that fails may have destroyed the view
+    const QEvent::Type type = event->type();
+    if (type == QEvent::Polish && !acceptsFirstResponder())
+        setFocusPolicy(Qt::NoFocus);
     try {
         return QWidget::event(event);
     } catch (...) {
         logCurrentException(
-            views(),
-            QStringLiteral("event %1 of %2")
-                .arg(QString::number(int(event->type())), QString::fromLatin1(metaObject()->className())));
+            views(), QStringLiteral("event %1 of %2").arg(QString::number(int(type)), QString::fromLatin1(name)));
         return true; // taken by the handler that failed
     }
 }

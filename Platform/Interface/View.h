@@ -54,7 +54,8 @@ public:
     void setNeedsDisplay() { update(); }
     void setNeedsDisplay(const QRectF &rect);
 
-    /// Whether the view may get the keyboard. Not, unless a subclass says so.
+    /// Whether the view gets the keyboard by a click or the Tab key. Not, unless a subclass says so. Asked once, before
+    /// it shows first.
     virtual bool acceptsFirstResponder() const { return false; }
     /// Whether keys go to this view now: it has the keyboard, and its window is the active one.
     bool isFirstResponder() const { return hasFocus(); }

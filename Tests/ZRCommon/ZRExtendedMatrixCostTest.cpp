@@ -61,7 +61,7 @@ protected:
 
 TEST_P(ExtendedMatrixCost, OfSavingAndRestoringTheSelectionIsThatOfOneChange)
 {
-    grid->selectCells(even, 0);
+    grid->setSelectedIndexes(even);
     const QVariantMap saved = grid->saveSelection();
     EXPECT_EQ(saved["count"].toLongLong(), count());
     EXPECT_EQ(saved["indexes"].toList().size(), selectedCount());
@@ -74,7 +74,7 @@ TEST_P(ExtendedMatrixCost, OfSavingAndRestoringTheSelectionIsThatOfOneChange)
 
 TEST_P(ExtendedMatrixCost, OfAFlowIsThatOfRenewingAndOneChange)
 {
-    grid->selectCells(even, 0);
+    grid->setSelectedIndexes(even);
     announcements = 0;
     const int columns = grid->numberOfColumns();
     scrollView.resize(700, 600);
@@ -96,7 +96,7 @@ TEST_P(ExtendedMatrixCost, OfShowingAControllersSelectionIsLinear)
 
 TEST_P(ExtendedMatrixCost, OfRestoringThroughAControllerIsLinear)
 {
-    grid->selectCells(even, 0);
+    grid->setSelectedIndexes(even);
     const QVariantMap saved = grid->saveSelection();
     ASSERT_TRUE(grid->bind("matrixSelectedObjects", &controller, "selectedObjects"));
     announcements = controllerAnnouncements = 0;

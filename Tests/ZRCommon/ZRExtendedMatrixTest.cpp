@@ -200,6 +200,16 @@ TEST_F(ExtendedMatrix, RenewsNothingWhileTheColumnsStay)
     EXPECT_EQ(selected(), Indexes({1}));
 }
 
+TEST_F(ExtendedMatrix, FlowsWhenItsWidthChangesAndNotOtherwise)
+{
+    fill(7);
+    grid->setCellSize(QSizeF(200, 50));
+    grid->setFrame(QRectF(0, 0, grid->viewFrame().width(), 500));
+    EXPECT_EQ(grid->numberOfColumns(), 4);
+    scrollView.resize(431, 300);
+    EXPECT_EQ(grid->numberOfColumns(), 2);
+}
+
 TEST_F(ExtendedMatrix, ASubclassMayTurnTheFlowOff)
 {
     struct Still : ZRExtendedMatrix {
@@ -549,6 +559,12 @@ TEST_F(ExtendedMatrix, TheCountIsPlacedByItsDigits)
     EXPECT_NEAR(leftOfDigits(8), 15 + 1, 1);
     EXPECT_NEAR(leftOfDigits(88), 10 + 1, 1);
     EXPECT_NEAR(leftOfDigits(888), 8 + 1, 1);
+    for (const auto &[attributes, size] : {std::pair(ZRExtendedMatrix::badgeDrawingStringAttributes(), 14),
+                                           std::pair(ZRExtendedMatrix::smallerBadgeDrawingStringAttributes(), 11)}) {
+        EXPECT_EQ(attributes.foreground().color(), QColor(Qt::white));
+        EXPECT_EQ(attributes.font().pixelSize(), size);
+        EXPECT_TRUE(attributes.font().bold());
+    }
 }
 
 // Bound

@@ -7,6 +7,7 @@
 #include "ZRCommon/ZRFitRect.h"
 #include "ZRCommon/ZRPhotoCell.h"
 
+#include <QElapsedTimer>
 #include <QPainter>
 #include <QTest>
 #include <QUrl>
@@ -186,6 +187,7 @@ TEST_F(PhotoMatrix, DrawsABadgeOnPhotosThatTheDocumentUses)
     EXPECT_GT(badge.green(), badge.blue());
     EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(2).size(), QSize(36, 36));
     EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(1).size(), QSize(18, 18));
+    EXPECT_EQ(ZRPhotoCell::imageInCurrentDocumentImage(1.5).size(), QSize(36, 36));
 }
 
 TEST_F(PhotoMatrix, ACellThatChangesIsDrawnAnew)
@@ -281,6 +283,8 @@ TEST_F(PhotoMatrix, DrawsThePhotosThatItCan)
     EXPECT_EQ(colorAt(image, {3 * 121 + 60, 42}), QColor(Qt::red));
     thumbnailFile("missing.png", Qt::green);
     EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::white)) << "what was refused is not tried at every paint";
+    fill({std::dynamic_pointer_cast<ZRImageThumbnail>(cell(0).representedObject())});
+    EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::green)) << "but when the grid is renewed";
     fill({photo(in("missing.png"), "found")});
     EXPECT_EQ(colorAt(drawn(), {60, 42}), QColor(Qt::green));
 }
@@ -317,4 +321,40 @@ TEST_F(PhotoMatrix, ReadsWhatShowsAndLetsGoWhatIsFar)
     EXPECT_LE(most, 440) << "far ones are let go";
     EXPECT_FALSE(photos.first()->isImageLoaded());
     EXPECT_TRUE(photos.last()->isImageLoaded());
+}
+
+TEST_F(PhotoMatrix, ReadsPicturesHoweverLongDrawingTakes)
+{
+    struct SlowCell : ZRPhotoCell {
+        std::unique_ptr<platform::Cell> clone() const override { return std::make_unique<SlowCell>(); }
+        void drawWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view) override
+        {
+            QElapsedTimer timer;
+            for (timer.start(); !timer.hasExpired(2 * ZRPhotoMatrix::loadingTime);)
+                continue;
+            ZRPhotoCell::drawWithFrame(painter, frame, view);
+        }
+    };
+    grid->setPrototype(std::make_unique<SlowCell>());
+    const QString file = thumbnailFile("a.png", Qt::red);
+    const QList<Thumbnail> photos{photo(file, "a"), photo(file, "b"), photo(file, "c")};
+    fill(photos);
+    EXPECT_TRUE(testSupport::waitUntil([&] {
+        return std::all_of(photos.cbegin(), photos.cend(), [](const auto &each) { return each->isImageLoaded(); });
+    }));
+}
+
+TEST_F(PhotoMatrix, LetsGoWhatWasReplaced)
+{
+    const QString file = thumbnailFile("a.png", Qt::red, QSize(8, 8));
+    QList<Thumbnail> all; // kept by their source
+    for (int round = 0; round < 60; ++round) {
+        QList<Thumbnail> photos;
+        for (int i = 0; i < 12; ++i)
+            photos.append(photo(file, QString::number(i)));
+        fill(photos);
+        all += photos;
+        drawn();
+    }
+    EXPECT_LE(std::count_if(all.cbegin(), all.cend(), [](const auto &each) { return each->isImageLoaded(); }), 440);
 }

@@ -1,3 +1,4 @@
+#include "Platform/Interface/ScrollView.h"
 #include "Storyboard/PhotoFolderLoader.h"
 #include "Storyboard/PhotoWindow.h"
 #include "Storyboard/StoryboardWindow.h"
@@ -9,8 +10,10 @@
 #include <QAccessible>
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QSlider>
 #include <QTest>
 
 namespace {
@@ -173,6 +176,70 @@ TEST_F(Storyboard, OpensTheFolderThatWasChosenLast)
     next.openLastFolder();
     ASSERT_TRUE(testSupport::waitUntil([&] { return !next.isOpening(); }));
     EXPECT_EQ(next.folderPath(), second);
+}
+
+TEST_F(Storyboard, RemembersItsSizeAndThatOfThePhotos)
+{
+    {
+        StoryboardWindow window;
+        window.show();
+        window.resize(700, 500);
+        window.sizeSlider().setValue(200);
+        window.close();
+    }
+    StoryboardWindow next;
+    EXPECT_EQ(next.size(), QSize(700, 500));
+    EXPECT_EQ(next.sizeSlider().value(), 200);
+    EXPECT_EQ(next.grid().cellSize().width(), 206);
+}
+
+TEST_F(Storyboard, AnotherFolderBeginsAtItsTopAndTheSameOneStaysWhereItIs)
+{
+    StoryboardWindow window;
+    window.show();
+    window.sizeSlider().setValue(240);
+    const QString first = folderOf(30), second = folderOf(30, "Others");
+    open(window, first);
+    platform::ScrollView &scrollView = *window.grid().enclosingScrollView();
+    scrollView.scrollToPoint(QPointF(0, 300));
+    open(window, first);
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 300);
+    open(window, second);
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 0);
+}
+
+TEST_F(Storyboard, ShowsTheNamesOfFoldersAsTheyAre)
+{
+    StoryboardWindow window;
+    window.show();
+    const QString name = QStringLiteral("<b>bold</b><img src=x>");
+    window.openFolder(in("nowhere/") + name);
+    const auto labels = window.findChildren<QLabel *>();
+    for (const QLabel *const label : labels) {
+        if (label->text().contains(name)) {
+            EXPECT_EQ(label->textFormat(), Qt::PlainText);
+        }
+    }
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
+    EXPECT_TRUE(std::any_of(labels.cbegin(), labels.cend(), [&](const auto *label) {
+        return label->text().contains(name) && label->textFormat() == Qt::PlainText;
+    }));
+}
+
+TEST_F(Storyboard, MayBeClosedResizedAndSentElsewhereWhileItOpens)
+{
+    const QString first = folderOf(30), second = folderOf(30, "Others");
+    StoryboardWindow window;
+    window.show();
+    for (int round = 0; round < 20; ++round) {
+        window.openFolder(round % 2 ? first : second);
+        window.sizeSlider().setValue(88 + round * 7);
+        QCoreApplication::processEvents();
+    }
+    window.close();
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_TRUE(window.statusText().contains("was cancelled")) << qPrintable(window.statusText());
 }
 
 TEST_F(Storyboard, MayBeDestroyedWhileItOpens)

@@ -9,6 +9,7 @@
 #include <QScrollBar>
 #include <QTest>
 
+#include <functional>
 #include <stdexcept>
 
 namespace {
@@ -220,6 +221,38 @@ TEST_F(MatrixTest, AddsAndTakesAwayRanges)
     EXPECT_EQ(selectionChanges, 5);
 }
 
+TEST_F(MatrixTest, HasNoPlaceToExtendFromWhileNothingIsSelected)
+{
+    matrix.renewRows(3, 4);
+    matrix.setSelectionFrom(40, 50, 4, true);
+    EXPECT_EQ(matrix.selectedRow(), -1);
+    matrix.setSelectionFrom(3, 3, 3, false);
+    EXPECT_EQ(matrix.selectedRow(), -1);
+    matrix.selectCellAtRow(1, 2);
+    matrix.selectAll();
+    EXPECT_EQ(matrix.selectedRow(), 1);
+    matrix.setSelectionFrom(0, 11, 3, false);
+    EXPECT_EQ(matrix.selectedRow(), -1);
+    EXPECT_EQ(matrix.selectedColumn(), -1);
+}
+
+TEST_F(MatrixTest, SelectsScatteredCellsInOneOperation)
+{
+    matrix.renewRows(3, 4);
+    matrix.selectAll();
+    IndexSet indexes;
+    for (const qint64 index : {1, 6, 9, 400})
+        indexes.addIndex(index);
+    matrix.setSelectedIndexes(indexes);
+    EXPECT_EQ(selected(), Indexes({1, 6, 9}));
+    EXPECT_EQ(matrix.highlightedIndexes(), matrix.selectedIndexes());
+    EXPECT_EQ(matrix.selectedRow(), 2);
+    EXPECT_EQ(matrix.selectedColumn(), 1);
+    EXPECT_EQ(selectionChanges, 2);
+    matrix.setSelectedIndexes({});
+    EXPECT_EQ(matrix.selectedRow(), -1);
+}
+
 TEST_F(MatrixTest, SelectsAMillionCellsAsOneRange)
 {
     matrix.renewRows(1000, 1000);
@@ -305,6 +338,61 @@ TEST_F(MatrixTest, GoesOnDrawingWhenACellRaises)
     const QPixmap picture = scrollView.grab();
     EXPECT_EQ(drawn(), std::set<quint32>({0, 1, 2}));
     static_cast<NotingCell &>(*grid->cells()[1]).throws = false;
+}
+
+TEST_F(MatrixTest, IsDrawnAnewWhenSomethingChanges)
+{
+    matrix.setPrototype(std::make_unique<NotingCell>(drawings));
+    matrix.renewRows(2, 2);
+    matrix.setFrame(QRectF(0, 0, 200, 100));
+    matrix.show();
+    matrix.activateWindow();
+    matrix.setFocus();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&matrix));
+    EXPECT_TRUE(testSupport::waitUntil([&] { return !drawings.empty(); }));
+    const auto drawnAfter = [&](const std::function<void()> &change) {
+        QTest::qWait(0);
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        drawings.clear();
+        change();
+        return testSupport::waitUntil([&] { return !drawings.empty(); });
+    };
+    EXPECT_TRUE(drawnAfter([&] { matrix.selectCellAtRow(0, 0); }));
+    EXPECT_TRUE(drawnAfter([&] { matrix.deselectAllCells(); }));
+    EXPECT_TRUE(drawnAfter([&] { matrix.cells()[3]->setRepresentedObject(std::make_shared<Item>()); }));
+    EXPECT_TRUE(drawnAfter([&] { matrix.setCellSize(QSizeF(30, 30)); }));
+    EXPECT_TRUE(drawnAfter([&] { matrix.renewRows(2, 3); }));
+    EXPECT_TRUE(drawnAfter([&] { matrix.clearFocus(); }));
+    EXPECT_TRUE(drawnAfter([&] { matrix.setFocus(); }));
+}
+
+TEST_F(MatrixTest, FillsWhatIsBesideAndBetweenItsCells)
+{
+    QPalette palette;
+    palette.setColor(QPalette::Base, Qt::magenta);
+    matrix.setPalette(palette);
+    matrix.renewRows(2, 2);
+    matrix.setFrame(QRectF(0, 0, 200, 100));
+    QImage image(200, 100, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    matrix.render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+    for (const QPoint place :
+         {QPoint(10, 10), QPoint(41, 10), QPoint(10, 30), QPoint(150, 10), QPoint(10, 90), QPoint(199, 99)})
+        EXPECT_EQ(image.pixelColor(place), QColor(Qt::magenta)) << place.x() << " " << place.y();
+}
+
+TEST_F(MatrixTest, TellsAScreenReaderOfItsSelection)
+{
+    static QList<QAccessible::Event> told;
+    told.clear();
+    matrix.renewRows(2, 2);
+    QAccessible::setActive(true);
+    const auto former = QAccessible::installUpdateHandler([](QAccessibleEvent *event) { told.append(event->type()); });
+    matrix.selectCellAtRow(0, 1);
+    QAccessible::installUpdateHandler(former);
+    QAccessible::setActive(false);
+    EXPECT_TRUE(told.contains(QAccessible::SelectionWithin));
 }
 
 TEST_F(MatrixTest, ReachesTheLastOfAMillionCellsInTwoColumns)

@@ -8,6 +8,7 @@
 #include <QScrollBar>
 #include <QTest>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 #include <stdexcept>
 
@@ -144,6 +145,30 @@ TEST_F(ScrollViewTest, TellsWhenSomethingElseShows)
     EXPECT_EQ(changes, 2);
     scrollView.scrollToPoint(QPointF(0, 10));
     EXPECT_EQ(changes, 2);
+    scrollView.resize(210, 100);
+    EXPECT_EQ(changes, 3);
+}
+
+TEST_F(ScrollViewTest, AWheelTurnsByPointsInAnyDocument)
+{
+    view->setFrameSize(QSizeF(200, 1e11)); // a step of the scroll bar is a hundred points
+    scrollView.scrollToPoint(QPointF(0, 5000));
+    QWheelEvent event(QPointF(5, 5), view->mapToGlobal(QPointF(5, 5)), QPoint(0, -7), QPoint(0, -56), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(scrollView.viewport(), &event);
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 5007);
+}
+
+TEST(View, GetsTheKeyboardIfItAcceptsIt)
+{
+    struct Accepting : View {
+        bool acceptsFirstResponder() const override { return true; }
+    } accepting;
+    View other;
+    accepting.show();
+    other.show();
+    EXPECT_EQ(accepting.focusPolicy(), Qt::StrongFocus);
+    EXPECT_EQ(other.focusPolicy(), Qt::NoFocus);
 }
 
 TEST_F(ScrollViewTest, OwnsItsDocument)
@@ -160,6 +185,17 @@ TEST_F(ScrollViewTest, OwnsItsDocument)
     scrollView.scrollRectToVisible(QRectF(5, 5, 5, 5));
     scrollView.resize(100, 100);
     scrollView.setDocumentView(nullptr);
+}
+
+TEST_F(ScrollViewTest, TakesTheDocumentOfAnotherOne)
+{
+    ScrollView other;
+    other.setDocumentView(view);
+    EXPECT_EQ(scrollView.documentView(), nullptr);
+    EXPECT_EQ(view->enclosingScrollView(), &other);
+    other.setDocumentView(nullptr);
+    scrollView.resize(120, 80);
+    EXPECT_EQ(scrollView.documentVisibleRect(), QRectF());
 }
 
 TEST_F(ScrollViewTest, HandsMouseEventsOnInTheDocumentsCoordinates)

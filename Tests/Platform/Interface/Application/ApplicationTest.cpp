@@ -139,6 +139,16 @@ TEST_F(ApplicationTest, TellsBeforeAWindowClosesUnlessItRefuses)
     EXPECT_EQ(application.mainWindow(), nullptr);
 }
 
+TEST_F(ApplicationTest, HasNoMainWindowWhileItIsNotActive)
+{
+    QWidget window;
+    show(window, "window");
+    notes.clear();
+    QApplication::setActiveWindow(nullptr);
+    EXPECT_EQ(takeNotes(), QStringList{"resigned window"});
+    EXPECT_EQ(application.mainWindow(), nullptr);
+}
+
 TEST_F(ApplicationTest, AMainWindowThatIsDestroyedResigns)
 {
     auto window = std::make_unique<QWidget>();
