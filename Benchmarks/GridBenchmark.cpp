@@ -3,6 +3,7 @@
 
 #include "BenchmarkSupport.h"
 #include "Platform/Interface/ScrollView.h"
+#include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRCommon/ZRPhotoCell.h"
 #include "ZRCommon/ZRPhotoMatrix.h"
 
@@ -10,6 +11,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <ctime>
+#include <numeric>
 #include <random>
 
 using benchmarkSupport::require;
@@ -79,7 +83,8 @@ struct Grid {
     platform::ScrollView view;
     ZRPhotoMatrix *const grid = new ZRPhotoMatrix;
 
-    explicit Grid(int count)
+    /// @param hasTitles of their own; otherwise what the records would share
+    explicit Grid(int count, bool hasTitles = true)
     {
         view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
         view.setDocumentView(grid);
@@ -92,7 +97,8 @@ struct Grid {
         for (int i = 0; i < count; ++i) {
             auto &cell = static_cast<BenchmarkCell &>(*grid->cells()[size_t(i)]);
             cell.setRepresentedObject(std::make_shared<NumberedPhoto>(i));
-            cell.setPhotoTitle(titleOf(i));
+            if (hasTitles)
+                cell.setPhotoTitle(titleOf(i));
         }
         grid->sizeToCells();
     }
@@ -203,13 +209,13 @@ void firstFrame(benchmark::State &state, int count)
     }
 }
 
-template <class AnyGrid>
-void memory(benchmark::State &state, int count)
+template <class AnyGrid, class... Arguments>
+void memory(benchmark::State &state, int count, Arguments... arguments)
 {
     for (auto _ : state) {
         const Stopwatch watch;
         const qint64 before = benchmarkSupport::anonymousMemory();
-        const AnyGrid grid(count);
+        const AnyGrid grid(count, arguments...);
         if (!state.counters.contains("bytes_per_cell")) // later ones find memory that the first has left
             state.counters["bytes_per_cell"] = double(benchmarkSupport::anonymousMemory() - before) / count;
         state.SetIterationTime(watch.seconds());
@@ -252,6 +258,92 @@ void resize(AnyGrid &grid)
     grid.repaint();
 }
 
+// Photos in files
+
+double processorSeconds()
+{
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
+}
+
+/// Thumbnails as a folder's cache has them, some of which stand for all.
+QStringList thumbnailFiles(const QString &folder)
+{
+    QStringList files;
+    std::mt19937 random(2);
+    for (int i = 0; i < 256; ++i) {
+        QImage image(240, 180, QImage::Format_RGB32);
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                image.setPixel(x, y, qRgb(x + int(random() % 24), (y + i) & 255, int(random() % 24) + (x * y >> 8)));
+        }
+        files.append(QStringLiteral("%1/%2.jpg").arg(folder).arg(i));
+        require(image.save(files.last(), "jpg", 75), "thumbnails cannot be written");
+    }
+    return files;
+}
+
+/// 20,000 photos from end to end: the processor's time on the main thread for each step, reading pictures included.
+void scrollPhotos(benchmark::State &state)
+{
+    constexpr int count = 20'000, step = 100;
+    const QTemporaryDir folder;
+    const QStringList files = thumbnailFiles(folder.path());
+    for (auto _ : state) {
+        platform::ScrollView view;
+        auto *const grid = new ZRPhotoMatrix;
+        view.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+        view.setDocumentView(grid);
+        view.resize(window);
+        view.show();
+        settle();
+        const auto needed = grid->getRowsNeeded(count);
+        grid->renewRows(needed.rows, needed.columns);
+        for (int i = 0; i < count; ++i) {
+            const QString &file = files[i % files.size()];
+            grid->cellAtIndex(i)->setRepresentedObject(
+                std::make_shared<ZRImageThumbnail>(file, file, titleOf(i), QDateTime()));
+        }
+        grid->sizeToCells();
+        settle();
+        const qint64 before = benchmarkSupport::anonymousMemory();
+        qint64 most = before;
+        std::vector<double> steps;
+        for (int y = 0; y <= view.verticalScrollBar()->maximum(); y += step) {
+            const double begin = processorSeconds();
+            view.verticalScrollBar()->setValue(y);
+            QCoreApplication::sendPostedEvents();
+            QCoreApplication::processEvents();
+            steps.push_back(1000 * (processorSeconds() - begin));
+            most = std::max(most, benchmarkSupport::anonymousMemory());
+        }
+        std::sort(steps.begin(), steps.end());
+        state.SetIterationTime(std::accumulate(steps.begin(), steps.end(), 0.0) / 1000);
+        state.counters["median_ms"] = steps[steps.size() / 2];
+        state.counters["worst_ms"] = steps.back();
+        state.counters["p99_ms"] = steps[steps.size() * 99 / 100];
+        state.counters["grown_MB"] = double(most - before) / 1e6;
+    }
+}
+
+/// What is done to a selection of every second cell, by the number of cells.
+void saveAndRestore(benchmark::State &state)
+{
+    const int count = int(state.range(0));
+    Grid grid(count);
+    platform::IndexSet even;
+    for (int i = 0; i < count; i += 2)
+        even.addIndex(i);
+    grid.grid->setSelectedIndexes(even);
+    for (auto _ : state) {
+        const Stopwatch watch;
+        grid.grid->restoreSelection(grid.grid->saveSelection());
+        require(grid.grid->selectedCells().size() == size_t(count / 2), "another selection");
+        state.SetIterationTime(watch.seconds());
+    }
+}
+
 void add(const std::string &name, const std::function<void(benchmark::State &)> &figure)
 {
     benchmark::RegisterBenchmark(name.c_str(), figure)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(9);
@@ -289,7 +381,17 @@ int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     addAll<Grid>("");
+    add("MemoryWithoutTitles", [](benchmark::State &state) { memory<Grid>(state, 100'000, false); });
     addAll<PeerGrid>("Peer");
+    benchmark::RegisterBenchmark("ScrollPhotos", scrollPhotos)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(1);
+    benchmark::RegisterBenchmark("SaveAndRestoreSelection", saveAndRestore)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond)
+        ->Arg(1'000)
+        ->Arg(100'000);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

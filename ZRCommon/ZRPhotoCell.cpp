@@ -83,7 +83,7 @@ struct DrawnCell {
 /// Enough for what shows on two large screens.
 QCache<Look, DrawnCell> &drawnCells()
 {
-    constexpr int kept = 96 * 1024 * 1024; // bytes
+    constexpr int kept = 64 * 1024 * 1024; // bytes
     static QCache<Look, DrawnCell> cells(kept);
     return cells;
 }

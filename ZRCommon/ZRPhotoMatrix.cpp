@@ -6,6 +6,7 @@
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <utility>
 
 using platform::Cell;
 
@@ -25,6 +26,11 @@ ZRPhotoMatrix::ZRPhotoMatrix(QWidget *parent)
     setCellSize(QSizeF(120, 90));
     setIntercellSpacing(QSizeF(1, 1));
     setDrawsBackground(false);
+    // What the person does comes in between.
+    constexpr int pause = 4; // milliseconds
+    m_goOn.setSingleShot(true);
+    m_goOn.setInterval(pause);
+    connect(&m_goOn, &QTimer::timeout, this, [this] { setNeedsDisplay(std::exchange(m_unfinished, QRectF())); });
 }
 
 ZRPhotoMatrix::~ZRPhotoMatrix() = default;
@@ -105,14 +111,16 @@ void ZRPhotoMatrix::drawRect(QPainter &painter, const QRectF &dirty)
         ZRExtendedMatrix::drawRect(painter, dirty);
     }
     letFarPicturesGo();
-    if (m_hasRunOutOfTime)
-        setNeedsDisplay(dirty);
+    if (!m_hasRunOutOfTime)
+        return;
+    m_unfinished |= dirty;
+    m_goOn.start();
 }
 
 void ZRPhotoMatrix::letFarPicturesGo()
 {
-    // Some screens on both sides stay, so that scrolling to and fro reads nothing again.
-    constexpr qint64 screensKept = 4, alwaysKept = 200;
+    // A screen on both sides stays, so that scrolling to and fro reads nothing again.
+    constexpr qint64 screensKept = 1, alwaysKept = 100;
     const PlaceRange places = placesInRect(visibleRect());
     const qint64 first = qint64(places.first.row) * numberOfColumns();
     const qint64 end = qint64(places.end.row) * numberOfColumns();

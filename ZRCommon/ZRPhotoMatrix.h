@@ -4,6 +4,7 @@
 #include "ZRCommon/ZRImageThumbnail.h"
 
 #include <QStringList>
+#include <QTimer>
 
 #include <chrono>
 #include <memory>
@@ -17,7 +18,7 @@ inline const QString ZRPhotoMatrixDidChangeSelection = QStringLiteral("ZRPhotoMa
 /// of the host sets. Photos are dragged out as files.
 ///
 /// Pictures are read from their files while the cells that show are drawn, for at most `loadingTime` a paint; the other
-/// cells draw what they have, and the next paint goes on. Pictures far from what shows are let go.
+/// cells draw what they have, and another paint soon goes on. Pictures far from what shows are let go.
 ///
 /// The main thread only.
 class ZRPhotoMatrix : public ZRExtendedMatrix
@@ -68,4 +69,6 @@ private:
     mutable std::chrono::steady_clock::duration m_timeSpentReading{}; // in this paint
     mutable bool m_isPainting = false;
     mutable bool m_hasRunOutOfTime = false;
+    QRectF m_unfinished; // where pictures are still missing
+    QTimer m_goOn;
 };

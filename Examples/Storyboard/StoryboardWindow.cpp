@@ -206,6 +206,7 @@ void StoryboardWindow::endProgress(const QString &status)
 void StoryboardWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
 {
     const bool isSame = path == m_folderPath;
+    const QStringList formerlySelected = isSame ? m_grid->pathsForSelectedImages() : QStringList();
     m_folderPath = path;
     m_photos = photos;
     defaults().set(folderKey, path);
@@ -214,13 +215,26 @@ void StoryboardWindow::showPhotos(const QString &path, const ZRImageCatalogFolde
     for (qint64 i = 0; i < m_grid->numberOfCells(); ++i)
         m_grid->cellAtIndex(i)->setRepresentedObject(i < photos.size() ? photos[i] : nullptr);
     m_grid->sizeToCells();
-    if (!isSame)
+    if (isSame)
+        selectPaths(formerlySelected);
+    else
         m_scrollView->scrollToPoint(QPointF());
     m_invitation->setText(ZRLocalizedString("There are no photos in “%1”.").arg(QFileInfo(path).fileName()));
     m_pages->setCurrentIndex(photos.isEmpty() ? 0 : m_pages->indexOf(m_scrollView));
     m_grid->setFocus();
     setWindowTitle(QStringLiteral("%1 – Storyboard").arg(QFileInfo(path).fileName()));
     endProgress(QString());
+}
+
+void StoryboardWindow::selectPaths(const QStringList &paths)
+{
+    const QSet<QString> wanted(paths.cbegin(), paths.cend());
+    platform::IndexSet indexes;
+    for (qsizetype i = 0; i < m_photos.size() && !wanted.isEmpty(); ++i) {
+        if (wanted.contains(m_photos[i]->imagePath()))
+            indexes.addIndex(i);
+    }
+    m_grid->setSelectedIndexes(indexes);
 }
 
 void StoryboardWindow::updateTexts()

@@ -58,6 +58,7 @@ private:
     void connectLoader();
     void chooseFolder();
     void showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos);
+    void selectPaths(const QStringList &paths);
     void showProgress(qsizetype done, qsizetype total);
     void endProgress(const QString &status);
     void updateTexts();

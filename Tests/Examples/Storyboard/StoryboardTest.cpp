@@ -163,6 +163,21 @@ TEST_F(Storyboard, KeepsWhatItShowsWhenOpeningIsCancelled)
     EXPECT_EQ(window.folderPath(), in("Photos"));
 }
 
+TEST_F(Storyboard, KeepsTheSelectionWhenTheFolderIsReadAgain)
+{
+    StoryboardWindow window;
+    window.show();
+    open(window, folderOf(3));
+    window.grid().matrixSelectCellAtRow(0, 2);
+    QImage image(40, 30, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    testSupport::writeFile(in("Photos/Photo 0.png"), testSupport::encoded(image, "png"));
+    open(window, in("Photos"));
+    EXPECT_EQ(window.countText(), "4 Photos");
+    EXPECT_EQ(window.grid().pathsForSelectedImages(), QStringList(in("Photos/Photo 3.png")));
+    EXPECT_EQ(window.selectionText(), "1 selected");
+}
+
 TEST_F(Storyboard, OpensTheFolderThatWasChosenLast)
 {
     const QString first = folderOf(30, "First"), second = folderOf(2, "Second");

@@ -1,6 +1,6 @@
 #include "Platform/Interface/ArrayController.h"
 
-#include <memory>
+#include "Support/CountingNumber.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,44 +9,12 @@ namespace {
 
 using platform::ArrayController;
 using platform::IndexSet;
-using platform::ObjectPointer;
 using testing::Lt;
 
+using platform::ObjectPointer;
+using testSupport::CountingNumber;
+using testSupport::countingNumbers;
 using Objects = QList<ObjectPointer>;
-
-/// A number that counts how often it is compared or hashed.
-class CountingNumber : public platform::Object
-{
-    ZR_OBJECT(CountingNumber, platform::Object)
-public:
-    explicit CountingNumber(int value)
-        : m_value(value)
-    { }
-    bool isEqual(const Object &other) const override
-    {
-        ++calls;
-        const auto number = dynamic_cast<const CountingNumber *>(&other);
-        return number && number->m_value == m_value;
-    }
-    size_t hash() const override
-    {
-        ++calls;
-        return size_t(m_value);
-    }
-
-    inline static qint64 calls = 0;
-
-private:
-    int m_value;
-};
-
-Objects countingNumbers(int count)
-{
-    Objects result;
-    for (int i = 0; i < count; ++i)
-        result.append(std::make_shared<CountingNumber>(i));
-    return result;
-}
 
 class ArrayControllerCost : public testing::TestWithParam<int>
 {
