@@ -7,7 +7,6 @@
 #include <QLoggingCategory>
 #include <QScopedValueRollback>
 #include <QThread>
-#include <QWidget>
 
 #include <utility>
 

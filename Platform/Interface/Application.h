@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QPointer>
 #include <QString>
+#include <QWidget>
 
 class QInputEvent;
 

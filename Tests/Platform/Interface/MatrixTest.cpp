@@ -382,19 +382,6 @@ TEST_F(MatrixTest, FillsWhatIsBesideAndBetweenItsCells)
         EXPECT_EQ(image.pixelColor(place), QColor(Qt::magenta)) << place.x() << " " << place.y();
 }
 
-TEST_F(MatrixTest, TellsAScreenReaderOfItsSelection)
-{
-    static QList<QAccessible::Event> told;
-    told.clear();
-    matrix.renewRows(2, 2);
-    QAccessible::setActive(true);
-    const auto former = QAccessible::installUpdateHandler([](QAccessibleEvent *event) { told.append(event->type()); });
-    matrix.selectCellAtRow(0, 1);
-    QAccessible::installUpdateHandler(former);
-    QAccessible::setActive(false);
-    EXPECT_TRUE(told.contains(QAccessible::SelectionWithin));
-}
-
 TEST_F(MatrixTest, ReachesTheLastOfAMillionCellsInTwoColumns)
 {
     auto *const grid = new Matrix;
