@@ -8,6 +8,7 @@
 #include "ZRCommon/ZRPhotoMatrix.h"
 
 #include <QAccessible>
+#include <QAction>
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
@@ -191,6 +192,21 @@ TEST_F(Storyboard, OpensTheFolderThatWasChosenLast)
     next.openLastFolder();
     ASSERT_TRUE(testSupport::waitUntil([&] { return !next.isOpening(); }));
     EXPECT_EQ(next.folderPath(), second);
+}
+
+TEST_F(Storyboard, AFolderThatIsOpenHasTheKeyboardAndMayBeReloaded)
+{
+    StoryboardWindow window;
+    window.show();
+    const auto actions = window.findChildren<QAction *>();
+    const auto reload = std::find_if(actions.cbegin(), actions.cend(), [](const QAction *action) {
+        return action->shortcuts() == QKeySequence::keyBindings(QKeySequence::Refresh);
+    });
+    ASSERT_NE(reload, actions.cend());
+    EXPECT_FALSE((*reload)->isEnabled());
+    open(window, folderOf(2));
+    EXPECT_TRUE((*reload)->isEnabled());
+    EXPECT_EQ(window.focusWidget(), &window.grid());
 }
 
 TEST_F(Storyboard, RemembersItsSizeAndThatOfThePhotos)
