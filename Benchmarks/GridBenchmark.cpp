@@ -200,6 +200,7 @@ void run(benchmark::State &state, int count, const std::function<void(AnyGrid &)
 template <class AnyGrid>
 void firstFrame(benchmark::State &state, int count)
 {
+    AnyGrid(100).show(); // fonts and styles are there
     for (auto _ : state) {
         AnyGrid grid(count);
         const Stopwatch watch;

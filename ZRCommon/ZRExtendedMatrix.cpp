@@ -106,9 +106,11 @@ void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
         return;
     const IndexSet selected = selectedIndexes();
     const QPointer<ZRExtendedMatrix> grid(this); // which whoever is told may destroy
-    renewRows(needed.rows, needed.columns);
-    if (grid)
+    {
+        const SelectionBatch batch(*this); // the same cells stay selected
+        renewRows(needed.rows, needed.columns);
         selectAgain(selected);
+    }
     if (!grid)
         return;
     sizeToCells();

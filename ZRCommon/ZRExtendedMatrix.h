@@ -20,15 +20,18 @@ class ArrayController;
 /// its selection across that, moves a selection of one cell by the keyboard, drags its cells out, and can hand its
 /// selection over to an array controller.
 ///
-/// A cell is used when it has a represented object. A grid is usually renewed with more cells than there are items; the
-/// blanks at its end never count.
+/// A cell is used when it has a represented object. A grid is usually renewed with more cells than there are items. The
+/// blanks at its end count neither as photos nor in a selection that is saved; but they can be selected, by a click, a
+/// key or with all cells, so that `selectedIndexes` holds them. Blanks must stand at the end.
 ///
-/// The selection is changed when the mouse button goes up: a click selects the cell alone, with the command key it is
-/// added, with Shift all from the last selected one to it are; a click beside the cells selects nothing. A double click
-/// sends the double action. A press on a cell that is drawn further than 10 points begins a drag, if a subclass allows
-/// it.
+/// The selection is changed when the mouse button goes up: a click selects the cell there alone, with the command key
+/// it is added (never taken away, also with Shift), with Shift all from the last selected one to it are; a click beside
+/// the cells selects nothing. A double click sends the double action. A press on a cell that is drawn further than 10
+/// points begins a drag, if a subclass allows it.
 ///
-/// While it is bound, every change of the selection goes to the controller, and the grid shows what that then tells.
+/// While it is bound, what the person and the operations below select goes to the controller, and the grid shows what
+/// that then tells. The operations of `platform::Matrix` and those of a cell change the grid alone; after `renewRows`
+/// the host has the controller tell its selection again.
 ///
 /// The main thread only.
 class ZRExtendedMatrix : public platform::Matrix
@@ -54,13 +57,14 @@ public:
     /// As many columns as fit the visible width (spacing between the cells is not counted), one at least, and the rows
     /// that so many cells then need.
     RowsAndColumns getRowsNeeded(qint64 cellCount) const;
-    /// Lays the grid out anew when another number of columns is needed; the same cells stay selected.
+    /// Lays the grid out anew when another number of columns is needed. The same cells stay selected, and nothing is
+    /// told of that; but a bound controller's selection is emptied and set again.
     void possiblyAdjustNumberRowsAndColumns();
     /// Sizes to the cells, and at least to what shows of the scroll view's document.
     void sizeToCells() override;
     void setFrame(const QRectF &frame) override;
 
-    // Selection. Each of these asks the controller instead while the grid is bound to one.
+    // Selection. What changes it asks the controller instead while the grid is bound to one.
 
     void matrixDeselectAllCells();
     /// A cell without an object, and a place that is not there, select nothing while the grid is bound.
@@ -108,10 +112,14 @@ public:
 
     // Binding
 
-    /// Binds "matrixSelectedObjects" to a controller's property that holds objects and tells of its changes, usually
-    /// "selectedObjects". An earlier binding must be undone first: it is still told of otherwise.
+    /// Binds "matrixSelectedObjects" to a controller's property that holds a `QList<ObjectPointer>` and tells of its
+    /// changes, usually "selectedObjects". The host fills the cells: cell i must show the arranged object i. Nothing is
+    /// shown before the controller tells of its selection next, and selecting always goes through its
+    /// `setSelectedObjects` and `addSelectedObjects`. The controller is not owned; a grid whose controller was
+    /// destroyed is unbound. An earlier binding must be undone first: it is still told of otherwise.
     /// @return false for any other binding, and for a property that is not there or tells nothing
     bool bind(const QString &binding, platform::ArrayController *controller, const QString &keyPath);
+    /// Leaves the selection as it is.
     void unbind(const QString &binding);
 
     // Mouse and dragging

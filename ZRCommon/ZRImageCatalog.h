@@ -19,7 +19,7 @@
 /// folder before that has a list of what it added only, until it is started again; nothing that was saved is lost.
 ///
 /// Threads: the main thread, but for `imageThumbnailsForCatalogFolder` and `imageCache`, which belong to any. The
-/// catalog lives as long as its folders.
+/// catalog must outlive its folders, which others may share; the shared catalog does.
 class ZRImageCatalog
 {
 public:
@@ -29,7 +29,8 @@ public:
     /// The catalog of the application, made at the first call and kept to the end of the process.
     static ZRImageCatalog &sharedImageCatalog();
 
-    /// For hosts and tests that want a cache builder of their own.
+    /// For hosts and tests that want a cache builder of their own. Every catalog reads and writes the same setting: a
+    /// host has one.
     explicit ZRImageCatalog(std::unique_ptr<ZRImageCache> imageCache = std::make_unique<ZRImageCache>());
     ZRImageCatalog(const ZRImageCatalog &) = delete;
     ZRImageCatalog &operator=(const ZRImageCatalog &) = delete;

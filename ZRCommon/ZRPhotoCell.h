@@ -16,16 +16,17 @@ public:
     static constexpr int sideMargin = 3;
     static constexpr int topMargin = 5;
     static constexpr int titleHeight = 12;
-    static constexpr int titleGap = 4; ///< Between picture and title.
+    static constexpr int titleGap = 4; ///< With the title's height, what the picture's area is lower than the cell.
     static constexpr int titleXOffset = 3;
-    static constexpr int titleYOffset = 3; ///< Below the picture's area.
+    static constexpr int titleYOffset = 3; ///< The title begins at the height of the area, and this, and 1.
 
     ZRPhotoCell() = default;
     /// A new cell without a record, a title or a badge.
     std::unique_ptr<platform::Cell> clone() const override;
 
     bool acceptsFirstResponder() const { return true; }
-    /// Takes the record's title as well. Null: the title is empty, and the badge gone.
+    /// Takes the title of a `ZRImageThumbnail` as well; for another object the title stays. Null: the title is empty,
+    /// and the badge gone.
     void setRepresentedObject(const platform::ObjectPointer &thumbnail) override;
     const QString &photoTitle() const { return m_photo_title; }
     void setPhotoTitle(const QString &title);
@@ -33,7 +34,7 @@ public:
     void setUsedInCurrentDocument(bool isUsed);
 
     void drawWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view) override;
-    /// A failed assertion without a record.
+    /// Raises `platform::InternalInconsistency` without an object.
     void drawInteriorWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view) override;
     bool isOpaque() const override { return representedObject() != nullptr; }
     QString accessibleName() const override { return m_photo_title; }

@@ -11,7 +11,8 @@
 #include <set>
 #include <vector>
 
-/// For whoever tells that the selection of a photo grid changed.
+/// A name for hosts that post the selection of a photo grid, which the framework does not do: the grid's own signal is
+/// `selectionChanged`.
 inline const QString ZRPhotoMatrixDidChangeSelection = QStringLiteral("ZRPhotoMatrixDidChangeSelection");
 
 /// The grid of thumbnails in the media browser: `ZRPhotoCell`s that show `ZRImageThumbnail`s, in a size that a slider
@@ -26,7 +27,7 @@ class ZRPhotoMatrix : public ZRExtendedMatrix
     Q_OBJECT
 
 public:
-    /// Milliseconds that a paint spends on reading pictures at most, but for the one that it is about.
+    /// After so many milliseconds of reading a paint begins no further picture; the one begun last is read to its end.
     static constexpr int loadingTime = 8;
 
     /// Cells of 120 by 90 with 1 by 1 between them, no background.
@@ -36,7 +37,8 @@ public:
     bool allowDraggingOut() const override { return true; }
     /// The files of the selected photos.
     std::unique_ptr<QMimeData> pasteboardForDrag() override;
-    /// Cells for thumbnails of a width, from 88 to 240; the height is passed over.
+    /// Lays the grid out for thumbnails of a width, kept within 88 to 240 points; the height is passed over. The cells
+    /// become as wide and 6 more, and 3/4 of that width and 16 high.
     void setCellSizeForImageSize(const QSizeF &size);
     /// The records of the selected cells, in their order.
     QList<std::shared_ptr<ZRImageThumbnail>> selectedImageThumbnails() const;

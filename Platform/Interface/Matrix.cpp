@@ -1,5 +1,6 @@
 #include "Platform/Interface/Matrix.h"
 
+#include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/EventBoundary.h"
 #include "Platform/Interface/MatrixAccessible_p.h"
 #include "Platform/Interface/ScrollView.h"
@@ -31,7 +32,7 @@ Matrix::~Matrix() = default;
 
 void Matrix::setPrototype(std::unique_ptr<Cell> prototype)
 {
-    Q_ASSERT(prototype);
+    ZR_ASSERT_PARAMETER(this, prototype != nullptr);
     m_prototype = std::move(prototype);
 }
 
@@ -212,10 +213,27 @@ void Matrix::changeSelection(IndexSet selected, IndexSet highlighted)
     if (m_selected.isEmpty())
         m_current = {};
     setNeedsDisplay();
-    if (!isOther)
+    if (!isOther || m_selectionBatches > 0)
         return;
     MatrixAccessible::selectionChanged(*this);
     Q_EMIT selectionChanged();
+}
+
+Matrix::SelectionBatch::SelectionBatch(Matrix &matrix)
+    : m_matrix(&matrix)
+    , m_before(matrix.m_selected)
+{
+    ++matrix.m_selectionBatches;
+}
+
+Matrix::SelectionBatch::~SelectionBatch()
+{
+    if (!m_matrix || --m_matrix->m_selectionBatches > 0 || m_matrix->m_selected == m_before)
+        return;
+    callGuarded(matrices(), QStringLiteral("telling of a selection"), [this] {
+        MatrixAccessible::selectionChanged(*m_matrix);
+        Q_EMIT m_matrix->selectionChanged();
+    });
 }
 
 void Matrix::setCellSelected(const Cell &cell, bool isSelected)

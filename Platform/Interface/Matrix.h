@@ -4,6 +4,7 @@
 #include "Platform/Interface/Cell.h"
 #include "Platform/Interface/View.h"
 
+#include <QPointer>
 #include <QSizeF>
 
 #include <memory>
@@ -15,8 +16,10 @@ namespace platform {
 /// A grid of cells of one size, row by row: the cell at row r and column c has index r * numberOfColumns + c. Any
 /// number of cells may be selected, also none.
 ///
-/// The selection is a set of ranges of indexes: to select a million cells costs as much as to select one. Drawing and
-/// finding a cell cost the same however many cells there are.
+/// The selected cells are what the host acts on: `selectionChanged` tells of them. The highlighted ones are what is
+/// drawn as selected. The operations of the matrix set both; only a cell's own setters set one alone. Both are sets of
+/// ranges of indexes: to select a million cells costs as much as to select one. Drawing and finding a cell cost the
+/// same however many cells there are.
 ///
 /// The main thread only.
 class Matrix : public View
@@ -35,6 +38,7 @@ public:
 
     /// What new cells are copies of.
     const Cell &prototype() const { return *m_prototype; }
+    /// A failed assertion when there is none.
     void setPrototype(std::unique_ptr<Cell> prototype);
 
     int numberOfRows() const { return m_numberOfRows; }
@@ -58,11 +62,12 @@ public:
     /// Makes the frame as large as the cells.
     virtual void sizeToCells();
 
-    /// Row by row. The cells belong to the matrix, until it is renewed.
+    /// Row by row. The matrix owns them; a pointer is good until a `renewRows` that leaves the cell no room.
     const std::vector<std::unique_ptr<Cell>> &cells() const { return m_cells; }
     /// Null outside the grid.
     Cell *cellAtIndex(qint64 index) const;
     Cell *cellAtRow(int row, int column) const;
+    /// (-1, -1) for a cell of another matrix or of none.
     Place placeOfCell(const Cell &cell) const;
     /// The place whose cell has the point within it; nothing between the cells and outside the grid.
     std::optional<Place> placeAtPoint(const QPointF &point) const;
@@ -75,7 +80,8 @@ public:
     const IndexSet &highlightedIndexes() const { return m_highlighted; }
     /// In the order of their indexes.
     std::vector<Cell *> selectedCells() const;
-    /// The place from which a further selection extends: that which was selected last. -1 while nothing is selected.
+    /// The place from which a further selection extends, as the last operation of the matrix set it; -1 when nothing is
+    /// selected or none was set. A cell's own setters leave it, unless nothing is selected any more.
     int selectedRow() const { return m_current.row; }
     int selectedColumn() const { return m_current.column; }
     /// Selects and highlights the cell alone. A row or column of -1 selects nothing; any other place that is not there
@@ -91,7 +97,8 @@ public:
     /// Indexes outside the grid are passed over. A further selection extends from the last one.
     void setSelectedIndexes(const IndexSet &indexes);
     virtual void selectAll();
-    /// What assistive technology asks for: to select a cell alone, and to add it or take it away.
+    /// What assistive technology asks for: to select a cell alone, and to add it or take it away. The cell must be in
+    /// this matrix.
     virtual void selectCell(const Cell &cell);
     virtual void toggleCell(const Cell &cell);
 
@@ -99,13 +106,31 @@ public:
     void sendDoubleAction() { Q_EMIT doubleAction(); }
 
 Q_SIGNALS:
+    /// Sent by hosts and subclasses through `sendAction`; the framework sends it nowhere.
     void action();
+    /// A double click or the Return key, where a subclass takes them.
     void doubleAction();
-    /// The selection was changed, once for each operation, and only when it is another one. While it is told nothing of
-    /// the selection may be changed, but for asking for that later.
+    /// The selection is another one; told once, at the end of the operation that changed it. A slot may renew the
+    /// matrix or destroy it. One that selects something else has those who are told later hear of the newer selection
+    /// first.
     void selectionChanged();
 
 protected:
+    /// While one lives `selectionChanged` waits; it is told at the end, if the selection is another one by then than it
+    /// was at the beginning.
+    class SelectionBatch
+    {
+    public:
+        explicit SelectionBatch(Matrix &matrix);
+        SelectionBatch(const SelectionBatch &) = delete;
+        SelectionBatch &operator=(const SelectionBatch &) = delete;
+        ~SelectionBatch();
+
+    private:
+        const QPointer<Matrix> m_matrix;
+        const IndexSet m_before;
+    };
+
     void drawRect(QPainter &painter, const QRectF &dirty) override;
     /// Draws a cell that shows. An exception that leaves the cell is logged, and the others are drawn.
     virtual void drawCell(QPainter &painter, Cell &cell, const QRectF &frame);
@@ -139,6 +164,7 @@ private:
     qint64 m_numberOfUsedCells = 0;
     IndexSet m_selected;
     IndexSet m_highlighted;
+    int m_selectionBatches = 0;
     Place m_current;
 };
 

@@ -12,7 +12,7 @@ class View;
 /// the part that shows, and the document is drawn from there. Qt's own scroll area moves a widget of the document's
 /// size, which ends at 16,777,215 pixels.
 ///
-/// The document draws the whole of its widget, whatever is behind it: what it leaves out shows what was there before.
+/// The document must fill every pixel that it is asked to draw: nothing is erased beforehand.
 ///
 /// The document takes the width of what shows: when that changes, its frame is set to the new width, from which it lays
 /// itself out. The height is its own.
@@ -27,7 +27,8 @@ public:
     ~ScrollView() override;
 
     View *documentView() const { return m_document; }
-    /// Takes the view as its document, of which it becomes the parent, and deletes the one before. Null for none.
+    /// Takes the view as its document, out of another scroll view if need be; null for none. The viewport becomes its
+    /// parent, which owns it. The document before is deleted at once: not to be called from one of its handlers.
     void setDocumentView(View *document);
 
     /// Size of the area in which the document shows.

@@ -29,12 +29,14 @@ class View : public QWidget
 public:
     explicit View(QWidget *parent = nullptr);
 
-    /// Place and size: as a document, within the scroll view's document; by itself, within the parent widget.
+    /// Place and size within the parent widget, in points, which are Qt's logical pixels. Of a scroll view's document
+    /// only the size counts.
     QRectF viewFrame() const { return m_frame; }
-    /// Called as well when the widget is resized by a layout or a user, and when a scroll view's width changes. A
-    /// subclass that lays something out does it here.
+    /// Called as well when a layout or a person moves or resizes the widget, and whenever its scroll view has another
+    /// size. A subclass that lays something out does it here.
     virtual void setFrame(const QRectF &frame);
-    /// Changes the size alone, and nothing else happens.
+    /// Changes the size without `setFrame`, so that a subclass may call it while it lays something out. The widget, or
+    /// the scroll bars, follow.
     void setFrameSize(const QSizeF &size);
     /// The view's own coordinates: its size at (0, 0).
     QRectF viewBounds() const { return QRectF(QPointF(), m_frame.size()); }
