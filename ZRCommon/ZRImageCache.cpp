@@ -409,10 +409,9 @@ QVariantList ZRImageCache::addEntries(const QString &folderPath, Session &sessio
     removeWhatKilledOnesLeft(cacheFolderOf(folderPath));
     session.prefetch.emplace(paths, largerSetting());
 
-    QVariantList entries;
     for (qsizetype i = 0; i < names.size() && !session.isCancelled(); ++i) {
         if (auto entry = createThumbEntryForImageFilename(names[i], folderPath)) {
-            entries.append(*std::move(entry));
+            session.update.entries.append(*std::move(entry));
             ++session.update.made;
         }
         session.prefetch->passOver(paths[i]);
@@ -420,7 +419,7 @@ QVariantList ZRImageCache::addEntries(const QString &folderPath, Session &sessio
         session.progress();
     }
     session.prefetch.reset();
-    return entries;
+    return session.update.entries;
 }
 
 PropertyListValue ZRImageCache::photoInformationForCatalogFolder(const ZRImageCatalogFolder &folder) const

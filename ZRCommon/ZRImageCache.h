@@ -70,6 +70,7 @@ struct ZRImageCacheUpdate {
     qsizetype made = 0; ///< Thumbnails that were made.
     qsizetype kept = 0; ///< Entries of the index whose files are still there.
     qsizetype dropped = 0; ///< Entries that were taken out, since their files are gone.
+    QVariantList entries; ///< Those that were made, as the index will hold them: a host can show them already.
     QList<platform::Error> refused; ///< Files without an entry, and why: no pictures, damaged ones, odd names.
     bool wasCancelled = false;
     /// Names in the folder of what may be a link, nothing when the folder could not be listed. For listing its photos

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -42,8 +43,23 @@ public:
     // Read while the worker goes on.
     std::atomic<qsizetype> done = 0;
     std::atomic<qsizetype> total = 0;
+    ZRImageCatalogFolder::ThumbnailList takeFound()
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::exchange(m_found, {});
+    }
 
 private:
+    void find(const QVariantList &entries)
+    {
+        const std::lock_guard lock(m_mutex);
+        for (const QVariant &each : entries) {
+            const QVariantMap entry = each.toMap();
+            m_found.append(std::make_shared<ZRImageThumbnail>(
+                entry[QStringLiteral("ThumbPath")].toString(), entry[QStringLiteral("ImagePath")].toString(),
+                entry[QStringLiteral("Caption")].toString(), QDateTime()));
+        }
+    }
     void list(ZRProcessServer &server)
     {
         if (!QFileInfo(folderPath).isDir()) {
@@ -52,6 +68,8 @@ private:
         }
         constexpr int pause = 50; // milliseconds between two messages
         QElapsedTimer sinceMessage;
+        const ZRImageCatalogFolder folder(folderPath, &m_catalog);
+        qsizetype told = 0;
         ZRImageCacheUpdate update;
         update.cancelFlag = this;
         update.didProgress = [&](const ZRImageCacheUpdate &state) {
@@ -59,10 +77,12 @@ private:
             total = state.total;
             if (state.total == 0 || (sinceMessage.isValid() && !sinceMessage.hasExpired(pause)))
                 return;
+            if (!sinceMessage.isValid() && state.kept > 0)
+                find(m_catalog.imageCache().photoInformationForCatalogFolder(folder).toVariant().toList());
+            find(state.entries.mid(std::exchange(told, state.entries.size())));
             sinceMessage.start();
             server.performSelectorOnObject(m_owner, &PhotoFolderLoader::unitDidProgress, this);
         };
-        const ZRImageCatalogFolder folder(folderPath, &m_catalog);
         photos = folder.imageThumbnailsThatMatchSearchString(QString(), update);
         made = update.made;
         sortByTitle();
@@ -87,6 +107,8 @@ private:
 
     QPointer<PhotoFolderLoader> m_owner;
     ZRImageCatalog &m_catalog;
+    std::mutex m_mutex;
+    ZRImageCatalogFolder::ThumbnailList m_found;
 };
 
 PhotoFolderLoader::~PhotoFolderLoader()
@@ -118,8 +140,13 @@ void PhotoFolderLoader::cancel()
 
 void PhotoFolderLoader::unitDidProgress(const Unit *unit)
 {
-    if (unit == m_unit.get() && !unit->cancelFlag())
-        Q_EMIT didProgress(unit->done, unit->total);
+    if (unit != m_unit.get() || unit->cancelFlag())
+        return;
+    const std::shared_ptr<Unit> running = m_unit; // which whoever is told may overtake
+    Q_EMIT didProgress(running->done, running->total);
+    const auto photos = running->takeFound();
+    if (!photos.isEmpty() && running == m_unit)
+        Q_EMIT didFind(running->folderPath, photos);
 }
 
 void PhotoFolderLoader::unitDidEnd(const Unit *unit)

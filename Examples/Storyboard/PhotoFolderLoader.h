@@ -30,6 +30,9 @@ public:
 Q_SIGNALS:
     /// So many of the photos that had no thumbnail yet were tried. Told some twenty times a second at most.
     void didProgress(qsizetype done, qsizetype total);
+    /// Photos that are ready while the others are still being made: at first those that were in the folder's cache
+    /// already. They come in the order of the folder, and all of them once more with `didLoad`.
+    void didFind(const QString &folderPath, const ZRImageCatalogFolder::ThumbnailList &photos);
     /// Each load ends with one of these, unless another one was begun before.
     void didLoad(const QString &folderPath, const ZRImageCatalogFolder::ThumbnailList &photos);
     void didCancel(const QString &folderPath, qsizetype made);

@@ -142,6 +142,7 @@ void StoryboardWindow::makeStatusBar()
 void StoryboardWindow::connectLoader()
 {
     connect(m_loader, &PhotoFolderLoader::didProgress, this, &StoryboardWindow::showProgress);
+    connect(m_loader, &PhotoFolderLoader::didFind, this, &StoryboardWindow::addPhotos);
     connect(m_loader, &PhotoFolderLoader::didLoad, this, &StoryboardWindow::showPhotos);
     connect(m_loader, &PhotoFolderLoader::didCancel, this, [this](const QString &path, qsizetype made) {
         endProgress(ZRLocalizedString("Opening “%1” was cancelled. Thumbnails made and kept: %2")
@@ -167,6 +168,7 @@ void StoryboardWindow::openFolder(const QString &path)
 {
     if (path.isEmpty())
         return;
+    m_isFilling = false;
     m_status->setText(ZRLocalizedString("Opening “%1”…").arg(QFileInfo(path).fileName()));
     m_cancel->show();
     m_loader->load(QDir::cleanPath(QDir().absoluteFilePath(path)));
@@ -203,26 +205,51 @@ void StoryboardWindow::endProgress(const QString &status)
     updateTexts();
 }
 
-void StoryboardWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
+void StoryboardWindow::beginFolder(const QString &path)
 {
-    const bool isSame = path == m_folderPath;
-    const QStringList formerlySelected = isSame ? m_grid->pathsForSelectedImages() : QStringList();
     m_folderPath = path;
-    m_photos = photos;
+    m_photos.clear();
     defaults().set(folderKey, path);
-    const auto needed = m_grid->getRowsNeeded(photos.size());
+    m_grid->deselectAllCells();
+    m_scrollView->scrollToPoint(QPointF());
+    m_invitation->setText(ZRLocalizedString("There are no photos in “%1”.").arg(QFileInfo(path).fileName()));
+    setWindowTitle(QStringLiteral("%1 – Storyboard").arg(QFileInfo(path).fileName()));
+}
+
+void StoryboardWindow::fillGrid()
+{
+    const auto needed = m_grid->getRowsNeeded(m_photos.size());
     m_grid->renewRows(needed.rows, needed.columns);
     for (qint64 i = 0; i < m_grid->numberOfCells(); ++i)
-        m_grid->cellAtIndex(i)->setRepresentedObject(i < photos.size() ? photos[i] : nullptr);
+        m_grid->cellAtIndex(i)->setRepresentedObject(i < m_photos.size() ? m_photos[i] : nullptr);
     m_grid->sizeToCells();
-    if (isSame)
-        selectPaths(formerlySelected);
-    else
-        m_scrollView->scrollToPoint(QPointF());
-    m_invitation->setText(ZRLocalizedString("There are no photos in “%1”.").arg(QFileInfo(path).fileName()));
-    m_pages->setCurrentIndex(photos.isEmpty() ? 0 : m_pages->indexOf(m_scrollView));
+    m_pages->setCurrentIndex(m_photos.isEmpty() ? 0 : m_pages->indexOf(m_scrollView));
+}
+
+void StoryboardWindow::addPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
+{
+    if (!m_isFilling) {
+        if (path == m_folderPath)
+            return; // read again: its photos show already
+        m_isFilling = true;
+        beginFolder(path);
+    }
+    const platform::IndexSet selected = m_grid->selectedIndexes();
+    m_photos += photos;
+    fillGrid();
+    m_grid->setSelectedIndexes(selected);
+    updateTexts();
+}
+
+void StoryboardWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
+{
+    const QStringList selected = path == m_folderPath ? m_grid->pathsForSelectedImages() : QStringList();
+    if (path != m_folderPath)
+        beginFolder(path);
+    m_photos = photos;
+    fillGrid();
+    selectPaths(selected);
     m_grid->setFocus();
-    setWindowTitle(QStringLiteral("%1 – Storyboard").arg(QFileInfo(path).fileName()));
     endProgress(QString());
 }
 

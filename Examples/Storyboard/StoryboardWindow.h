@@ -21,7 +21,8 @@ class ScrollView;
 /// The photos of a folder in a grid: they are selected, opened large, and dragged out to other programs as files. The
 /// window's place, the size of the photos and the folder are remembered from one run to the next.
 ///
-/// While a folder is opened the one before stays; when opening is cancelled or fails, it is still there.
+/// While a folder is opened, its photos show as their thumbnails are made; the folder before stays until the first of
+/// them is there. When opening is cancelled or fails, what shows stays.
 class StoryboardWindow : public QMainWindow
 {
     Q_OBJECT
@@ -57,6 +58,9 @@ private:
     void makeStatusBar();
     void connectLoader();
     void chooseFolder();
+    void beginFolder(const QString &path);
+    void addPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos);
+    void fillGrid();
     void showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos);
     void selectPaths(const QStringList &paths);
     void showProgress(qsizetype done, qsizetype total);
@@ -80,5 +84,6 @@ private:
     PhotoFolderLoader *m_loader = nullptr;
     QPointer<PhotoWindow> m_photoWindow;
     QString m_folderPath;
+    bool m_isFilling = false; // with photos of a folder that is still being opened
     ZRImageCatalogFolder::ThumbnailList m_photos;
 };

@@ -530,6 +530,9 @@ TEST_F(ZRImageCacheTest, TellsHowFarItIs)
     update(&followed);
     EXPECT_EQ(steps, (std::vector<std::pair<qsizetype, qsizetype>>{{0, 3}, {1, 3}, {2, 3}, {3, 3}}));
     EXPECT_EQ(followed.made, 2);
+    ASSERT_EQ(followed.entries.size(), 2);
+    EXPECT_EQ(followed.entries[0].toMap().value("ImagePath").toString().right(4), ".jpg");
+    EXPECT_FALSE(followed.entries[1].toMap().value("ThumbPath").toString().isEmpty());
     EXPECT_EQ(followed.kept, 0);
     QFile::remove(photos + QStringLiteral("/a.jpg"));
     ZRImageCacheUpdate next;

@@ -164,6 +164,52 @@ TEST_F(Storyboard, KeepsWhatItShowsWhenOpeningIsCancelled)
     EXPECT_EQ(window.folderPath(), in("Photos"));
 }
 
+TEST_F(Storyboard, ShowsPhotosWhileTheirThumbnailsAreMade)
+{
+    constexpr int count = 50;
+    QImage image(1000, 800, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    const QByteArray bytes = testSupport::encoded(image, "png");
+    for (int i = 0; i < count; ++i)
+        testSupport::writeFile(in("Many") + QStringLiteral("/Photo %1.png").arg(i), bytes);
+    StoryboardWindow window;
+    window.show();
+    open(window, folderOf(2));
+    window.openFolder(in("Many"));
+    ASSERT_TRUE(testSupport::waitUntil([&] { return window.folderPath() == in("Many"); }));
+    EXPECT_TRUE(window.isOpening());
+    EXPECT_GT(window.grid().photoCount(), 0);
+    EXPECT_LT(window.grid().photoCount(), count);
+    window.grid().matrixSelectCellAtRow(0, 0);
+    const QStringList selected = window.grid().pathsForSelectedImages();
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
+    EXPECT_EQ(window.grid().photoCount(), count);
+    EXPECT_EQ(window.grid().pathsForSelectedImages(), selected);
+
+    // The next time they are there at once, and are not added to what shows.
+    QFile::remove(in("Many/Photo 5.png"));
+    testSupport::writeFile(in("Many/Photo 100.png"), bytes);
+    open(window, in("Many"));
+    EXPECT_EQ(window.grid().photoCount(), count);
+}
+
+TEST_F(Storyboard, ShowsPhotosThatHaveThumbnailsBeforeTheOthers)
+{
+    const QString photos = folderOf(3);
+    PhotoFolderLoader loader;
+    loader.load(photos);
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !loader.isLoading(); }));
+    QImage image(40, 30, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    testSupport::writeFile(photos + "/New.png", testSupport::encoded(image, "png"));
+    QSignalSpy finds(&loader, &PhotoFolderLoader::didFind);
+    loader.load(photos);
+    ASSERT_TRUE(testSupport::waitUntil([&] { return !loader.isLoading(); }));
+    ASSERT_GE(finds.size(), 1);
+    EXPECT_EQ(finds[0][0].toString(), photos);
+    EXPECT_GE(finds[0][1].value<ZRImageCatalogFolder::ThumbnailList>().size(), 3);
+}
+
 TEST_F(Storyboard, KeepsTheSelectionWhenTheFolderIsReadAgain)
 {
     StoryboardWindow window;
