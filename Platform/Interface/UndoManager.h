@@ -1,0 +1,126 @@
+#pragma once
+
+#include <QString>
+#include <QUndoStack>
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+class QObject;
+
+namespace platform {
+
+/// Remembers how to take back what was done. An operation that changes something registers the call that would change
+/// it back; that call, made while undoing, registers its own reverse, which becomes the redo.
+///
+///     void Slide::setTitle(const QString &title)
+///     {
+///         undoManager.registerUndo(this, [this, before = m_title] { setTitle(before); });
+///         m_title = title;
+///     }
+///
+/// **Actions.** What is undone in one step is an action: a single registered call, or all those that were registered
+/// while a group was open, which are made in reverse order. An empty group is no action. Registering a new action
+/// removes those that could be redone.
+///
+/// **While an action is undone or redone:**
+/// - What is registered becomes its reverse, under the same name, whether in groups or not. When nothing is
+///   registered, there is no way back: the action leaves the list. If it was being redone, the state in which all is
+///   saved is out of reach then, and the stack is not clean.
+/// - `undo` and `redo` do nothing, and so it is through the stack.
+/// - `removeAllActions` takes effect when the action has ended; what it registers is not kept.
+/// - A call that throws ends the action, and the exception leaves `undo` or `redo`. The action stays where it is, with
+///   the calls that were not made, the failed one first; trying again goes on there. What was made up to then cannot
+///   be taken back, and the stack is not clean.
+///
+/// A call whose target has died is left out. An action with nothing but such calls is skipped when its turn comes.
+///
+/// **Qt's views.** `stack()` is for QUndoView, QUndoGroup, actions and signals: what a view undoes runs by the same
+/// rules. Hosts push no commands of their own and do not clear it.
+///
+/// The manager must not be destroyed by one of its calls. Main thread.
+class UndoManager
+{
+public:
+    using Call = std::function<void()>;
+
+    UndoManager() = default;
+    UndoManager(const UndoManager &) = delete;
+    UndoManager &operator=(const UndoManager &) = delete;
+    ~UndoManager();
+
+    /// Registers a call that is made as long as the target lives. An empty call, and no target, raise
+    /// `platform::InternalInconsistency`.
+    void registerUndo(QObject *target, Call call);
+    /// Registers a call that depends on no object's life.
+    void registerUndo(Call call);
+
+    /// Begins a group, which may be within another one: the outermost makes the action.
+    void beginUndoGrouping();
+    /// Ends it. Without a beginning it raises `platform::InternalInconsistency`.
+    void endUndoGrouping();
+    /// How many groups are open.
+    int groupingLevel() const { return m_groupingLevel; }
+
+    /// Names the action: that of the open group, otherwise the one registered last. Does nothing when there is none,
+    /// and while undoing or redoing.
+    void setActionName(const QString &name);
+
+    /// Undoes the last action. Does nothing when there is none, and while a group is open.
+    void undo();
+    void redo();
+    bool canUndo() const;
+    bool canRedo() const;
+    bool isUndoing() const { return m_activity == Activity::Undoing; }
+    bool isRedoing() const { return m_activity == Activity::Redoing; }
+
+    /// Forgets everything, what open groups have collected too; the groups stay open. Nothing is undone by that: a
+    /// stack that was not clean is not clean afterwards.
+    void removeAllActions();
+
+    /// The actions, for Qt's views. Its clean state says whether all is as it was at the last `setClean`.
+    QUndoStack &stack() { return m_stack; }
+    const QUndoStack &stack() const { return m_stack; }
+
+private:
+    class Action;
+    enum class Activity { None, Undoing, Redoing };
+    struct RegisteredCall;
+    using Calls = std::vector<RegisteredCall>;
+
+    void add(RegisteredCall call);
+    void run(Action &action, Activity activity);
+    void settle();
+    void tellViews();
+
+    QUndoStack m_stack;
+    Calls *m_reverse = nullptr; // what the running action registers
+    std::vector<RegisteredCall> m_group; // what the open group has collected
+    QString m_groupName;
+    int m_groupingLevel = 0;
+    Activity m_activity = Activity::None;
+    bool m_hasRun = false; // an action, since undo or redo was asked for
+    bool m_removesAll = false; // as soon as the running action has ended
+};
+
+/// Keeps a group open as long as it lives, so that it is closed on every path out.
+class UndoGroup
+{
+public:
+    explicit UndoGroup(UndoManager &manager, const QString &actionName = {})
+        : m_manager(manager)
+    {
+        m_manager.beginUndoGrouping();
+        if (!actionName.isEmpty())
+            m_manager.setActionName(actionName);
+    }
+    UndoGroup(const UndoGroup &) = delete;
+    UndoGroup &operator=(const UndoGroup &) = delete;
+    ~UndoGroup() { m_manager.endUndoGrouping(); }
+
+private:
+    UndoManager &m_manager;
+};
+
+} // namespace platform
