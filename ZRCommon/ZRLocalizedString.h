@@ -1,30 +1,26 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include "Platform/Foundation/LocalizedString.h"
 
-/// The framework's own texts in the user's language. They are looked up in tables of the framework's own, so that a
-/// host need not install a translator.
-///
-/// The language is the first of the languages of QLocale(), the host's default locale, that has a table; English is
-/// the language of the sources and needs none. A change of the default locale counts from the next call on. Tables
-/// are Qt's compiled translations, resources named ":/ZRCommon/translations/zrcommon_<language>.qm" (zrcommon_de,
-/// zrcommon_pt_BR) with the context "ZRCommon": a host adds a language by adding such a resource.
-///
-/// Any thread.
+/// The framework's texts in the user's language, under the name that `ZRCommon` and hosts use:
+/// see `platform::localizedString`. Any thread.
+inline QString ZRLocalizedString(const char *text)
+{
+    return platform::localizedString(text);
+}
 
-/// The text in the user's language, or the text itself where no table has it. It is UTF-8, written as one literal
-/// at the call, so that the tables can be checked against the sources. Values go in with QString::arg().
-QString ZRLocalizedString(const char *text);
-
-/// The text in the form that the language has for the count, "%n" in it replaced by the number. Where no table has
-/// it, English forms included, the text itself is taken.
-QString ZRLocalizedString(const char *text, int count);
+/// The same in the form for a count.
+inline QString ZRLocalizedString(const char *text, int count)
+{
+    return platform::localizedString(text, count);
+}
 
 namespace ZRLocalization {
 
-/// Takes these languages ("de-DE", "de", "en"), the best first, in place of those of the default locale. An empty
-/// list goes back to the default locale.
-void setLanguages(const QStringList &languages);
+/// Takes these languages in place of those of the default locale: see `platform::setLocalizedStringLanguages`.
+inline void setLanguages(const QStringList &languages)
+{
+    platform::setLocalizedStringLanguages(languages);
+}
 
 } // namespace ZRLocalization

@@ -3,7 +3,6 @@
 #include "Platform/Interface/UndoManager.h"
 
 #include <QByteArray>
-#include <QDateTime>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -14,6 +13,9 @@
 namespace platform {
 
 class WindowController;
+namespace DocumentFile {
+struct State;
+}
 
 /// A document: content that is kept in a file and shown in windows. A host's class overrides
 /// `dataRepresentationOfType` and `loadDataRepresentation`, which turn the content into bytes and back, and
@@ -114,7 +116,8 @@ Q_SIGNALS:
     void editedChanged(bool isEdited);
     /// Right after another file became the document's.
     void pathChanged(const QString &path);
-    /// Once, after the last window has closed.
+    /// Once: the last window is closing, and nothing is asked any more. The document must live until the event loop
+    /// turns.
     void closed();
 
 protected:
@@ -123,22 +126,25 @@ protected:
 
 private:
     friend class WindowController;
-    struct FileState;
     class UntitledNumber;
+
+    bool isLastWindow(const WindowController &controller) const;
 
     bool windowShouldClose(const WindowController &controller);
     void windowDidClose(WindowController &controller);
     bool saveToFile(const QString &path);
+    void presentSaveFailure(const QString &explanation);
+    void rememberFile(const QString &path, const DocumentFile::State &state);
     bool confirmOverwriting();
     QString choosePath();
     void setPath(const QString &path);
     void updateEdited();
     template <class Hook>
-    std::optional<QString> callHook(const char *name, const QString &generalSentence, Hook hook);
+    std::optional<QString> callHook(const QString &name, const QString &generalSentence, Hook hook);
 
     QString m_fileType;
     QString m_path;
-    std::unique_ptr<FileState> m_fileState; // as it was read or written last
+    std::unique_ptr<DocumentFile::State> m_fileState; // as it was read or written last
     mutable std::unique_ptr<UntitledNumber> m_untitledNumber; // while it has one
     UndoManager m_undoManager;
     QList<WindowController *> m_windowControllers;

@@ -19,6 +19,9 @@ struct DocumentType {
     QString name; ///< What the hooks of a document are asked for, such as "Storyboard". Also shown.
     QString fileExtension; ///< Without the point; compared without case.
     std::function<std::unique_ptr<Document>()> makeDocument;
+
+    /// As file panels take it: "Storyboard (*.storyboard)".
+    QString nameFilter() const { return QStringLiteral("%1 (*.%2)").arg(name, fileExtension); }
 };
 
 /// Knows the open documents of a program: makes, opens, saves and closes them, and owns them. A program has one.
@@ -95,7 +98,8 @@ Q_SIGNALS:
     void recentPathsChanged();
 
 private:
-    Document *present(std::unique_ptr<Document> document);
+    std::unique_ptr<Document> make(const DocumentType &type);
+    Document *present(std::unique_ptr<Document> document, const QString &failureMessage);
     void use(Document *document);
     void forget(Document *document);
     void fail(const QString &message, const QString &explanation);

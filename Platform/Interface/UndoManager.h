@@ -1,13 +1,12 @@
 #pragma once
 
+#include <QPointer>
 #include <QString>
 #include <QUndoStack>
 
+#include <exception>
 #include <functional>
-#include <utility>
 #include <vector>
-
-class QObject;
 
 namespace platform {
 
@@ -30,9 +29,9 @@ namespace platform {
 ///   saved is out of reach then, and the stack is not clean.
 /// - `undo` and `redo` do nothing, and so it is through the stack.
 /// - `removeAllActions` takes effect when the action has ended; what it registers is not kept.
-/// - A call that throws ends the action, and the exception leaves `undo` or `redo`. The action stays where it is, with
-///   the calls that were not made, the failed one first; trying again goes on there. What was made up to then cannot
-///   be taken back, and the stack is not clean.
+/// - A call that throws ends the action, and the exception leaves `undo` or `redo`; when a view of the stack asked for
+///   it, it is logged in "platform.undo". The action stays where it is, with the calls that were not made, the failed
+///   one first; trying again goes on there. What was made up to then cannot be taken back, and the stack is not clean.
 ///
 /// A call whose target has died is left out. An action with nothing but such calls is skipped when its turn comes.
 ///
@@ -79,45 +78,60 @@ public:
     /// stack that was not clean is not clean afterwards.
     void removeAllActions();
 
-    /// The actions, for Qt's views. Its clean state says whether all is as it was at the last `setClean`.
+    /// Whether all is as it was at the last `setClean`: as the stack has it, and without a moment's change while
+    /// `removeAllActions` runs.
+    bool isClean() const;
+    /// Takes the present state for the one to compare with.
+    void setClean();
+
+    /// The actions, for Qt's views.
     QUndoStack &stack() { return m_stack; }
     const QUndoStack &stack() const { return m_stack; }
 
 private:
     class Action;
     enum class Activity { None, Undoing, Redoing };
-    struct RegisteredCall;
-    using Calls = std::vector<RegisteredCall>;
+    struct RegisteredCall {
+        QPointer<QObject> target;
+        bool hasTarget = false;
+        Call call;
+    };
 
     void add(RegisteredCall call);
+    void pushGroup();
+    void perform(void (QUndoStack::*step)(), bool (QUndoStack::*canStep)() const);
     void run(Action &action, Activity activity);
-    void settle();
+    void finish(Action &action, std::vector<RegisteredCall> reverse, Activity activity);
+    int indexOf(const Action &action) const;
+    std::exception_ptr settle();
+    void settleAndLog();
     void tellViews();
 
     QUndoStack m_stack;
-    Calls *m_reverse = nullptr; // what the running action registers
     std::vector<RegisteredCall> m_group; // what the open group has collected
     QString m_groupName;
     int m_groupingLevel = 0;
     Activity m_activity = Activity::None;
-    bool m_hasRun = false; // an action, since undo or redo was asked for
-    bool m_removesAll = false; // as soon as the running action has ended
+    std::vector<RegisteredCall> *m_reverse = nullptr; // what the running action registers
+    bool m_hasRun = false; // any call of the action that was undone or redone last
+    bool m_isCalledDirectly = false; // by undo or redo, not through the stack
+    bool m_isRemovingUnsaved = false;
+
+    // What has to wait until the stack, which must not be changed while it runs an action, is done; see settle().
+    std::exception_ptr m_failure;
+    int m_failedIndex = 0; // where the stack has to stand after the failure
+    bool m_removesAll = false;
+    bool m_viewsAreStale = false;
 };
 
 /// Keeps a group open as long as it lives, so that it is closed on every path out.
 class UndoGroup
 {
 public:
-    explicit UndoGroup(UndoManager &manager, const QString &actionName = {})
-        : m_manager(manager)
-    {
-        m_manager.beginUndoGrouping();
-        if (!actionName.isEmpty())
-            m_manager.setActionName(actionName);
-    }
+    explicit UndoGroup(UndoManager &manager, const QString &actionName = {});
     UndoGroup(const UndoGroup &) = delete;
     UndoGroup &operator=(const UndoGroup &) = delete;
-    ~UndoGroup() { m_manager.endUndoGrouping(); }
+    ~UndoGroup();
 
 private:
     UndoManager &m_manager;

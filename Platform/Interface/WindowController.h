@@ -50,6 +50,8 @@ public:
     /// with the reason. Null while it is being made, and after somebody else has destroyed it.
     QWidget *window();
     bool isWindowLoaded() const { return m_isLoaded; }
+    /// Whether the window is on the screen, or minimised.
+    bool isWindowVisible() const { return m_window && m_window->isVisible(); }
     /// The widget of the window with this object name; raises `platform::InternalInconsistency` when there is none of
     /// this class.
     template <class Widget>
@@ -105,7 +107,10 @@ private:
     void loadWindow();
     void updateTitle();
     void cascade();
+    void closeWithDocument();
     void handleClose(QEvent &event);
+    void becomeKey();
+    void restoreFrame();
     void frameDidChange();
     void saveFrame();
     QWidget *findOutlet(const QString &objectName);

@@ -420,5 +420,161 @@
         <source>“%1” cannot be shown.</source>
         <translation>„%1“ kann nicht gezeigt werden.</translation>
     </message>
+    <message>
+        <source>Untitled</source>
+        <translation>Ohne Titel</translation>
+    </message>
+    <message>
+        <source>Untitled %1</source>
+        <translation>Ohne Titel %1</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Save As</source>
+        <translation>Sichern unter</translation>
+    </message>
+    <message>
+        <source>Do you want to save the changes to “%1”?</source>
+        <translation>Möchten Sie die Änderungen an „%1“ sichern?</translation>
+    </message>
+    <message>
+        <source>Your changes will be lost if you do not save them.</source>
+        <translation>Ihre Änderungen gehen verloren, wenn Sie sie nicht sichern.</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Sichern</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be saved.</source>
+        <translation>Das Dokument „%1“ konnte nicht gesichert werden.</translation>
+    </message>
+    <message>
+        <source>The document “%1” could not be read again.</source>
+        <translation>Das Dokument „%1“ konnte nicht neu gelesen werden.</translation>
+    </message>
+    <message>
+        <source>The file “%1” could not be opened.</source>
+        <translation>Die Datei „%1“ konnte nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>The file “%1” is open at the moment.</source>
+        <translation>Die Datei „%1“ ist gerade geöffnet.</translation>
+    </message>
+    <message>
+        <source>The file “%1” was changed by another program.</source>
+        <translation>Die Datei „%1“ wurde von einem anderen Programm geändert.</translation>
+    </message>
+    <message>
+        <source>If you save, those changes will be lost.</source>
+        <translation>Wenn Sie sichern, gehen diese Änderungen verloren.</translation>
+    </message>
+    <message>
+        <source>The file “%1” is not where it was.</source>
+        <translation>Die Datei „%1“ ist nicht mehr da, wo sie war.</translation>
+    </message>
+    <message>
+        <source>It was moved, renamed or deleted. If you save, it will be written to its old place again.</source>
+        <translation>Sie wurde bewegt, umbenannt oder gelöscht. Wenn Sie sichern, wird sie wieder an ihren alten Platz geschrieben.</translation>
+    </message>
+    <message>
+        <source>Save Anyway</source>
+        <translation>Trotzdem sichern</translation>
+    </message>
+    <message>
+        <source>Do you want to go back to the last saved version of “%1”?</source>
+        <translation>Möchten Sie zur zuletzt gesicherten Fassung von „%1“ zurückkehren?</translation>
+    </message>
+    <message>
+        <source>The changes that you made since will be lost.</source>
+        <translation>Die Änderungen, die Sie seither gemacht haben, gehen verloren.</translation>
+    </message>
+    <message>
+        <source>Revert</source>
+        <translation>Zurückkehren</translation>
+    </message>
+    <message>
+        <source>The file is damaged, or was made by another program or by a newer version of this one.</source>
+        <translation>Die Datei ist beschädigt oder wurde von einem anderen Programm oder einer neueren Fassung von diesem gemacht.</translation>
+    </message>
+    <message>
+        <source>Its content cannot be written in the form of this file.</source>
+        <translation>Der Inhalt lässt sich in der Form dieser Datei nicht schreiben.</translation>
+    </message>
+    <message>
+        <source>A new document could not be made.</source>
+        <translation>Ein neues Dokument konnte nicht angelegt werden.</translation>
+    </message>
+    <message>
+        <source>There was an error in the program.</source>
+        <translation>Im Programm ist ein Fehler aufgetreten.</translation>
+    </message>
+    <message>
+        <source>Files of this kind cannot be opened here.</source>
+        <translation>Dateien dieser Art lassen sich hier nicht öffnen.</translation>
+    </message>
+    <message>
+        <source>Its window could not be made.</source>
+        <translation>Das Fenster dafür konnte nicht angelegt werden.</translation>
+    </message>
+    <message>
+        <source>There is no such file any more.</source>
+        <translation>Diese Datei gibt es nicht mehr.</translation>
+    </message>
+    <message>
+        <source>This is not a file that can hold a document.</source>
+        <translation>Das ist keine Datei, die ein Dokument enthalten kann.</translation>
+    </message>
+    <message>
+        <source>The file is too large.</source>
+        <translation>Die Datei ist zu groß.</translation>
+    </message>
+    <message>
+        <source>You do not have permission to read the file.</source>
+        <translation>Sie haben nicht das Recht, die Datei zu lesen.</translation>
+    </message>
+    <message>
+        <source>The disk does not let the file be read.</source>
+        <translation>Die Datei lässt sich von ihrem Datenträger nicht lesen.</translation>
+    </message>
+    <message>
+        <source>The folder “%1” does not exist.</source>
+        <translation>Den Ordner „%1“ gibt es nicht.</translation>
+    </message>
+    <message>
+        <source>There is a folder of that name.</source>
+        <translation>Es gibt einen Ordner dieses Namens.</translation>
+    </message>
+    <message>
+        <source>You do not have permission to change the file.</source>
+        <translation>Sie haben nicht das Recht, die Datei zu ändern.</translation>
+    </message>
+    <message>
+        <source>The disk can only be read.</source>
+        <translation>Der Datenträger lässt sich nur lesen.</translation>
+    </message>
+    <message>
+        <source>You do not have permission to write into the folder “%1”.</source>
+        <translation>Sie haben nicht das Recht, in den Ordner „%1“ zu schreiben.</translation>
+    </message>
+    <message>
+        <source>There is not enough room on the disk.</source>
+        <translation>Auf dem Datenträger ist nicht genug Platz.</translation>
+    </message>
+    <message>
+        <source>The system reports: %1.</source>
+        <translation>Das System meldet: %1.</translation>
+    </message>
 </context>
 </TS>

@@ -109,15 +109,16 @@ TEST_F(ZRLocalizedStringTest, EveryTextInTheSourcesIsTranslated)
     const QString root = QStringLiteral(ZR_SOURCE_DIR);
     const auto german = translatedTexts(root + QStringLiteral("/Resources/translations/zrcommon_de.ts"));
     EXPECT_TRUE(german.count(QStringLiteral("Songs")));
-    const QRegularExpression call(QStringLiteral("\\bZRLocalizedString\\(\\s*(\"((?:[^\"\\\\]|\\\\.)*)\"\\s*([,)]))?"));
+    const QRegularExpression call(
+        QStringLiteral("\\b(?:ZRL|l)ocalizedString\\(\\s*(\"((?:[^\"\\\\]|\\\\.)*)\"\\s*([,)]))?"));
     QStringList paths;
-    for (const char *folder : {"/ZRCommon", "/Examples/zrmedia"}) {
+    for (const char *folder : {"/Platform", "/ZRCommon", "/Examples/zrmedia"}) {
         QDirIterator files(root + QLatin1String(folder), {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files);
         while (files.hasNext())
             paths.append(files.next());
     }
     for (const QString &path : std::as_const(paths)) {
-        if (QFileInfo(path).completeBaseName() == QLatin1String("ZRLocalizedString"))
+        if (QFileInfo(path).completeBaseName().endsWith(QLatin1String("LocalizedString")))
             continue;
         const QString code = QString::fromUtf8(testSupport::readFile(path));
         for (QRegularExpressionMatchIterator calls = call.globalMatch(code); calls.hasNext();) {

@@ -1,4 +1,4 @@
-#include "ZRCommon/ZRLocalizedString.h"
+#include "Platform/Foundation/LocalizedString.h"
 
 #include <QLocale>
 #include <QTranslator>
@@ -6,6 +6,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+
+namespace platform {
 
 namespace {
 
@@ -67,17 +69,19 @@ private:
 
 } // namespace
 
-QString ZRLocalizedString(const char *text)
+QString localizedString(const char *text)
 {
     return Table::shared().text(text, -1);
 }
 
-QString ZRLocalizedString(const char *text, int count)
+QString localizedString(const char *text, int count)
 {
     return Table::shared().text(text, count).replace(QLatin1String("%n"), QString::number(count));
 }
 
-void ZRLocalization::setLanguages(const QStringList &languages)
+void setLocalizedStringLanguages(const QStringList &languages)
 {
     Table::shared().setLanguages(languages);
 }
+
+} // namespace platform
