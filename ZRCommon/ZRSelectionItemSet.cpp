@@ -6,6 +6,7 @@
 #include <QScopeGuard>
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 namespace {
@@ -63,17 +64,15 @@ QList<platform::ObjectPointer> ZRSelectionItemSet::sortedItems() const
 
 platform::IndexRange ZRSelectionItemSet::selectedItemRange() const
 {
-    platform::IndexRange range{NotFound, 0};
+    qint64 lowest = std::numeric_limits<qint64>::max(), highest = -1;
     for (const auto &item : m_selected_items) {
         const qint64 index = absoluteIndexOfItem(item);
-        if (range.location == NotFound) {
-            range = {index, 1};
-        } else {
-            const qint64 location = std::min(range.location, index);
-            range = {location, std::max(range.end(), index + 1) - location};
-        }
+        lowest = std::min(lowest, index);
+        highest = std::max(highest, index); // beyond all others where the document does not have the item
     }
-    return range.length == selectedItemCount() ? range : platform::IndexRange{NotFound, 0};
+    const qint64 count = selectedItemCount();
+    return count > 0 && highest - lowest + 1 == count ? platform::IndexRange{lowest, count}
+                                                      : platform::IndexRange{NotFound, 0};
 }
 
 quint32 ZRSelectionItemSet::lowestItemIndex() const
@@ -208,15 +207,15 @@ void ZRSelectionItemSet::selectAllItems()
     if (m_selected_items.empty())
         return;
     m_selected_items.clear();
-    // The anchor stays until the first item takes its place; if none does, it goes.
-    const auto anchorIsMember = qScopeGuard([this] {
+    // The anchor stays until the first item takes its place. Where none does, or the host throws, it goes.
+    const auto done = qScopeGuard([this] {
         if (m_selected_items.empty())
             m_first_item.reset();
+        markChange();
     });
     const quint32 count = absoluteItemCount();
     for (quint32 i = 0; i < count; ++i)
         addItem(itemAtAbsoluteIndex(i));
-    markChange();
 }
 
 void ZRSelectionItemSet::moveForward()
