@@ -26,7 +26,7 @@ struct Observer : ZRDocumentObserver {
         : log(notes)
         , name(QString::fromLatin1(text))
     { }
-    void documentDidChange(ZRDocument *) override
+    void documentDidChange(ZRDocument &) override
     {
         log.append(name);
         if (call)
