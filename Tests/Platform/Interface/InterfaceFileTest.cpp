@@ -99,7 +99,7 @@ TEST_F(InterfaceFileTest, SaysThatAFileIsDamaged)
     };
     const Row rows[] = {{QByteArray(), true},
                         {"not XML", true},
-                        {"<ui version=\"4.0\"></ui>", true},
+                        {"<ui version=\"4.0\"></ui>", false},
                         {"<html/>", true},
                         {form.left(form.size() / 2), true}};
     for (const Row &row : rows) {
