@@ -1,7 +1,7 @@
 #include "Walkthrough.h"
 
+#include "PhotoFolderWindow.h"
 #include "PhotoWindow.h"
-#include "StoryboardWindow.h"
 
 #include "Platform/Interface/DragRunner.h"
 #include "Platform/Interface/ScrollView.h"
@@ -77,7 +77,7 @@ public:
             ++m_photoCount;
         }
         check(m_photoCount >= 12, QStringLiteral("12 photos or more in %1").arg(photoFolder));
-        m_window = std::make_unique<StoryboardWindow>();
+        m_window = std::make_unique<PhotoFolderWindow>();
     }
 
     void run()
@@ -243,7 +243,7 @@ private:
         m_window->sizeSlider().setValue(160);
         m_window->resize(700, 500);
         m_window->close();
-        m_window = std::make_unique<StoryboardWindow>();
+        m_window = std::make_unique<PhotoFolderWindow>();
         m_window->show();
         m_window->openLastFolder();
         waitFor([&] { return m_window->folderPath() == m_folder; }, QStringLiteral("the last folder"));
@@ -351,7 +351,7 @@ private:
     int m_steps = 0;
     int m_shots = 0;
     quint64 m_time = 1000;
-    std::unique_ptr<StoryboardWindow> m_window;
+    std::unique_ptr<PhotoFolderWindow> m_window;
 };
 
 } // namespace
