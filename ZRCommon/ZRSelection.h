@@ -140,8 +140,8 @@ public:
 
     /// All items of the kind of which some are selected.
     void selectAll(QObject *sender = nullptr);
-    /// Each item set in turn. An empty one selects its first item, so that with several kinds the last one that has
-    /// items and is not at its end wins.
+    /// Each item set in turn. Since an empty one selects its first item, and with it empties the others, a selection
+    /// of several kinds ends at the first item of the last kind that has items.
     void moveForward();
     /// Each item set in turn. An empty one stays empty.
     void moveBackward();
@@ -194,6 +194,7 @@ protected:
 
 private:
     const ZRSelectionItemSet &itemSetForClass(const platform::ObjectClass *itemClass) const;
+    const ZRSelectionItemSet &itemSetForItem(const platform::ObjectPointer &item) const;
     ZRSelectionItemSet &itemSetForItem(const platform::ObjectPointer &item);
     void sendChanged();
 

@@ -151,7 +151,6 @@ private:
     void clearOtherKinds();
     void clearAllKinds();
     bool isSingleSelectedItem(const platform::ObjectPointer &item) const;
-    void takeAnchorFrom(const ZRSelectionItemSet &other);
 
     platform::ObjectSet m_selected_items;
     std::weak_ptr<platform::Object> m_first_item; // a member of the set

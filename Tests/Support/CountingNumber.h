@@ -16,6 +16,7 @@ public:
     explicit CountingNumber(int value)
         : m_value(value)
     { }
+    int value() const { return m_value; }
     bool isEqual(const Object &other) const override
     {
         ++calls;
