@@ -92,11 +92,14 @@ public:
 
     /// Writes all objects and ends the archive; nothing may be encoded afterwards. Errors: `Malformed` for a text with
     /// a character that XML cannot hold (a control character, say), `TooDeep` for objects that nest deeper than
-    /// `MaximumArchiveDepth`, and `Malformed` for an array, set or dictionary that holds itself with no host object
-    /// between.
+    /// `MaximumArchiveDepth`, and `Malformed` for a circle that is entered at an array, set or dictionary rather than
+    /// at a host object, since it could not be read.
     Result<QByteArray> finishEncoding();
 
 private:
+    KeyedArchiveWriter &writerForKey(QAnyStringView key) const;
+    void encodeNew(const ObjectPointer &object, QAnyStringView key);
+
     std::unique_ptr<KeyedArchiveWriter> m_writer;
 };
 

@@ -18,6 +18,7 @@
 #include <QUuid>
 
 #include <memory>
+#include <optional>
 
 namespace platform {
 
@@ -33,7 +34,8 @@ class KeyedArchiveReader;
 /// Asking. A key that is absent, or whose value is null, gives 0, false, null or an empty value; a value of another
 /// type than was asked for raises `InvalidArchive`, and so does whatever cannot be read: an object of a class that is
 /// not known, a reference to no object, objects nested deeper than `MaximumArchiveDepth`, an array, set or dictionary
-/// that holds itself with no host object between. Nothing can be read any more after an exception.
+/// that holds itself (directly, or as the first of a circle that is met). After an object could not be decoded nothing
+/// can be read any more.
 ///
 /// Objects come back as they were written: one that is referred to several times is one object, and circles through
 /// host objects are allowed, since a host object is made before its keys are decoded. What the platform's classes
@@ -103,7 +105,7 @@ public:
         for (const ObjectPointer &object : objects) {
             result.append(checked<T>(object, key));
             if (!object)
-                raiseWrongClass(key);
+                raiseWrongType(key);
         }
         return result;
     }
@@ -120,12 +122,17 @@ private:
     {
         auto result = std::dynamic_pointer_cast<T>(object);
         if (object && !result)
-            raiseWrongClass(key);
+            raiseWrongType(key);
         return result;
     }
-    [[noreturn]] void raiseWrongClass(QAnyStringView key) const;
+    [[noreturn]] void raiseWrongType(QAnyStringView key) const;
+    PropertyListView value(QAnyStringView key) const;
+    PropertyListView number(QAnyStringView key) const;
+    template <class T>
+    T decodeGeometry(QAnyStringView key, std::optional<T> (*parse)(const QString &), const T &absent);
 
     std::unique_ptr<KeyedArchiveReader> m_reader;
+    bool m_isFinished = false;
 };
 
 } // namespace platform

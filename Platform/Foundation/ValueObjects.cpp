@@ -19,10 +19,21 @@ bool isWhole(double value)
 
 } // namespace
 
+Number::Number(quint64 value)
+{
+    if (value <= quint64(std::numeric_limits<qint64>::max()))
+        m_value = qint64(value);
+    else
+        m_value = value;
+}
+
 Number::Number(double value)
+    : m_isReal(true)
 {
     if (isWhole(value))
         m_value = qint64(value);
+    else if (value >= twoToThe63 && value < 2 * twoToThe63)
+        m_value = quint64(value);
     else
         m_value = value;
 }
@@ -31,12 +42,23 @@ qint64 Number::toInteger() const
 {
     if (const auto *whole = std::get_if<qint64>(&m_value))
         return *whole;
+    if (std::holds_alternative<quint64>(m_value))
+        return std::numeric_limits<qint64>::max();
     const double real = std::get<double>(m_value);
     if (std::isnan(real))
         return 0;
     if (real >= twoToThe63)
         return std::numeric_limits<qint64>::max();
     return real < -twoToThe63 ? std::numeric_limits<qint64>::min() : qint64(real);
+}
+
+quint64 Number::toUnsigned() const
+{
+    if (const auto *large = std::get_if<quint64>(&m_value))
+        return *large;
+    if (toReal() >= 2 * twoToThe63)
+        return std::numeric_limits<quint64>::max();
+    return quint64(std::max(toInteger(), qint64(0)));
 }
 
 double Number::toReal() const
@@ -60,8 +82,15 @@ size_t Number::hash() const
 {
     if (const auto *whole = std::get_if<qint64>(&m_value))
         return qHash(*whole);
+    if (const auto *large = std::get_if<quint64>(&m_value))
+        return qHash(*large);
     const double real = std::get<double>(m_value);
     return std::isnan(real) ? 0 : qHash(real);
+}
+
+bool Null::isEqual(const Object &other) const
+{
+    return dynamic_cast<const Null *>(&other);
 }
 
 bool String::isEqual(const Object &other) const

@@ -10,12 +10,13 @@
 #include <variant>
 
 /// @file
-/// Plain values as objects, for where an object is asked for. All are immutable and compare by value.
+/// Plain values as objects, for where an object is asked for. All are immutable and compare by value. Further ones:
+/// ContainerObjects.h (sets, dictionaries) and DataObjects.h (data, dates, URLs, UUIDs, geometry).
 
 namespace platform {
 
-/// A whole or real number. A whole number equals the real one of exactly the same value; not-a-number equals
-/// itself.
+/// A whole number from -2^63 to 2^64-1 or a real one. A whole number equals the real one of exactly the same value;
+/// not-a-number equals itself.
 class Number : public Object
 {
     ZR_OBJECT(Number, platform::Object)
@@ -26,18 +27,44 @@ public:
     explicit Number(int value)
         : Number(qint64(value))
     { }
+    explicit Number(quint64 value);
     /// A real number without a fraction is the same as the whole one.
     explicit Number(double value);
 
     /// The number, a real one cut towards zero and to the type's range; 0 for not-a-number.
     qint64 toInteger() const;
+    /// The same for the unsigned range.
+    quint64 toUnsigned() const;
     double toReal() const;
+    /// Whether the number was given as a real one, which tells how it is written. Does not count for equality.
+    bool isReal() const { return m_isReal; }
 
     bool isEqual(const Object &other) const override;
     size_t hash() const override;
 
 private:
-    std::variant<qint64, double> m_value; // a double only when no qint64 has the value
+    std::variant<qint64, quint64, double> m_value; // the first of the types that has the value
+    bool m_isReal = false;
+};
+
+/// A truth value. Equal to the number 1 or 0.
+class Boolean : public Number
+{
+    ZR_OBJECT(Boolean, platform::Number)
+public:
+    explicit Boolean(bool value)
+        : Number(value ? 1 : 0)
+    { }
+    bool value() const { return toInteger() != 0; }
+};
+
+/// Nothing, where an object must stand: an element of an array, say. Equal to its like.
+class Null : public Object
+{
+    ZR_OBJECT(Null, platform::Object)
+public:
+    bool isEqual(const Object &other) const override;
+    size_t hash() const override { return 0; }
 };
 
 /// A text.
