@@ -20,7 +20,7 @@ namespace platform {
 
 namespace {
 
-Q_LOGGING_CATEGORY(documents, "platform.document")
+Q_LOGGING_CATEGORY(documentLog, "platform.document")
 
 const QString recentDocumentsKey = QStringLiteral("NSRecentDocuments");
 
@@ -119,7 +119,7 @@ Document *DocumentController::newDocument(const QString &typeName)
 std::unique_ptr<Document> DocumentController::make(const DocumentType &type)
 {
     std::unique_ptr<Document> document;
-    callGuarded(documents(), QStringLiteral("making a document"), [&] { document = type.makeDocument(); });
+    callGuarded(documentLog(), QStringLiteral("making a document"), [&] { document = type.makeDocument(); });
     if (document)
         document->setFileType(type.name);
     else
@@ -158,7 +158,7 @@ Document *DocumentController::openDocument(const QString &path)
 Document *DocumentController::present(std::unique_ptr<Document> document, const QString &failureMessage)
 {
     const QPointer<Document> added = addDocument(std::move(document));
-    const bool isPresented = callGuarded(documents(), QStringLiteral("showing a document"), [&] {
+    const bool isPresented = callGuarded(documentLog(), QStringLiteral("showing a document"), [&] {
         added->makeWindowControllers();
         added->showWindows();
     });

@@ -56,6 +56,8 @@ QString whyNotWritten(const QString &path, qint64 size, const QString &systemRea
         return localizedString("The folder “%1” does not exist.").arg(QDir::toNativeSeparators(folder.filePath()));
     if (file.isDir())
         return localizedString("There is a folder of that name.");
+    if (file.exists() && !file.isFile())
+        return localizedString("This is not a file that can hold a document.");
     if (file.exists() && !file.isWritable())
         return localizedString("You do not have permission to change the file.");
     const QStorageInfo storage(folder.filePath());
@@ -109,7 +111,8 @@ std::optional<QString> replace(const QString &path, const QByteArray &bytes)
 {
     const QString target = behindLinks(path);
     QSaveFile file(target);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    const bool isReplaceable = !QFileInfo::exists(target) || QFileInfo(target).isFile(); // no pipe, no device
+    if (!isReplaceable || !file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
         const QString reason = file.errorString();
         file.cancelWriting(); // the room that it took counts again
         return whyNotWritten(target, bytes.size(), reason);

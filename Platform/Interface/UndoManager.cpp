@@ -13,7 +13,7 @@ namespace platform {
 
 namespace {
 
-Q_LOGGING_CATEGORY(undo, "platform.undo")
+Q_LOGGING_CATEGORY(undoLog, "platform.undo")
 
 } // namespace
 
@@ -21,9 +21,9 @@ Q_LOGGING_CATEGORY(undo, "platform.undo")
 class UndoManager::Action : public QUndoCommand
 {
 public:
-    Action(UndoManager &manager, const QString &name, std::vector<RegisteredCall> calls)
+    Action(UndoManager &manager, const QString &name, std::vector<RegisteredCall> registered)
         : QUndoCommand(name)
-        , calls(std::move(calls))
+        , calls(std::move(registered))
         , m_manager(manager)
     { }
 
@@ -202,7 +202,7 @@ std::exception_ptr UndoManager::settle()
 void UndoManager::settleAndLog()
 {
     if (const std::exception_ptr failure = settle())
-        callGuarded(undo(), QStringLiteral("undoing"), [&] { std::rethrow_exception(failure); });
+        callGuarded(undoLog(), QStringLiteral("undoing"), [&] { std::rethrow_exception(failure); });
 }
 
 bool UndoManager::canUndo() const
@@ -262,7 +262,7 @@ UndoGroup::UndoGroup(UndoManager &manager, const QString &actionName)
 UndoGroup::~UndoGroup()
 {
     // Whoever is told of the new action may throw, which a destructor must not.
-    callGuarded(undo(), QStringLiteral("ending a group"), [this] { m_manager.endUndoGrouping(); });
+    callGuarded(undoLog(), QStringLiteral("ending a group"), [this] { m_manager.endUndoGrouping(); });
 }
 
 } // namespace platform
