@@ -1,7 +1,7 @@
 #include "Platform/Interface/ScrollView.h"
 #include "Storyboard/PhotoFolderLoader.h"
-#include "Storyboard/PhotoWindow.h"
 #include "Storyboard/PhotoFolderWindow.h"
+#include "Storyboard/PhotoWindow.h"
 #include "Support/FolderTest.h"
 #include "Support/ImageSamples.h"
 #include "Support/PictureDistance.h"
