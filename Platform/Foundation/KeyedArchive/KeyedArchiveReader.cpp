@@ -315,6 +315,8 @@ ObjectPointer KeyedArchiveReader::containerObject(const PropertyListView &value)
     ObjectPointer container;
     if (value.isArray()) {
         container = std::make_shared<Array>(objects(value));
+    } else if (value.contains("CF$UID")) {
+        fail(QStringLiteral("a reference is none"));
     } else {
         QList<Dictionary::Entry> entries;
         for (const auto &entry : value.entries())

@@ -241,7 +241,7 @@ TEST(ArchiveSamples, AnIndexSetOfManyRangesComesBack)
     const auto indexes = unarchiver.decodeObjectOfClass<Indexes>("foundItems");
     ASSERT_TRUE(indexes);
     EXPECT_EQ(indexes->indexes().ranges().size(), 42);
-    EXPECT_EQ(indexes->indexes().ranges()[13], (IndexRange{51, 1}));
+    EXPECT_EQ(indexes->indexes().ranges()[13], (IndexRange{64, 2}));
     EXPECT_EQ(indexes->indexes().lastIndex(), 8192);
 }
 

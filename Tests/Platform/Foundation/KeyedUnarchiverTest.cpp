@@ -273,10 +273,8 @@ TEST(KeyedUnarchiver, RefusesWhatIsNoArchive)
     EXPECT_EQ(changed("$objects", "objects"), "no keyed archive: $objects is missing");
     EXPECT_EQ(changed("<array><string>$null</string><string>x</string></array>", "<dict/>"),
               "no keyed archive: $objects is missing");
-    EXPECT_EQ(refusal(QByteArray(good).replace(good.indexOf("<dict><key>root"), 5, "<array><dict>")), refusal("<"))
-        << "unbalanced";
     QByteArray topless = good;
-    topless.replace("<dict><key>root</key>" + uid(1) + "</dict>", "<array>" + uid(1) + "</array>");
+    topless.replace(QByteArray("<dict><key>root</key>" + uid(1) + "</dict>"), "<array/>");
     EXPECT_EQ(refusal(topless), "no keyed archive: $top is missing");
 }
 
@@ -300,8 +298,7 @@ TEST(KeyedUnarchiver, RefusesWrongReferences)
     EXPECT_EQ(refusal(withRoot(uid(2))), "reference to object 2 of 2");
     EXPECT_EQ(refusal(withRoot("<dict><key>CF$UID</key><integer>18446744073709551615</integer></dict>")),
               "reference to object 18446744073709551615 of 2");
-    EXPECT_NE(refusal(withRoot("<dict><key>CF$UID</key><integer>-1</integer></dict>")),
-              refusal(withRoot(uid(1))) + "x");
+    EXPECT_EQ(refusal(withRoot("<dict><key>CF$UID</key><integer>-1</integer></dict>")), "a reference is none");
     EXPECT_EQ(refusal(archive(record(2, references("NS.objects", {7})) + classRecord("NSArray"))),
               "object 1: reference to object 7 of 3");
     EXPECT_EQ(refusal(archive(uid(1))), "object 1 is none");
