@@ -73,6 +73,7 @@ public:
     double decodeDouble(QAnyStringView key);
 
     QString decodeString(QAnyStringView key);
+    /// Bytes in place or data that is referred to.
     QByteArray decodeData(QAnyStringView key);
     /// In UTC, to the millisecond.
     QDateTime decodeDateTime(QAnyStringView key);

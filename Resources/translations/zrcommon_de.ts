@@ -41,6 +41,18 @@
         <translation>plist      eine beliebige Property-List als JSON</translation>
     </message>
     <message>
+        <source>archive    a keyed archive as JSON: each object where it is referred to, its class under $class;</source>
+        <translation>archive    ein Keyed-Archive als JSON: jedes Objekt da, wo darauf verwiesen wird, mit $class;</translation>
+    </message>
+    <message>
+        <source>           inside itself it is {&quot;$ref&quot;: n}, and has that number under $id</source>
+        <translation>           in sich selbst ist es {&quot;$ref&quot;: n} und hat diese Nummer unter $id</translation>
+    </message>
+    <message>
+        <source>it expands without measure</source>
+        <translation>es dehnt sich ins Unermessliche aus</translation>
+    </message>
+    <message>
         <source>playlists  the names of a music library&apos;s playlists</source>
         <translation>playlists  die Namen der Wiedergabelisten einer Musikmediathek</translation>
     </message>

@@ -96,6 +96,8 @@ void KeyedArchiveWriter::writeValue(const Value &value)
         m_output.integer(*integer);
     } else if (const auto *real = std::get_if<double>(&value)) {
         m_output.real(*real);
+    } else if (const auto *bytes = std::get_if<QByteArray>(&value)) {
+        m_output.data(*bytes);
     } else {
         m_output.boolean(std::get<bool>(value));
     }

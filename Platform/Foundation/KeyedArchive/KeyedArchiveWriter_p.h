@@ -53,7 +53,7 @@ public:
     /// The reference to a text; equal ones share a record. A null text is null.
     ArchiveReference reference(const QString &text);
 
-    using Value = std::variant<bool, qint64, double, ArchiveReference>;
+    using Value = std::variant<bool, qint64, double, QByteArray, ArchiveReference>;
     /// Writes a value under a key of the object that is written just now, or of "$top".
     void encode(const Value &value, QAnyStringView key);
     /// Writes references to the objects as an array that stands in place.
