@@ -41,7 +41,7 @@ public:
 };
 
 /// Counts the announcements of a document.
-class Announcements : public ZRDocumentObserver
+class Announcements final : public ZRDocumentObserver
 {
 public:
     explicit Announcements(StoryboardDocument &document)

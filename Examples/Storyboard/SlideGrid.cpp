@@ -71,9 +71,9 @@ void SlideGrid::setSlides(const ItemList<Slide>::Items &slides)
 
 std::unique_ptr<QMimeData> SlideGrid::pasteboardForDrag()
 {
-    std::unique_ptr<QMimeData> data;
-    Q_EMIT dragBegan(data);
-    return data;
+    std::unique_ptr<QMimeData> carried;
+    Q_EMIT dragBegan(carried);
+    return carried;
 }
 
 void SlideGrid::redrawPhoto(const QString &path)

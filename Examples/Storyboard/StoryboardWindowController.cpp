@@ -403,7 +403,7 @@ void StoryboardWindowController::takeSongSelection()
         storyboardSelection().select(items);
 }
 
-void StoryboardWindowController::selectionDidChange(ZRSelection *)
+void StoryboardWindowController::selectionDidChange(ZRSelection &)
 {
     if (isWindowLoaded())
         showSelection();

@@ -48,7 +48,7 @@ protected:
     void windowDidLoad() override;
 
 private:
-    void selectionDidChange(ZRSelection *selection) override;
+    void selectionDidChange(ZRSelection &selection) override;
 
     StoryboardDocument &storyboard() const { return m_storyboard; }
     void findOutlets();

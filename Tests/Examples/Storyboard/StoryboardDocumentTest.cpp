@@ -41,11 +41,11 @@ public:
     SaveAnswer askWhetherToSave(platform::Document &) override { return SaveAnswer::Discard; }
 };
 
-struct Announcements : ZRDocumentObserver, ZRSelectionObserver {
+struct Announcements final : ZRDocumentObserver, ZRSelectionObserver {
     int documentCount = 0;
     int selectionCount = 0;
     void documentDidChange(ZRDocument *) override { ++documentCount; }
-    void selectionDidChange(ZRSelection *) override { ++selectionCount; }
+    void selectionDidChange(ZRSelection &) override { ++selectionCount; }
     QPair<int, int> take() { return {std::exchange(documentCount, 0), std::exchange(selectionCount, 0)}; }
 };
 
