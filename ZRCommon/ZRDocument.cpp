@@ -74,7 +74,7 @@ void ZRDocument::sendDocumentChanged()
     }
     platform::NotificationCenter::defaultCenter().postNotification(ZRDocumentDidChangeNotification, this);
     if (alive)
-        m_observer_list.makeObjectsPerformSelector(&ZRDocumentObserver::documentDidChange, this);
+        m_observer_list.makeObjectsPerformSelector(&ZRDocumentObserver::documentDidChange, *this);
 }
 
 std::optional<QByteArray> ZRDocument::dataRepresentationOfType(const QString &type)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Interface/Document.h"
+#include "ZRCommon/ZRDocumentObserver.h"
 #include "ZRFoundation/ZRObserverList.h"
 
 #include <QString>
@@ -11,20 +12,9 @@ namespace platform {
 class KeyedArchiver;
 class KeyedUnarchiver;
 } // namespace platform
-class ZRDocument;
 
 /// Posted to the default notification centre with the document as the object.
 inline const QString ZRDocumentDidChangeNotification = QStringLiteral("ZRDocumentDidChangeNotification");
-
-/// Told of every change of a document.
-class ZRDocumentObserver
-{
-public:
-    virtual void documentDidChange(ZRDocument *document) = 0;
-
-protected:
-    ~ZRDocumentObserver() = default;
-};
 
 /// A document whose file is a keyed archive, and that announces many changes as one.
 ///

@@ -129,7 +129,7 @@ void WindowController::cascade()
 
 bool WindowController::close()
 {
-    return !isWindowVisible() || m_window->close();
+    return !isWindowVisible() || (!m_isClosing && m_window->close());
 }
 
 void WindowController::closeWithDocument()
@@ -255,9 +255,9 @@ void WindowController::restoreFrame()
     if (!frame)
         return;
     m_hasStoredFrame = true;
-    const QRect rect = frameOnScreens(frame->rect, screenRects());
-    m_window->resize(rect.size());
-    m_window->move(rect.topLeft());
+    m_frame = frameOnScreens(frame->rect, screenRects());
+    m_window->resize(m_frame.size());
+    m_window->move(m_frame.topLeft());
     m_window->setWindowState(m_window->windowState().setFlag(Qt::WindowMaximized, frame->isMaximized));
 }
 
@@ -279,13 +279,12 @@ void WindowController::timerEvent(QTimerEvent *event)
 void WindowController::saveFrame()
 {
     m_frameTimer.stop();
-    WindowFrame frame;
-    frame.isMaximized = m_window->isMaximized();
-    frame.rect = QRect(m_window->pos(), m_window->size());
-    if (frame.isMaximized)
-        frame.rect = m_window->normalGeometry().translated(m_window->pos() - m_window->geometry().topLeft());
-    if (frame.rect.isValid())
-        UserDefaults::standard().set(frameKey(m_frameName), frame.toText());
+    const bool isMaximized = m_window->isMaximized();
+    if (!isMaximized)
+        m_frame = QRect(m_window->pos(), m_window->size());
+    else if (!m_frame.isValid())
+        m_frame = m_window->normalGeometry();
+    UserDefaults::standard().set(frameKey(m_frameName), WindowFrame{m_frame, isMaximized}.toText());
 }
 
 } // namespace platform

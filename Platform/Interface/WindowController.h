@@ -5,6 +5,7 @@
 #include <QBasicTimer>
 #include <QObject>
 #include <QPointer>
+#include <QRect>
 #include <QString>
 #include <QWidget>
 
@@ -120,6 +121,7 @@ private:
     Document *m_document = nullptr;
     QPointer<QWidget> m_window;
     QString m_frameName;
+    QRect m_frame; // stored last, of a maximised window as it was before
     QBasicTimer m_frameTimer; // runs while the frame is to be stored
     bool m_isLoaded = false;
     bool m_shouldCascade = true;

@@ -54,7 +54,7 @@ struct ZRWindowControllerTest : documentTest::Test, ZRSelectionObserver {
         controller = made.get();
         document.addWindowController(std::move(made));
     }
-    void selectionDidChange(ZRSelection *) override { ++changes; }
+    void selectionDidChange(ZRSelection &) override { ++changes; }
 
     ZRSelection &selection() { return *controller->selection(); }
     void setSelection()
@@ -90,10 +90,12 @@ TEST_F(ZRWindowControllerTest, IsToldOfChangesByTheDocument)
 TEST_F(ZRWindowControllerTest, AllWindowsShareTheFrame)
 {
     controller->showWindow();
-    controller->window()->setGeometry(20, 30, 240, 130);
+    controller->window()->move(20, 30);
+    controller->window()->resize(240, 130);
     EXPECT_TRUE(controller->close());
     Controller other;
-    EXPECT_EQ(other.window()->geometry(), QRect(20, 30, 240, 130));
+    EXPECT_EQ(other.window()->pos(), QPoint(20, 30));
+    EXPECT_EQ(other.window()->size(), QSize(240, 130));
 }
 
 TEST_F(ZRWindowControllerTest, OwnsTheSelectionThatItIsGiven)

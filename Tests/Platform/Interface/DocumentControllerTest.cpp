@@ -193,7 +193,9 @@ TEST_F(DocumentControllerTest, AClosedDocumentLeavesAndTheOneBeforeItIsCurrent)
     EXPECT_EQ(controller.currentDocument(), c) << "the one that was current before";
     EXPECT_EQ(currents, QList<Document *>{c});
     EXPECT_EQ(changes, 1);
-    EXPECT_TRUE(testSupport::waitUntil([&] { return !a; }));
+    EXPECT_TRUE(a) << "until the event loop turns";
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(a);
     EXPECT_EQ(changes, 1);
     b->windowControllers().first()->close();
     EXPECT_EQ(controller.documents(), QList<Document *>{c});

@@ -1,9 +1,11 @@
 #include "Support/DocumentTest.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 
 #ifdef Q_OS_UNIX
 
+#include <chrono>
 #include <csignal>
 #include <poll.h>
 #include <random>
@@ -42,13 +44,14 @@ public:
 
     /// Waits until it has begun and then for so long.
     /// @return whether it still runs
-    bool runFor(std::chrono::microseconds time)
+    bool runFor(std::chrono::nanoseconds time)
     {
         char byte;
         if (m_process <= 0 || ::read(m_pipe, &byte, 1) != 1)
             return false;
         pollfd ended{m_pipe, POLLIN, 0};
-        const timespec limit{0, std::chrono::nanoseconds(time).count()};
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+        const timespec limit{seconds.count(), (time - seconds).count()};
         return ::ppoll(&ended, 1, &limit, nullptr) == 0;
     }
 
@@ -76,19 +79,26 @@ TEST_F(DocumentKillTest, AnEndAtAnyMomentOfASaveLeavesTheOldOrTheNewFileWhole)
     const QString text = QStringLiteral("%1 and so on.\n");
     const QStringList texts = {text.arg(u'A').repeated(30'000), text.arg(u'B').repeated(20'000)};
     const QString file = madeFile("file.text", texts.at(1).toUtf8());
+    QElapsedTimer watch;
+    watch.start();
+    TextDocument document;
+    for (int i = 0; i < 10; ++i) {
+        document.text = texts.at(i % 2);
+        ASSERT_FALSE(document.writeToFile(file, QStringLiteral("Text")));
+    }
     std::mt19937 random(1);
-    std::uniform_int_distribution<int> microseconds(0, 12'000);
+    std::uniform_int_distribution<qint64> nanoseconds(0, watch.nsecsElapsed()); // about ten saves
     int ofA = 0;
     for (int i = 0; i < 100; ++i) {
-        const int time = microseconds(random);
+        const qint64 time = nanoseconds(random);
         {
             SavingProcess process(file, texts);
-            ASSERT_TRUE(process.runFor(std::chrono::microseconds(time))) << "saving failed";
+            ASSERT_TRUE(process.runFor(std::chrono::nanoseconds(time))) << "saving failed";
         }
-        TextDocument document;
+        document.text.clear();
         const auto failure = document.readFromFile(file, QStringLiteral("Text"));
         ASSERT_FALSE(failure) << qPrintable(*failure);
-        ASSERT_TRUE(texts.contains(document.text)) << "after " << time << " microseconds: " << document.text.size();
+        ASSERT_TRUE(texts.contains(document.text)) << "after " << time << " ns: " << document.text.size();
         ofA += document.text == texts.at(0);
     }
     EXPECT_GT(ofA, 0) << "the moments differ";

@@ -93,12 +93,21 @@ TEST_F(InterfaceFileTest, SaysThatThereIsNoSuchFile)
 
 TEST_F(InterfaceFileTest, SaysThatAFileIsDamaged)
 {
-    for (const QByteArray &bytes : {QByteArray(), QByteArray("not XML"), QByteArray("<ui version=\"4.0\"></ui>"),
-                                    QByteArray("<html/>"), form.left(form.size() / 2)}) {
-        writeForm(bytes);
-        testSupport::expectWarning(QStringLiteral("Designer: "));
+    struct Row {
+        QByteArray bytes;
+        bool qtWarns;
+    };
+    const Row rows[] = {{QByteArray(), true},
+                        {"not XML", true},
+                        {"<ui version=\"4.0\"></ui>", false},
+                        {"<html/>", true},
+                        {form.left(form.size() / 2), true}};
+    for (const Row &row : rows) {
+        writeForm(row.bytes);
+        if (row.qtWarns)
+            testSupport::expectWarning(QStringLiteral("Designer: "));
         const auto loaded = InterfaceFile::load(QStringLiteral("Form"));
-        ASSERT_FALSE(loaded) << bytes.constData();
+        ASSERT_FALSE(loaded) << row.bytes.constData();
         EXPECT_EQ(loaded.error().code, ErrorCode::Malformed);
         EXPECT_FALSE(loaded.error().reason.isEmpty());
         EXPECT_EQ(loaded.error().path, QStringLiteral("interface:Form.ui"));

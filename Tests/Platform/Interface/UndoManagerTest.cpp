@@ -152,7 +152,8 @@ TEST_F(UndoManagerTest, NamesTheActionRegisteredLastOrTheOpenGroup)
     set(1);
     EXPECT_EQ(manager.stack().undoText(), QString());
     QStringList told;
-    QObject::connect(&manager.stack(), &QUndoStack::undoTextChanged, &manager.stack(),
+    const QObject listener;
+    QObject::connect(&manager.stack(), &QUndoStack::undoTextChanged, &listener,
                      [&](const QString &text) { told.append(text); });
     manager.setActionName(QStringLiteral("One"));
     EXPECT_EQ(told, QStringList{QStringLiteral("One")});
@@ -213,7 +214,8 @@ TEST_F(UndoManagerTest, AnActionThatRegistersNothingWhileRedoneHasNoUndo)
     manager.undo();
     manager.setClean();
     bool canRedo = true;
-    QObject::connect(&manager.stack(), &QUndoStack::canRedoChanged, &manager.stack(), [&](bool can) { canRedo = can; });
+    const QObject listener;
+    QObject::connect(&manager.stack(), &QUndoStack::canRedoChanged, &listener, [&](bool can) { canRedo = can; });
     manager.redo();
     EXPECT_EQ(log, QStringList{QStringLiteral("redone")});
     EXPECT_FALSE(canRedo) << "views are told";
@@ -284,8 +286,8 @@ TEST_F(UndoManagerTest, ForgettingEverythingIsNoSaving)
 {
     set(1);
     QList<bool> told;
-    QObject::connect(&manager.stack(), &QUndoStack::cleanChanged, &manager.stack(),
-                     [&] { told.append(manager.isClean()); });
+    const QObject listener;
+    QObject::connect(&manager.stack(), &QUndoStack::cleanChanged, &listener, [&] { told.append(manager.isClean()); });
     manager.removeAllActions();
     EXPECT_FALSE(manager.isClean());
     EXPECT_FALSE(told.contains(true)) << "not even for a moment";
@@ -543,7 +545,8 @@ TEST_F(UndoManagerTest, WhatLosesItsUndoThroughAViewIsShownAsGone)
     QUndoView view(&manager.stack());
     EXPECT_EQ(view.model()->rowCount(), 2);
     bool canRedo = true;
-    QObject::connect(&manager.stack(), &QUndoStack::canRedoChanged, &manager.stack(), [&](bool can) { canRedo = can; });
+    const QObject listener;
+    QObject::connect(&manager.stack(), &QUndoStack::canRedoChanged, &listener, [&](bool can) { canRedo = can; });
     manager.stack().redo();
     EXPECT_TRUE(testSupport::waitUntil([&] { return !canRedo; }));
     EXPECT_EQ(view.model()->rowCount(), 1);

@@ -25,6 +25,12 @@ struct WindowControllerTest : documentTest::Test {
     WindowControllerTest() { UserDefaults::standard().clear(); }
 
     static void setStoredFrame(const QVariant &frame) { UserDefaults::standard().set(key, frame); }
+    static void setFrame(QWidget *window, const QRect &frame)
+    {
+        window->move(frame.topLeft());
+        window->resize(frame.size());
+    }
+    static QRect frame(const QWidget *window) { return QRect(window->pos(), window->size()); }
     static QString storedFrame() { return UserDefaults::standard().string(key); }
 };
 
@@ -227,17 +233,17 @@ TEST_F(WindowControllerTest, KeepsTheFrameUnderItsName)
         controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
         EXPECT_EQ(controller.windowFrameAutosaveName(), QStringLiteral("Test"));
         controller.showWindow();
-        controller.window()->setGeometry(30, 40, 320, 240);
+        setFrame(controller.window(), QRect(30, 40, 320, 240));
         EXPECT_TRUE(testSupport::waitUntil([] { return storedFrame() == QStringLiteral("30 40 320 240"); }))
             << qPrintable(storedFrame());
     }
     Controller later;
     later.setWindowFrameAutosaveName(QStringLiteral("Test"));
-    EXPECT_EQ(later.window()->geometry(), QRect(30, 40, 320, 240)) << "named before it was made";
+    EXPECT_EQ(frame(later.window()), QRect(30, 40, 320, 240)) << "named before it was made";
     Controller named;
     named.window();
     named.setWindowFrameAutosaveName(QStringLiteral("Test"));
-    EXPECT_EQ(named.window()->geometry(), QRect(30, 40, 320, 240)) << "and afterwards";
+    EXPECT_EQ(frame(named.window()), QRect(30, 40, 320, 240)) << "and afterwards";
 }
 
 TEST_F(WindowControllerTest, StoresTheFrameWhenTheWindowGoes)
@@ -245,15 +251,15 @@ TEST_F(WindowControllerTest, StoresTheFrameWhenTheWindowGoes)
     auto controller = std::make_unique<Controller>();
     controller->setWindowFrameAutosaveName(QStringLiteral("Test"));
     controller->showWindow();
-    controller->window()->setGeometry(30, 40, 320, 240);
+    setFrame(controller->window(), QRect(30, 40, 320, 240));
     EXPECT_TRUE(controller->close());
     EXPECT_EQ(storedFrame(), QStringLiteral("30 40 320 240"));
     controller->showWindow();
-    controller->window()->setGeometry(31, 41, 321, 241);
+    setFrame(controller->window(), QRect(31, 41, 321, 241));
     controller->window()->hide();
     EXPECT_EQ(storedFrame(), QStringLiteral("31 41 321 241"));
     controller->showWindow();
-    controller->window()->setGeometry(32, 42, 322, 242);
+    setFrame(controller->window(), QRect(32, 42, 322, 242));
     controller.reset();
     EXPECT_EQ(storedFrame(), QStringLiteral("32 42 322 242"));
 }
@@ -263,7 +269,7 @@ TEST_F(WindowControllerTest, AWindowThatWasNeverShownStoresNothing)
     {
         Controller controller;
         controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
-        controller.window()->setGeometry(30, 40, 320, 240);
+        setFrame(controller.window(), QRect(30, 40, 320, 240));
     }
     EXPECT_EQ(storedFrame(), QString());
     Controller unnamed;
@@ -280,15 +286,15 @@ TEST_F(WindowControllerTest, SeveralWindowsShareAName)
         controller->setWindowFrameAutosaveName(QStringLiteral("Test"));
         controller->showWindow();
     }
-    first.window()->setGeometry(10, 10, 200, 200);
-    second.window()->setGeometry(50, 50, 250, 250);
+    setFrame(first.window(), QRect(10, 10, 200, 200));
+    setFrame(second.window(), QRect(50, 50, 250, 250));
     EXPECT_TRUE(second.close());
     EXPECT_TRUE(first.close());
     EXPECT_EQ(storedFrame(), QStringLiteral("10 10 200 200")) << "the one that was left last";
     Controller third;
     third.setWindowFrameAutosaveName(QStringLiteral("Test"));
     third.showWindow();
-    EXPECT_EQ(third.window()->geometry(), QRect(10, 10, 200, 200));
+    EXPECT_EQ(frame(third.window()), QRect(10, 10, 200, 200));
 }
 
 TEST_F(WindowControllerTest, AFrameBeyondTheScreensIsBroughtOntoOne)
@@ -320,17 +326,26 @@ TEST_F(WindowControllerTest, KeepsWhetherTheWindowIsMaximised)
         Controller controller;
         controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
         controller.showWindow();
-        controller.window()->setGeometry(30, 40, 320, 240);
-        QCoreApplication::processEvents();
+        setFrame(controller.window(), QRect(30, 40, 320, 240));
+        EXPECT_TRUE(testSupport::waitUntil([] { return storedFrame() == QStringLiteral("30 40 320 240"); }));
         controller.window()->showMaximized();
         QCoreApplication::processEvents();
         EXPECT_TRUE(controller.close());
     }
     EXPECT_EQ(storedFrame(), QStringLiteral("30 40 320 240 maximized"));
+    {
+        Controller controller; // again and again, without a drift
+        controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
+        controller.showWindow();
+        EXPECT_TRUE(controller.window()->isMaximized());
+        controller.window()->showMinimized();
+        controller.showWindow();
+        EXPECT_TRUE(controller.close());
+        EXPECT_EQ(storedFrame(), QStringLiteral("30 40 320 240 maximized"));
+    }
     Controller controller;
     controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
     controller.showWindow();
-    EXPECT_TRUE(controller.window()->isMaximized());
     controller.window()->showNormal();
     QCoreApplication::processEvents();
     EXPECT_EQ(controller.window()->size(), QSize(320, 240));
@@ -342,12 +357,12 @@ TEST_F(WindowControllerTest, AnotherNameIsAnotherFrame)
     Controller controller;
     controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
     controller.showWindow();
-    controller.window()->setGeometry(30, 40, 320, 240);
+    setFrame(controller.window(), QRect(30, 40, 320, 240));
     controller.setWindowFrameAutosaveName(QStringLiteral("Other"));
     EXPECT_EQ(storedFrame(), QStringLiteral("30 40 320 240"));
-    EXPECT_EQ(controller.window()->geometry(), QRect(5, 6, 210, 220));
+    EXPECT_EQ(frame(controller.window()), QRect(5, 6, 210, 220));
     controller.setWindowFrameAutosaveName(QString());
-    controller.window()->setGeometry(30, 40, 320, 240);
+    setFrame(controller.window(), QRect(30, 40, 320, 240));
     EXPECT_TRUE(controller.close());
     EXPECT_EQ(UserDefaults::standard().string(QStringLiteral("NSWindow Frame Other")), QStringLiteral("5 6 210 220"));
 }
