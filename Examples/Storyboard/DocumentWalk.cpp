@@ -54,7 +54,7 @@ public:
     int take() { return std::exchange(m_count, 0); }
 
 private:
-    void documentDidChange(ZRDocument *) override { ++m_count; }
+    void documentDidChange(ZRDocument &) override { ++m_count; }
 
     StoryboardDocument &m_document;
     int m_count = 0;

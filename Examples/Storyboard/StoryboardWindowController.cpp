@@ -463,6 +463,6 @@ void StoryboardWindowController::updateTexts()
                        .arg(m_storyboard.songs().count())
                        .arg(durationText(m_storyboard.duration()));
     if (selected > 0)
-        text += QLatin1String("  ·  ") + ZRLocalizedString("%1 selected").arg(selected);
+        text += QStringLiteral(" – ") + ZRLocalizedString("%1 selected").arg(selected);
     m_count->setText(text);
 }

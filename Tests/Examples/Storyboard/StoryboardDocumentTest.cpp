@@ -44,7 +44,7 @@ public:
 struct Announcements final : ZRDocumentObserver, ZRSelectionObserver {
     int documentCount = 0;
     int selectionCount = 0;
-    void documentDidChange(ZRDocument *) override { ++documentCount; }
+    void documentDidChange(ZRDocument &) override { ++documentCount; }
     void selectionDidChange(ZRSelection &) override { ++selectionCount; }
     QPair<int, int> take() { return {std::exchange(documentCount, 0), std::exchange(selectionCount, 0)}; }
 };
@@ -87,7 +87,7 @@ struct StoryboardDocuments : testSupport::FolderTest {
     {
         Slides slides;
         for (int i = 0; i < count; ++i)
-            slides.append(std::make_shared<Slide>(in(QStringLiteral("Photo %1.jpg").arg(i))));
+            slides.append(std::make_shared<Slide>(in("Photo %1.jpg").arg(i)));
         document->insertSlides(slides, document->slides().count(), QStringLiteral("Add"));
         announcements.take();
         return slides;
@@ -184,7 +184,11 @@ TEST_F(StoryboardDocuments, AnnounceEveryChangeOnceAndTakeItBackInOneStep)
         document->encodeWithKeyedArchiver(archiver);
         EXPECT_EQ(archiver.finishEncoding().value(), before) << each.name;
         document->undoManager().redo();
-        EXPECT_EQ(announcements.take().first, 3) << each.name;
+        EXPECT_EQ(announcements.documentCount, 3) << each.name;
+        document->undoManager().undo();
+        if (qstrcmp(each.name, "Songs") == 0) // which the next ones need
+            document->undoManager().redo();
+        announcements.take();
     }
 }
 
@@ -249,6 +253,8 @@ TEST_F(StoryboardDocuments, OpenAndTheirFilesStayWhenRevertingFails)
     const auto before = document->slides().items();
     const QByteArray damaged = testSupport::readFile(path).left(700);
     testSupport::writeFile(path, damaged);
+    testSupport::expectWarning(
+        "loading a document: platform::InvalidArchive: byte 700: the text ends before the list does");
     EXPECT_FALSE(document->revert());
     EXPECT_TRUE(panels->error.contains("Show.storyboard")) << qPrintable(panels->error);
     EXPECT_EQ(document->slides().items(), before);
@@ -264,6 +270,7 @@ TEST_F(StoryboardDocuments, RefuseClassesAndVersionsThatTheyDoNotKnow)
     unknown.replace("<string>Slide</string>", "<string>Slice</string>");
     ASSERT_NE(unknown, bytes);
     testSupport::writeFile(in("a.storyboard"), unknown);
+    testSupport::expectWarning("loading a document: platform::InvalidArchive: object 4: unknown class: Slice");
     EXPECT_FALSE(controller.openDocument(in("a.storyboard")));
     EXPECT_TRUE(panels->error.contains("a.storyboard")) << qPrintable(panels->error);
 
@@ -272,6 +279,7 @@ TEST_F(StoryboardDocuments, RefuseClassesAndVersionsThatTheyDoNotKnow)
     ASSERT_GT(version, 0);
     newer.replace(version, 20, "<integer>2</integer>");
     testSupport::writeFile(in("b.storyboard"), newer);
+    testSupport::expectWarning("loading a document: platform::InvalidArchive: a newer format");
     EXPECT_FALSE(controller.openDocument(in("b.storyboard")));
     EXPECT_TRUE(panels->error.contains("It was written by a newer version of Storyboard."))
         << qPrintable(panels->error);
@@ -383,6 +391,10 @@ TEST_F(StoryboardDocuments, TakeWhatIsDroppedBetweenTheSlides)
     const Slides slides = fill(3);
     SlideGrid &grid = window->grid();
     const auto drop = [&](const QMimeData &data, const QPointF &place) {
+        QDragEnterEvent enter(grid.toWidget(place).toPoint(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&grid, &enter);
+        if (!enter.isAccepted())
+            return false;
         QDropEvent event(grid.toWidget(place), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&grid, &event);
         return event.isAccepted();
