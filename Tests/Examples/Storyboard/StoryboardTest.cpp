@@ -45,7 +45,7 @@ void compareScreenshots(const QString &folder, double mean, double share)
     const QDir kept(QStringLiteral(ZR_SOURCE_DIR "/Tests/Examples/Storyboard/References"));
     const QStringList names = kept.entryList({"*.png"}, QDir::Files, QDir::Name);
     EXPECT_EQ(QDir(folder).entryList({"*.png"}, QDir::Files, QDir::Name), names);
-    EXPECT_EQ(names.size(), 9);
+    EXPECT_EQ(names.size(), 15);
     for (const QString &name : names) {
         const QImage reference(kept.filePath(name)), screenshot(folder + QLatin1Char('/') + name);
         ASSERT_FALSE(screenshot.isNull()) << qPrintable(name);
