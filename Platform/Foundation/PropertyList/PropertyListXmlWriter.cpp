@@ -108,8 +108,8 @@ void PropertyListXmlWriter::raw(QByteArrayView text)
 
 void PropertyListXmlWriter::indent()
 {
-    makeRoom(m_output, qsizetype(m_open.size()));
-    m_output.append(qsizetype(m_open.size()), '\t');
+    static const QByteArray tabs(PropertyListTape::MaximumDepth, '\t');
+    raw(QByteArrayView(tabs).first(qsizetype(m_open.size())));
 }
 
 // A container is written as an empty element until something comes to stand in it.
