@@ -49,6 +49,7 @@ public:
     /// The property list in XML form, the only one that is written.
     static constexpr int XmlFormat = 100;
 
+    /// @param classes not owned; must stay as long as the archiver
     explicit KeyedArchiver(const ArchiveClasses &classes = ArchiveClasses::shared());
     KeyedArchiver(const KeyedArchiver &) = delete;
     KeyedArchiver &operator=(const KeyedArchiver &) = delete;

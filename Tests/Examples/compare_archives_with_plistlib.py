@@ -12,6 +12,8 @@ import plistlib
 import subprocess
 import sys
 
+from compare_with_plistlib import same
+
 EPOCH = datetime.datetime(2001, 1, 1)
 ARRAYS = {"NSArray", "NSMutableArray", "NSSet", "NSMutableSet", "NSOrderedSet", "NSMutableOrderedSet"}
 
@@ -78,16 +80,6 @@ class Archive:
             return self.value(record["NS.objects"])
         count = sum(key.startswith("NS.object.") for key in record)
         return [self.value(record[f"NS.object.{number}"]) for number in range(count)]
-
-
-def same(a, b):
-    if type(a) is not type(b):
-        return False
-    if isinstance(a, dict):
-        return a.keys() == b.keys() and all(same(a[key], b[key]) for key in a)
-    if isinstance(a, list):
-        return len(a) == len(b) and all(map(same, a, b))
-    return a == b
 
 
 def main():

@@ -16,6 +16,7 @@
 
 #include <deque>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -85,6 +86,11 @@ private:
         Kind kind;
     };
 
+    /// Not noexcept, so that the table keeps the hashes: to grow, it would have to fetch every text from memory again.
+    struct TextHash {
+        size_t operator()(const QString &text) const { return qHash(text); }
+    };
+
     ArchiveReference append(Pending pending, Node::Kind kind);
     ArchiveReference appendClass(const QString &name, const QStringList &superclassNames);
     void noteReference(ArchiveReference reference);
@@ -102,7 +108,7 @@ private:
     std::deque<Pending> m_pending;
     std::vector<ObjectPointer> m_held; // so that no address is used for a second object
     QHash<const Object *, quint32> m_numbers;
-    QHash<QString, quint32> m_textNumbers;
+    std::unordered_map<QString, quint32, TextHash> m_textNumbers;
     QHash<QString, ArchiveReference> m_classReferences;
     std::vector<Node> m_nodes; // by number, 0 among them
     std::vector<quint32> m_references;

@@ -53,11 +53,17 @@ QByteArrayView escapeOf(char32_t character)
     }
 }
 
+// Whether the character stands for itself.
+constexpr bool isPlain(char32_t character)
+{
+    return character >= 0x20 && character < 0x7F && character != '&' && character != '<' && character != '>';
+}
+
 // Writes the character that begins at a code unit, and passes it. Whether XML can hold it.
 bool escapeCharacter(QStringView text, qsizetype &at, char *&output)
 {
     char32_t character = text[at++].unicode();
-    if (character >= 0x20 && character < 0x7F && character != '&' && character != '<' && character != '>') {
+    if (isPlain(character)) {
         *output++ = char(character);
         return true;
     }
@@ -102,8 +108,8 @@ void PropertyListXmlWriter::raw(QByteArrayView text)
 
 void PropertyListXmlWriter::indent()
 {
-    makeRoom(m_output, qsizetype(m_open.size()));
-    m_output.append(qsizetype(m_open.size()), '\t');
+    static const QByteArray tabs(PropertyListTape::MaximumDepth, '\t');
+    raw(QByteArrayView(tabs).first(qsizetype(m_open.size())));
 }
 
 // A container is written as an empty element until something comes to stand in it.
@@ -274,10 +280,16 @@ void PropertyListXmlWriter::uid(quint64 number)
 bool PropertyListXmlWriter::escaped(QAnyStringView text)
 {
     return text.visit([this](auto view) {
-        if constexpr (std::is_same_v<decltype(view), QStringView>)
+        if constexpr (std::is_same_v<decltype(view), QStringView>) {
             return escaped(view);
-        else
+        } else {
+            // As literals are, which most keys are.
+            if (std::all_of(view.data(), view.data() + view.size(), isPlain)) {
+                raw(QByteArrayView(view.data(), view.size()));
+                return true;
+            }
             return escaped(QStringView(QString(view.toString())));
+        }
     });
 }
 

@@ -27,8 +27,9 @@ void expectGroups(const QList<QList<ObjectPointer>> &groups)
             for (const ObjectPointer &ofA : groups[a]) {
                 for (const ObjectPointer &ofB : groups[b]) {
                     EXPECT_EQ(ofA->isEqual(*ofB), a == b) << a << " and " << b;
-                    if (a == b)
+                    if (a == b) {
                         EXPECT_EQ(ofA->hash(), ofB->hash()) << a;
+                    }
                 }
             }
         }
