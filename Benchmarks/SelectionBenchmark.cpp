@@ -76,7 +76,16 @@ private:
 
 struct CountingObserver : ZRSelectionObserver {
     qint64 count = 0;
-    void selectionDidChange(ZRSelection &) override { ++count; }
+};
+/// Two classes, so that the compiler cannot guess which one a virtual call will reach.
+template <int Step>
+struct SteppingObserver : CountingObserver {
+    qint64 steps = 0;
+    void selectionDidChange(ZRSelection &) override
+    {
+        ++count;
+        steps += Step;
+    }
 };
 
 /// A selection of two kinds.
@@ -98,8 +107,10 @@ struct Selected {
 std::vector<std::unique_ptr<CountingObserver>> makeObservers()
 {
     std::vector<std::unique_ptr<CountingObserver>> observers;
-    for (int i = 0; i < observerCount; ++i)
-        observers.push_back(std::make_unique<CountingObserver>());
+    for (int i = 0; i < observerCount; i += 2) {
+        observers.push_back(std::make_unique<SteppingObserver<1>>());
+        observers.push_back(std::make_unique<SteppingObserver<2>>());
+    }
     return observers;
 }
 
