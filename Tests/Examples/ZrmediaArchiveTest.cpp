@@ -100,7 +100,7 @@ TEST(ZrmediaArchive, SaysWhyAnArchiveCannotBeRead)
     EXPECT_EQ(run({"archive", list}).errors,
               "zrmedia: " + list.toUtf8() + ": no keyed archive: $archiver is missing\n");
     testSupport::writeFile(list, "<plist><dict></plist>");
-    EXPECT_TRUE(run({"archive", list}).errors.startsWith("zrmedia: " + list.toUtf8() + ": byte "));
+    EXPECT_TRUE(run({"archive", list}).errors.startsWith(QByteArray("zrmedia: " + list.toUtf8() + ": byte ")));
     EXPECT_EQ(run({"archive", path("none")}).status, 1);
     EXPECT_EQ(run({"archive"}).status, 2);
     EXPECT_EQ(run({"archive", list, "more"}).status, 2);

@@ -102,14 +102,16 @@ PropertyListXmlWriter::PropertyListXmlWriter()
 
 void PropertyListXmlWriter::raw(QByteArrayView text)
 {
+    const qsizetype used = m_output.size();
     makeRoom(m_output, text.size());
-    m_output.append(text.data(), text.size());
+    m_output.resize(used + text.size());
+    std::copy(text.begin(), text.end(), m_output.data() + used);
 }
 
-void PropertyListXmlWriter::indent()
+void PropertyListXmlWriter::indent(qsizetype more)
 {
-    static const QByteArray tabs(PropertyListTape::MaximumDepth, '\t');
-    raw(QByteArrayView(tabs).first(qsizetype(m_open.size())));
+    static const QByteArray tabs(PropertyListTape::MaximumDepth + 1, '\t');
+    raw(QByteArrayView(tabs).first(qsizetype(m_open.size()) + more));
 }
 
 // A container is written as an empty element until something comes to stand in it.
@@ -134,7 +136,7 @@ bool PropertyListXmlWriter::beginEntry()
     return true;
 }
 
-void PropertyListXmlWriter::begin(Container container)
+bool PropertyListXmlWriter::isRoomForContainer()
 {
     if (!m_error && m_open.size() >= std::size_t(PropertyListTape::MaximumDepth)) {
         m_error = Error{ErrorCode::TooDeep,
@@ -143,7 +145,12 @@ void PropertyListXmlWriter::begin(Container container)
                         -1,
                         {}};
     }
-    if (!beginEntry())
+    return !m_error;
+}
+
+void PropertyListXmlWriter::begin(Container container)
+{
+    if (!isRoomForContainer() || !beginEntry())
         return;
     raw(container == Container::Dictionary ? QByteArrayView("<dict/>\n") : QByteArrayView("<array/>\n"));
     m_open.push_back({container});
@@ -269,12 +276,21 @@ void PropertyListXmlWriter::data(QByteArrayView bytes)
     raw("</data>\n");
 }
 
+// At once, since archives consist of them.
 void PropertyListXmlWriter::uid(quint64 number)
 {
-    beginDictionary();
-    key("CF$UID");
-    unsignedInteger(number);
-    end();
+    if (!isRoomForContainer() || !beginEntry())
+        return;
+    char memory[32];
+    raw("<dict>\n");
+    indent(1);
+    raw("<key>CF$UID</key>\n");
+    indent(1);
+    raw("<integer>");
+    raw(formatted(memory, number));
+    raw("</integer>\n");
+    indent();
+    raw("</dict>\n");
 }
 
 bool PropertyListXmlWriter::escaped(QAnyStringView text)
