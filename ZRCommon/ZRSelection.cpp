@@ -229,7 +229,7 @@ void ZRSelection::sendChanged()
     platform::NotificationCenter::defaultCenter().postNotification(ZRSelectionDidChangeNotification, this);
     if (lifetime.expired())
         return;
-    // Not the pointer to the member: calling through one costs twice as much as the virtual call itself.
+    // a plain virtual call for each observer, rather than one through a pointer to the member
     m_observer_list.makeObjectsPerformSelector(
         [](ZRSelectionObserver &observer, ZRSelection &selection) { observer.selectionDidChange(selection); }, *this);
     if (lifetime.expired())
