@@ -26,6 +26,18 @@ public:
             m_indexes.insert(items[i].get(), i);
     }
 
+    /// The items with another one like it in place of each that occurs again, as in a file that was made by hand.
+    static Items distinct(const Items &items)
+    {
+        QSet<Pointer> known;
+        Items result;
+        for (const Pointer &item : items) {
+            result.append(known.contains(item) ? item->duplicate() : item);
+            known.insert(item);
+        }
+        return result;
+    }
+
     const Items &items() const { return m_items; }
     qsizetype count() const { return m_items.size(); }
     /// -1 where it is not in the list.

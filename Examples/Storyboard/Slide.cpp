@@ -4,14 +4,29 @@
 #include "Platform/Foundation/KeyedUnarchiver.h"
 
 #include <QFileInfo>
+#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
 
+namespace {
+
+/// Without what no file can hold: control characters, halves of surrogate pairs and the like become spaces.
+QString cleaned(const QString &title)
+{
+    std::u32string text = title.toStdU32String();
+    std::replace_if(
+        text.begin(), text.end(),
+        [](char32_t c) { return QChar::isNonCharacter(c) || QChar::category(c) == QChar::Other_Control; }, U' ');
+    return QString::fromStdU32String(text);
+}
+
+} // namespace
+
 Slide::Slide(const QString &photoPath)
     : m_photoPath(photoPath)
 {
-    m_settings.title = QFileInfo(photoPath).completeBaseName();
+    m_settings.title = cleaned(QFileInfo(photoPath).completeBaseName());
 }
 
 std::shared_ptr<Slide> Slide::duplicate() const
@@ -25,6 +40,7 @@ std::shared_ptr<Slide> Slide::duplicate() const
 void Slide::setSettings(const Settings &settings)
 {
     m_settings = settings;
+    m_settings.title = cleaned(settings.title);
     m_settings.seconds =
         std::isfinite(settings.seconds) ? std::clamp(settings.seconds, shortest, longest) : Settings().seconds;
     if (int(settings.transition) < 0 || int(settings.transition) >= transitionCount)
@@ -35,7 +51,7 @@ void Slide::setSettings(const Settings &settings)
 
 void Slide::encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) const
 {
-    archiver.encode(m_photoPath, "photo");
+    archiver.encode(QUrl::fromLocalFile(m_photoPath), "photo"); // which holds names of any characters
     archiver.encode(m_settings.title, "title");
     archiver.encodeDouble(m_settings.seconds, "seconds");
     archiver.encodeInt32(int(m_settings.transition), "transition");
@@ -44,7 +60,7 @@ void Slide::encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) const
 
 void Slide::decodeFromKeyedUnarchiver(platform::KeyedUnarchiver &unarchiver)
 {
-    m_photoPath = unarchiver.decodeString("photo");
+    m_photoPath = unarchiver.decodeUrl("photo").toLocalFile();
     Settings settings;
     settings.title = unarchiver.decodeString("title");
     if (unarchiver.containsValueForKey("seconds"))

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/KeyedUnarchiver.h"
 
 #include <QFileInfo>
+#include <QUrl>
 
 Song::Song(const QString &path)
     : m_path(path)
@@ -12,20 +13,16 @@ Song::Song(const QString &path)
 
 std::shared_ptr<Song> Song::duplicate() const
 {
-    auto copy = std::make_shared<Song>();
-    copy->m_path = m_path;
-    copy->m_title = m_title;
-    return copy;
+    return std::make_shared<Song>(m_path);
 }
 
 void Song::encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) const
 {
-    archiver.encode(m_path, "file");
-    archiver.encode(m_title, "title");
+    archiver.encode(QUrl::fromLocalFile(m_path), "file");
 }
 
 void Song::decodeFromKeyedUnarchiver(platform::KeyedUnarchiver &unarchiver)
 {
-    m_path = unarchiver.decodeString("file");
-    m_title = unarchiver.decodeString("title");
+    m_path = unarchiver.decodeUrl("file").toLocalFile();
+    m_title = QFileInfo(m_path).completeBaseName();
 }

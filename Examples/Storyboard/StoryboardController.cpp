@@ -10,6 +10,17 @@
 
 #include <QtWidgets>
 
+namespace {
+
+/// What was typed into the fields of the windows belongs to the document.
+void commitEditing(const platform::Document &document)
+{
+    for (platform::WindowController *const controller : document.windowControllers())
+        static_cast<StoryboardWindowController *>(controller)->commitEditing();
+}
+
+} // namespace
+
 StoryboardController::StoryboardController()
 {
     QDir::addSearchPath(QStringLiteral("interface"), QStringLiteral(":/Storyboard/interface"));
@@ -59,6 +70,8 @@ void StoryboardController::addToStoryboard(const QStringList &photoPaths)
 
 void StoryboardController::quit()
 {
+    for (platform::Document *const document : documents())
+        commitEditing(*document);
     if (closeAll())
         QCoreApplication::quit();
 }
@@ -84,11 +97,16 @@ void StoryboardController::fillFileMenu(QMenu &menu, StoryboardDocument *documen
                    [&controller] { controller.showPhotos(); });
     menu.addSeparator();
     if (document) {
-        menu.addAction(ZRLocalizedString("&Close"), QKeySequence::Close, document, [document] { document->close(); });
-        menu.addAction(ZRLocalizedString("&Save"), QKeySequence::Save, document, [document] { document->save(); });
-        menu.addAction(ZRLocalizedString("Save &As…"), QKeySequence::SaveAs, document,
-                       [document] { document->saveAs(); });
-        menu.addAction(ZRLocalizedString("Re&vert to Saved"), document, [document] { document->revert(); });
+        const auto add = [&](const char *text, const QKeySequence &keys, bool (platform::Document::*does)()) {
+            menu.addAction(ZRLocalizedString(text), keys, document, [document, does] {
+                commitEditing(*document);
+                (document->*does)();
+            });
+        };
+        add("&Close", QKeySequence::Close, &platform::Document::close);
+        add("&Save", QKeySequence::Save, &platform::Document::save);
+        add("Save &As…", QKeySequence::SaveAs, &platform::Document::saveAs);
+        add("Re&vert to Saved", QKeySequence(), &platform::Document::revert);
         menu.addSeparator();
     }
     menu.addAction(ZRLocalizedString("&Quit"), QKeySequence::Quit, &controller, [&controller] { controller.quit(); });

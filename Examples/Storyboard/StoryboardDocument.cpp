@@ -7,8 +7,6 @@
 #include "Platform/Interface/DocumentController.h"
 #include "ZRCommon/ZRLocalizedString.h"
 
-#include <QScopeGuard>
-
 #include <algorithm>
 #include <numeric>
 
@@ -31,6 +29,16 @@ platform::DocumentType StoryboardDocument::type()
     return {typeName, QStringLiteral("storyboard"), [] { return std::make_unique<StoryboardDocument>(); }};
 }
 
+void StoryboardDocument::undo()
+{
+    performChanges([this] { undoManager().undo(); });
+}
+
+void StoryboardDocument::redo()
+{
+    performChanges([this] { undoManager().redo(); });
+}
+
 double StoryboardDocument::duration() const
 {
     return std::accumulate(m_slides.items().cbegin(), m_slides.items().cend(), 0.0,
@@ -45,12 +53,12 @@ void StoryboardDocument::makeWindowControllers()
 template <class Change>
 void StoryboardDocument::perform(const QString &actionName, std::function<void()> undo, Change change)
 {
-    beginChanges();
-    const auto closeBatch = qScopeGuard([this] { endChanges(); });
-    const platform::UndoGroup group(undoManager(), actionName);
-    undoManager().registerUndo(this, std::move(undo));
-    change();
-    documentDidChange();
+    performChanges([&] {
+        const platform::UndoGroup group(undoManager(), actionName);
+        undoManager().registerUndo(this, std::move(undo));
+        change();
+        documentDidChange();
+    });
 }
 
 void StoryboardDocument::setSlides(const Slides::Items &slides, const QString &actionName)
@@ -150,8 +158,12 @@ void StoryboardDocument::decodeFromKeyedUnarchiver(platform::KeyedUnarchiver &un
         setFailureReason(ZRLocalizedString("It was written by a newer version of Storyboard."));
         throw platform::InvalidArchive({platform::ErrorCode::Malformed, QStringLiteral("a newer format"), -1, {}});
     }
-    const Slides slides(unarchiver.decodeObjectsOfClass<Slide>("slides"));
-    const Songs songs(unarchiver.decodeObjectsOfClass<Song>("songs"));
+    if (!unarchiver.containsValueForKey("slides") || !unarchiver.containsValueForKey("songs")) {
+        setFailureReason(ZRLocalizedString("It is no storyboard."));
+        throw platform::InvalidArchive({platform::ErrorCode::Malformed, QStringLiteral("no slides or songs"), -1, {}});
+    }
+    const Slides slides(Slides::distinct(unarchiver.decodeObjectsOfClass<Slide>("slides")));
+    const Songs songs(Songs::distinct(unarchiver.decodeObjectsOfClass<Song>("songs")));
     m_slides = slides;
     m_songs = songs;
 }

@@ -29,6 +29,10 @@ public:
 
     const Slides &slides() const { return m_slides; }
     const Songs &songs() const { return m_songs; }
+    /// Undo or redo the last action, with one announcement for all that it changes.
+    void undo();
+    void redo();
+
     /// How long all slides show, in seconds.
     double duration() const;
 

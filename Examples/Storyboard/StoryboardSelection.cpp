@@ -150,19 +150,25 @@ qsizetype StoryboardSelection::indexBehindSlides() const
     return placeBehind(slides(), storyboardOf(document())->slides());
 }
 
-void StoryboardSelection::insertItems(const QMimeData &data, qsizetype slideIndex)
+StoryboardSelection::Items StoryboardSelection::itemsOf(const QMimeData &data)
 {
-    StoryboardDocument &storyboard = *storyboardOf(document());
     platform::KeyedUnarchiver unarchiver(data.data(mimeType()));
-    const auto newSlides = unarchiver.decodeObjectsOfClass<Slide>("slides");
-    const auto newSongs = unarchiver.decodeObjectsOfClass<Song>("songs");
+    return {StoryboardDocument::Slides::distinct(unarchiver.decodeObjectsOfClass<Slide>("slides")),
+            StoryboardDocument::Songs::distinct(unarchiver.decodeObjectsOfClass<Song>("songs"))};
+}
+
+void StoryboardSelection::insertItems(const Items &items, qsizetype slideIndex)
+{
+    if (items.isEmpty())
+        return;
+    StoryboardDocument &storyboard = *storyboardOf(document());
     performChanges([&] {
-        storyboard.insertSlides(newSlides, slideIndex, QString());
-        storyboard.insertSongs(newSongs, placeBehind(songs(), storyboard.songs()), QString());
-        if (newSlides.isEmpty())
-            select({newSongs.cbegin(), newSongs.cend()});
+        storyboard.insertSlides(items.slides, slideIndex, QString());
+        storyboard.insertSongs(items.songs, placeBehind(songs(), storyboard.songs()), QString());
+        if (items.slides.isEmpty())
+            select({items.songs.cbegin(), items.songs.cend()});
         else
-            select({newSlides.cbegin(), newSlides.cend()});
+            select({items.slides.cbegin(), items.slides.cend()});
     });
 }
 
@@ -170,7 +176,7 @@ void StoryboardSelection::pasteWithPosition(int)
 {
     const QMimeData *const data = QGuiApplication::clipboard()->mimeData();
     if (data && document())
-        insertItems(*data, indexBehindSlides());
+        insertItems(itemsOf(*data), indexBehindSlides());
 }
 
 void StoryboardSelection::removeFromDocument(const QString &actionName)

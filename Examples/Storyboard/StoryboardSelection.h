@@ -29,11 +29,17 @@ public:
 
     /// The selected items for the clipboard or a drag: for this program, and the files for others.
     std::unique_ptr<QMimeData> mimeData() const;
-    /// Puts the selected items on the clipboard.
+    /// Puts the selected items on the clipboard, if there are any.
     void copy(QObject *sender = nullptr) override;
-    /// Inserts copies of what `mimeData` gave, slides in front of the one at the index, songs behind the selected ones,
-    /// and selects them. Raises `platform::InvalidArchive` for data that cannot be read.
-    void insertItems(const QMimeData &data, qsizetype slideIndex);
+    struct Items {
+        StoryboardDocument::Slides::Items slides;
+        StoryboardDocument::Songs::Items songs;
+        bool isEmpty() const { return slides.isEmpty() && songs.isEmpty(); }
+    };
+    /// Copies of what `mimeData` gave. Raises `platform::InvalidArchive` for data that cannot be read.
+    static Items itemsOf(const QMimeData &data);
+    /// Inserts slides in front of the one at the index, songs behind the selected ones, and selects what is new.
+    void insertItems(const Items &items, qsizetype slideIndex);
     /// Inserts what is on the clipboard behind the selected items, or at the end, and selects it.
     void pasteWithPosition(int position) override;
     static bool canPaste();

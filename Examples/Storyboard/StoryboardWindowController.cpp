@@ -35,6 +35,12 @@ QLineEdit *focusedField()
     return qobject_cast<QAbstractSpinBox *>(widget) ? widget->findChild<QLineEdit *>() : nullptr;
 }
 
+/// "Undo Move Slides"
+QString actionText(const QString &command, const QString &actionName)
+{
+    return actionName.isEmpty() ? command : QStringLiteral("%1 %2").arg(command, actionName);
+}
+
 QString durationText(double seconds)
 {
     const int whole = int(std::lround(std::min(seconds, 1e9)));
@@ -140,12 +146,7 @@ void StoryboardWindowController::connectForm()
     m_transition->addItems({ZRLocalizedString("None"), ZRLocalizedString("Dissolve"), ZRLocalizedString("Push"),
                             ZRLocalizedString("Wipe")});
 
-    connect(m_title, &QLineEdit::editingFinished, this, [this] {
-        if (m_title->isModified())
-            changeSlides(ZRLocalizedString("Change Title"),
-                         [this](Slide::Settings &settings) { settings.title = m_title->text(); });
-        m_title->setModified(false);
-    });
+    connect(m_title, &QLineEdit::editingFinished, this, &StoryboardWindowController::commitTitle);
     connect(m_seconds, &QDoubleSpinBox::valueChanged, this, [this](double seconds) {
         changeSlides(ZRLocalizedString("Change Duration"),
                      [seconds](Slide::Settings &settings) { settings.seconds = seconds; });
@@ -169,16 +170,12 @@ void StoryboardWindowController::makeMenus()
 
 void StoryboardWindowController::makeEditMenu(QMenu &menu)
 {
-    QUndoStack &stack = m_storyboard.undoManager().stack();
-    QAction *const undo = stack.createUndoAction(&menu, ZRLocalizedString("&Undo"));
-    undo->setShortcut(QKeySequence::Undo);
-    QAction *const redo = stack.createRedoAction(&menu, ZRLocalizedString("&Redo"));
-    redo->setShortcut(QKeySequence::Redo);
-    menu.addActions({undo, redo});
-    menu.addSeparator();
     const auto add = [&](const char *text, QKeySequence::StandardKey key, void (StoryboardWindowController::*does)()) {
         return menu.addAction(ZRLocalizedString(text), key, this, does);
     };
+    m_undo = add("&Undo", QKeySequence::Undo, &StoryboardWindowController::undo);
+    m_redo = add("&Redo", QKeySequence::Redo, &StoryboardWindowController::redo);
+    menu.addSeparator();
     m_selectionActions = {add("Cu&t", QKeySequence::Cut, &StoryboardWindowController::cut),
                           add("&Copy", QKeySequence::Copy, &StoryboardWindowController::copy)};
     m_paste = add("&Paste", QKeySequence::Paste, &StoryboardWindowController::paste);
@@ -189,6 +186,9 @@ void StoryboardWindowController::makeEditMenu(QMenu &menu)
                                              QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), this,
                                              &StoryboardWindowController::selectNothing));
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, &StoryboardWindowController::updateActions);
+    connect(&m_storyboard.undoManager().stack(), &QUndoStack::indexChanged, this,
+            &StoryboardWindowController::updateActions);
+    connect(qApp, &QApplication::focusChanged, this, &StoryboardWindowController::updateActions);
 }
 
 void StoryboardWindowController::makeSlidesMenu(QMenu &menu)
@@ -219,19 +219,74 @@ void StoryboardWindowController::makeSlidesMenu(QMenu &menu)
 
 void StoryboardWindowController::edit(const QString &actionName, const std::function<void()> &body)
 {
-    m_storyboard.beginChanges();
-    const auto closeBatch = qScopeGuard([this] { m_storyboard.endChanges(); });
-    const platform::UndoGroup group(m_storyboard.undoManager(), actionName);
-    const std::shared_ptr<const ZRSelection> before = selection()->clone();
-    m_storyboard.undoManager().registerUndo(this, [this, before] { copySelectionFrom(*before); });
-    selection()->performChanges(body);
+    commitEditing();
+    m_storyboard.performChanges([&] {
+        const platform::UndoGroup group(m_storyboard.undoManager(), actionName);
+        registerSelection(selection()->clone(), nullptr);
+        selection()->performChanges(body);
+        registerSelection(nullptr, selection()->clone());
+    });
+}
+
+// What was selected is selected again when the items are there again: of the two calls around a change, one is made
+// last when it is undone, the other one last when it is redone.
+void StoryboardWindowController::registerSelection(const Snapshot &undone, const Snapshot &redone)
+{
+    m_storyboard.undoManager().registerUndo(this, [this, undone, redone] {
+        registerSelection(redone, undone);
+        if (undone)
+            selection()->copyFrom(*undone);
+    });
+}
+
+void StoryboardWindowController::undo()
+{
+    QLineEdit *const field = focusedField();
+    if (field && field->isUndoAvailable())
+        return field->undo();
+    selection()->performChanges([this] { m_storyboard.undo(); });
+}
+
+void StoryboardWindowController::redo()
+{
+    QLineEdit *const field = focusedField();
+    if (field && field->isRedoAvailable())
+        return field->redo();
+    selection()->performChanges([this] { m_storyboard.redo(); });
+}
+
+void StoryboardWindowController::commitTitle()
+{
+    if (!m_title->isModified())
+        return;
+    m_title->setModified(false);
+    const QString title = m_title->text();
+    changeSlides(ZRLocalizedString("Change Title"), [title](Slide::Settings &settings) { settings.title = title; });
+}
+
+void StoryboardWindowController::commitEditing()
+{
+    if (!isWindowLoaded() || m_isShowing)
+        return;
+    commitTitle();
+    m_seconds->interpretText();
+    m_angle->interpretText();
+}
+
+bool StoryboardWindowController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Close)
+        commitEditing(); // before the document is asked whether it is edited
+    return ZRWindowController::eventFilter(watched, event);
 }
 
 void StoryboardWindowController::changeSlides(const QString &actionName,
                                               const std::function<void(Slide::Settings &)> &change)
 {
-    if (!m_isShowing)
-        m_storyboard.changeSlides(storyboardSelection().slides(), actionName, change);
+    if (m_isShowing)
+        return;
+    commitEditing();
+    m_storyboard.changeSlides(storyboardSelection().slides(), actionName, change);
 }
 
 void StoryboardWindowController::addFiles(const QStringList &paths)
@@ -273,18 +328,21 @@ void StoryboardWindowController::dropOnGrid(const QMimeData &data, qsizetype ind
     if (isFromHere)
         m_storyboard.moveSlides(storyboardSelection().slides(), index);
     else if (data.hasFormat(StoryboardSelection::mimeType()))
-        editWithArchive(ZRLocalizedString("Add Slides"), [&] { storyboardSelection().insertItems(data, index); });
+        insert(ZRLocalizedString("Add Slides"), data, index);
     else
         addFiles(localPaths(data), index);
 }
 
-void StoryboardWindowController::editWithArchive(const QString &actionName, const std::function<void()> &body)
+void StoryboardWindowController::insert(const QString &actionName, const QMimeData &data, qsizetype index)
 {
+    StoryboardSelection::Items items;
     try {
-        edit(actionName, body);
+        items = StoryboardSelection::itemsOf(data);
     } catch (const platform::InvalidArchive &) {
         m_status->setText(ZRLocalizedString("The slides cannot be read."));
     }
+    if (!items.isEmpty())
+        edit(actionName, [&] { storyboardSelection().insertItems(items, index); });
 }
 
 void StoryboardWindowController::chooseFiles(const QString &title, const QString &filter)
@@ -316,7 +374,8 @@ void StoryboardWindowController::paste()
     if (QLineEdit *const field = focusedField())
         return field->paste();
     if (StoryboardSelection::canPaste())
-        editWithArchive(ZRLocalizedString("Paste"), [this] { selection()->paste(this); });
+        insert(ZRLocalizedString("Paste"), *QGuiApplication::clipboard()->mimeData(),
+               storyboardSelection().indexBehindSlides());
 }
 
 void StoryboardWindowController::deleteSelected()
@@ -453,6 +512,11 @@ void StoryboardWindowController::updateActions()
     for (QAction *const action : std::as_const(m_slideActions))
         action->setEnabled(hasSlides);
     m_paste->setEnabled(StoryboardSelection::canPaste() || focusedField());
+    const QUndoStack &stack = m_storyboard.undoManager().stack();
+    m_undo->setText(actionText(ZRLocalizedString("&Undo"), stack.undoText()));
+    m_undo->setEnabled(stack.canUndo() || focusedField());
+    m_redo->setText(actionText(ZRLocalizedString("&Redo"), stack.redoText()));
+    m_redo->setEnabled(stack.canRedo() || focusedField());
 }
 
 void StoryboardWindowController::updateTexts()

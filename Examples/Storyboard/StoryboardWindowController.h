@@ -42,10 +42,13 @@ public:
     StoryboardSelection &storyboardSelection() const;
     QString statusText() const;
 
+    /// Takes over what was typed into the fields.
+    void commitEditing();
     void documentChanged() override;
 
 protected:
     void windowDidLoad() override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void selectionDidChange(ZRSelection &selection) override;
@@ -60,10 +63,15 @@ private:
     /// Does something that can be undone in one step, together with what it does to the selection, and that is
     /// announced once.
     void edit(const QString &actionName, const std::function<void()> &body);
+    using Snapshot = std::shared_ptr<const ZRSelection>;
+    /// Registers a call that selects one snapshot when it is undone and the other when it is redone; null for nothing.
+    void registerSelection(const Snapshot &undone, const Snapshot &redone);
+    void commitTitle();
+    void undo();
+    void redo();
     void changeSlides(const QString &actionName, const std::function<void(Slide::Settings &)> &change);
     void dropOnGrid(const QMimeData &data, qsizetype index, bool isFromHere);
-    /// The same with something that may turn out to be unreadable, as the person is told.
-    void editWithArchive(const QString &actionName, const std::function<void()> &body);
+    void insert(const QString &actionName, const QMimeData &data, qsizetype index);
     void chooseFiles(const QString &title, const QString &filter);
     void cut();
     void copy();
@@ -91,6 +99,8 @@ private:
     QLabel *m_status = nullptr;
     QList<QAction *> m_selectionActions; // that need something selected
     QList<QAction *> m_slideActions; // that need selected slides
+    QAction *m_undo = nullptr;
+    QAction *m_redo = nullptr;
     QAction *m_paste = nullptr;
     std::unique_ptr<platform::ArrayController> m_songs;
     bool m_isShowing = false; // what the views tell is no person's doing

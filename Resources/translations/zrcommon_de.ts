@@ -812,5 +812,9 @@
         <source>%1 slides, %2 songs, %3</source>
         <translation>%1 Folien, %2 Musikstücke, %3</translation>
     </message>
+    <message>
+        <source>It is no storyboard.</source>
+        <translation>Es ist kein Storyboard.</translation>
+    </message>
 </context>
 </TS>

@@ -38,7 +38,12 @@ public:
         error = message + QLatin1Char('|') + explanation;
     }
     bool confirm(platform::Document &, const QString &, const QString &, const QString &) override { return true; }
-    SaveAnswer askWhetherToSave(platform::Document &) override { return SaveAnswer::Discard; }
+    int questions = 0;
+    SaveAnswer askWhetherToSave(platform::Document &) override
+    {
+        ++questions;
+        return SaveAnswer::Discard;
+    }
 };
 
 struct Announcements final : ZRDocumentObserver, ZRSelectionObserver {
@@ -356,19 +361,139 @@ TEST_F(StoryboardDocuments, CutCopyAndPaste)
     second->closeWithoutAsking();
 }
 
-TEST_F(StoryboardDocuments, SayWhenTheClipboardCannotBeRead)
+TEST_F(StoryboardDocuments, StayUneditedWhenTheClipboardCannotBeReadOrIsEmpty)
 {
-    fill(1);
-    auto data = std::make_unique<QMimeData>();
-    data->setData(StoryboardSelection::mimeType(), "nonsense");
-    QGuiApplication::clipboard()->setMimeData(data.release());
-    const int actions = document->undoManager().stack().count();
-    action(QKeySequence::Paste).trigger();
-    EXPECT_EQ(window->statusText(), "The slides cannot be read.");
-    EXPECT_EQ(document->slides().count(), 1);
-    EXPECT_LE(document->undoManager().stack().count(), actions + 1);
+    platform::KeyedArchiver archiver;
+    for (const QByteArray &bytes : {QByteArray("nonsense"), archiver.finishEncoding().value()}) {
+        auto data = std::make_unique<QMimeData>();
+        data->setData(StoryboardSelection::mimeType(), bytes);
+        QGuiApplication::clipboard()->setMimeData(data.release());
+        action(QKeySequence::Paste).trigger();
+        EXPECT_EQ(document->slides().count(), 0);
+        EXPECT_FALSE(document->undoManager().canUndo());
+        EXPECT_FALSE(document->isEdited());
+        EXPECT_EQ(window->statusText(), "The slides cannot be read.");
+    }
     QGuiApplication::clipboard()->clear();
     EXPECT_FALSE(action(QKeySequence::Paste).isEnabled());
+}
+
+TEST_F(StoryboardDocuments, SelectWhatComesAgainWhenItIsDoneAgain)
+{
+    const Slides slides = fill(2);
+    select({slides[0]});
+    action(QKeySequence::Copy).trigger();
+    action(QKeySequence::Paste).trigger();
+    ASSERT_EQ(shown(), QList<int>{1});
+    for (int i = 0; i < 2; ++i) {
+        action(QKeySequence::Undo).trigger();
+        EXPECT_EQ(shown(), QList<int>{0});
+        EXPECT_EQ(document->slides().items(), slides);
+        action(QKeySequence::Redo).trigger();
+        EXPECT_EQ(shown(), QList<int>{1});
+        EXPECT_EQ(document->slides().count(), 3);
+    }
+}
+
+TEST_F(StoryboardDocuments, AnnounceOnceWhatIsUndoneInOneStep)
+{
+    testSupport::writeFile(in("photo.png"), testSupport::encoded(QImage(4, 3, QImage::Format_RGB32), "png"));
+    window->addFiles({in("photo.png"), in("song.mp3")});
+    EXPECT_EQ(announcements.take(), qMakePair(1, 1));
+    action(QKeySequence::Undo).trigger();
+    EXPECT_EQ(document->slides().count() + document->songs().count(), 0);
+    EXPECT_EQ(announcements.take(), qMakePair(1, 1));
+    action(QKeySequence::Redo).trigger();
+    EXPECT_EQ(announcements.take(), qMakePair(1, 1));
+    EXPECT_EQ(action(QKeySequence::Undo).text(), "&Undo Add Photos");
+}
+
+TEST_F(StoryboardDocuments, TakeOverWhatWasTypedBeforeTheyAreSavedOrClosed)
+{
+    const Slides slides = fill(2);
+    select({slides[0]});
+    QLineEdit &title = widget<QLineEdit>("slideTitle");
+    title.clear();
+    QTest::keyClicks(&title, "Beach");
+    ASSERT_EQ(document->writeToFile(in("a.storyboard"), type), std::nullopt);
+    ASSERT_EQ(document->readFromFile(in("a.storyboard"), type), std::nullopt);
+    selection().select({document->slides().items()[0]});
+    title.clear();
+    QTest::keyClicks(&title, "Beach");
+    EXPECT_FALSE(document->isEdited());
+    action(QKeySequence::Save).trigger();
+    EXPECT_EQ(titles(*document)[0], "Beach");
+    EXPECT_TRUE(testSupport::readFile(in("a.storyboard")).contains("Beach"));
+
+    selection().select({document->slides().items()[1]});
+    title.clear();
+    QTest::keyClicks(&title, "Sea");
+    QWidget *const shownWindow = window->window();
+    shownWindow->close(); // after the question, which is answered by Discard
+    EXPECT_EQ(panels->questions, 1);
+    document = static_cast<StoryboardDocument *>(controller.newDocument());
+    window = static_cast<StoryboardWindowController *>(document->windowControllers().first());
+}
+
+TEST_F(StoryboardDocuments, KeepWhatWasTypedWhenAnotherCommandComes)
+{
+    const Slides slides = fill(2);
+    select({slides[0]});
+    QLineEdit &title = widget<QLineEdit>("slideTitle");
+    title.clear();
+    QTest::keyClicks(&title, "Beach");
+    action(QKeySequence(Qt::CTRL | Qt::Key_R)).trigger();
+    EXPECT_EQ(slides[0]->settings().title, "Beach");
+    EXPECT_EQ(slides[0]->settings().angle, 90);
+}
+
+TEST_F(StoryboardDocuments, LiveOnWhenAnObserverRaises)
+{
+    struct Raising final : ZRDocumentObserver {
+        void documentDidChange(ZRDocument &) override { throw std::runtime_error("no"); }
+    } raising;
+    document->addObserver(&raising);
+    EXPECT_THROW(fill(1), std::runtime_error);
+    EXPECT_THROW(document->undo(), std::runtime_error);
+    document->removeObserver(&raising);
+    EXPECT_EQ(document->slides().count(), 0);
+    fill(2);
+    EXPECT_EQ(document->slides().count(), 2);
+}
+
+TEST_F(StoryboardDocuments, RefuseOtherArchives)
+{
+    platform::KeyedArchiver archiver;
+    archiver.encode(QStringLiteral("something else"), "root");
+    testSupport::writeFile(in("other.storyboard"), archiver.finishEncoding().value());
+    testSupport::expectWarning("loading a document: platform::InvalidArchive: no slides or songs");
+    EXPECT_FALSE(controller.openDocument(in("other.storyboard")));
+    EXPECT_TRUE(panels->error.contains("It is no storyboard.")) << qPrintable(panels->error);
+}
+
+TEST_F(StoryboardDocuments, MakeTwoSlidesOfOneThatAFileNamesTwice)
+{
+    platform::KeyedArchiver archiver;
+    const auto slide = std::make_shared<Slide>(in("a.jpg"));
+    archiver.encode(Slides{slide, slide}, "slides");
+    archiver.encode(Songs{}, "songs");
+    StoryboardDocument other;
+    ASSERT_TRUE(other.loadDataRepresentation(archiver.finishEncoding().value(), type));
+    ASSERT_EQ(other.slides().count(), 2);
+    EXPECT_NE(other.slides().items()[0], other.slides().items()[1]);
+    EXPECT_EQ(other.slides().items()[1]->photoPath(), in("a.jpg"));
+}
+
+TEST_F(StoryboardDocuments, HoldFilesOfAnyName)
+{
+    const QString odd = in("a\x01\u00e9%20#?.jpg");
+    document->insertSlides({std::make_shared<Slide>(odd)}, 0, {});
+    document->changeSlides(document->slides().items(), {},
+                           [](Slide::Settings &settings) { settings.title = QStringLiteral("a\x02") + QChar(0xD800); });
+    StoryboardDocument other;
+    ASSERT_TRUE(other.loadDataRepresentation(archiveOf(*document), type));
+    EXPECT_EQ(other.slides().items()[0]->photoPath(), odd);
+    EXPECT_EQ(other.slides().items()[0]->settings().title, document->slides().items()[0]->settings().title);
 }
 
 TEST_F(StoryboardDocuments, TakeFilesAndSayWhichAreNeitherPhotosNorSongs)
