@@ -201,7 +201,7 @@ TEST_F(DocumentControllerTest, AClosedDocumentLeavesAndTheOneBeforeItIsCurrent)
     EXPECT_EQ(controller.documents(), QList<Document *>{c});
     EXPECT_EQ(controller.currentDocument(), c);
     delete c;
-    EXPECT_EQ(controller.documents(), QList<Document *>());
+    EXPECT_TRUE(controller.documents().isEmpty());
     EXPECT_EQ(controller.currentDocument(), nullptr);
     EXPECT_EQ(currents.last(), nullptr);
 }
