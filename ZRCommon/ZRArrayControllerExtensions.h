@@ -8,7 +8,7 @@
 /// Each operation looks for the object's index in the controller's *content*; where there is no equal object it does
 /// nothing. Linear in the content. Main thread.
 ///
-/// Mind two peculiarities, which hosts rely on:
+/// Mind two peculiarities, both deliberate:
 /// - `setSelectedObject`, `addSelectedObject`, `removeSelectedObject` and `toggleSelectionOfObject` hand the controller
 ///   the object's *index* as a `platform::Number`, not the object. They change the selection only where the
 ///   controller's objects are such numbers. So does a click with the command key.

@@ -6,7 +6,6 @@
 #include "Platform/Interface/WindowController.h"
 
 #include <QLoggingCategory>
-#include <QPointer>
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include "ZRCommon/ZRDocumentObserver.h"
 #include "ZRFoundation/ZRObserverList.h"
 
+#include <QPointer>
 #include <QString>
 
 #include <cstdint>
@@ -23,9 +24,9 @@ inline const QString ZRDocumentDidChangeNotification = QStringLiteral("ZRDocumen
 /// are written only: a file of any version is loaded, and what to do about versions is up to the subclass, which may
 /// read them in `decodeFromKeyedUnarchiver`.
 ///
-/// **Change batches.** Whoever changes the document does so between `beginChanges` and `endChanges`, and says
-/// `documentDidChange`. When the outermost batch ends and something changed, the document tells, at once and in this
-/// order:
+/// **Change batches.** Whoever changes the document does so in `performChanges`, or between `beginChanges` and
+/// `endChanges`, and says `documentDidChange`. When the outermost batch ends and something changed, the document tells,
+/// at once and in this order:
 /// 1. every window controller, in their order: `documentChanged`;
 /// 2. the default notification centre: `ZRDocumentDidChangeNotification`;
 /// 3. every observer, in the order in which they were added: `documentDidChange`.
@@ -55,6 +56,29 @@ public:
 
     void beginChanges();
     void endChanges();
+    /// Runs a body inside of a batch, which is closed on every path, and so needs no object whose destructor closes it:
+    /// there an observer that throws would end the program. What the body throws goes on afterwards; where the
+    /// announcement throws as well, what that has thrown. The body may destroy the document: nobody is told then.
+    ///
+    ///     story.performChanges([&] {
+    ///         story.setTitle(title);
+    ///         story.documentDidChange();
+    ///     });
+    template <class Body>
+    void performChanges(Body body)
+    {
+        const QPointer<ZRDocument> alive = this;
+        beginChanges();
+        try {
+            body();
+        } catch (...) {
+            if (alive)
+                endChanges();
+            throw;
+        }
+        if (alive)
+            endChanges();
+    }
     /// Says that the content changed; announces nothing by itself.
     void documentDidChange();
 

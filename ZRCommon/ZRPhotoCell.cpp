@@ -8,10 +8,11 @@
 #include "ZRCommon/ZRPhotoMatrix.h"
 
 #include <QCache>
+#include <QFontMetrics>
 #include <QPainter>
-#include <QStaticText>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <optional>
@@ -28,65 +29,73 @@ const QFont &titleFont()
     return font;
 }
 
-/// A title shortened to a width and laid out. To lay a line out takes several times as long as to draw it, so that the
-/// titles that were drawn last are kept.
-const QStaticText &preparedTitle(const QString &title, int width)
+/// The text of a title, shortened to what shows of it.
+QString shortened(const QString &title, const QRectF &frame)
 {
-    constexpr int kept = 4000;
-    static QCache<QPair<QString, int>, QStaticText> titles(kept);
-    if (const QStaticText *const known = titles.object({title, width}))
-        return *known;
-    auto text =
-        std::make_unique<QStaticText>(QFontMetrics(titleFont()).elidedText(title.simplified(), Qt::ElideMiddle, width));
-    text->setTextFormat(Qt::PlainText);
-    text->setPerformanceHint(QStaticText::AggressiveCaching);
-    text->prepare(QTransform(), titleFont());
-    QStaticText *const prepared = text.release();
-    titles.insert({title, width}, prepared);
-    return *prepared;
+    const int width = int(frame.width()) - 2 * ZRPhotoCell::titleXOffset;
+    return QFontMetrics(titleFont()).elidedText(title.simplified(), Qt::ElideMiddle, width);
 }
 
-/// A picture of exactly a size in pixels. One that has it already, but for rounding, is taken as it is.
-QImage fitted(const QImage &picture, const QSize &size)
+/// Images that are made of pictures and titles and drawn again and again, found by all that decides what they look
+/// like, so that they need not be told when something changes: another look is another image. Those that were drawn
+/// last are kept, enough for what shows on two large screens.
+template <class Look>
+class DrawnImages
 {
-    return picture.size() == size ? picture : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+public:
+    template <class Make>
+    QImage image(const Look &look, Make make)
+    {
+        if (const QImage *const known = m_images.object(look))
+            return *known;
+        auto image = std::make_unique<QImage>(make());
+        const QImage made = *image;
+        m_images.insert(look, image.release(), made.sizeInBytes());
+        return made;
+    }
+
+private:
+    QCache<Look, QImage> m_images{64 * 1024 * 1024}; // bytes
+};
+
+struct PictureLook {
+    qint64 picture; // its key
+    QSize size; // in pixels
+    double pixelRatio;
+
+    friend bool operator==(const PictureLook &, const PictureLook &) = default;
+    friend size_t qHash(const PictureLook &look, size_t seed = 0)
+    {
+        return qHashMulti(seed, look.picture, look.size.width(), look.size.height());
+    }
+};
+
+/// A picture of exactly a size in pixels. One that has it already is taken as it is.
+QImage fitted(const QImage &picture, const QSize &size, double pixelRatio)
+{
+    if (picture.size() == size && picture.devicePixelRatio() == pixelRatio)
+        return picture;
+    static DrawnImages<PictureLook> pictures;
+    return pictures.image({picture.cacheKey(), size, pixelRatio}, [&] {
+        QImage image = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        image.setDevicePixelRatio(pixelRatio);
+        return image;
+    });
 }
 
-/// All that decides what a cell looks like. The cells that were drawn last are kept as images by it, so that they need
-/// not be told when something changes: another look is another image.
-struct Look {
-    qint64 picture; // the picture's key
-    const QChar *title; // the characters' address: the image below holds the title, so that it stays theirs
+struct TitleLook {
+    QString title;
     QRgb background;
     QRgb text;
     QSize size; // in pixels
     double pixelRatio;
-    bool isUsedInCurrentDocument;
 
-    friend bool operator==(const Look &a, const Look &b)
+    friend bool operator==(const TitleLook &, const TitleLook &) = default;
+    friend size_t qHash(const TitleLook &look, size_t seed = 0)
     {
-        return a.picture == b.picture && a.background == b.background && a.text == b.text && a.size == b.size
-            && a.pixelRatio == b.pixelRatio && a.isUsedInCurrentDocument == b.isUsedInCurrentDocument
-            && a.title == b.title;
-    }
-    friend size_t qHash(const Look &look, size_t seed = 0)
-    {
-        return qHashMulti(seed, look.picture, look.title, look.background, look.size.width(), look.size.height());
+        return qHashMulti(seed, look.title, look.background, look.size.width(), look.size.height());
     }
 };
-
-struct DrawnCell {
-    QImage image;
-    QString title;
-};
-
-/// Enough for what shows on two large screens.
-QCache<Look, DrawnCell> &drawnCells()
-{
-    constexpr int kept = 64 * 1024 * 1024; // bytes
-    static QCache<Look, DrawnCell> cells(kept);
-    return cells;
-}
 
 /// Where a frame is on the device, in whole pixels: neighbours that touch still touch. Nothing where the painter turns
 /// or distorts.
@@ -140,11 +149,16 @@ void ZRPhotoCell::setUsedInCurrentDocument(bool isUsed)
 
 QImage ZRPhotoCell::imageInCurrentDocumentImage(qreal devicePixelRatio)
 {
-    const int scale = std::clamp(int(std::ceil(devicePixelRatio)), 1, 3);
-    QImage image(scale == 1 ? QStringLiteral(":/ZRCommon/images/CurrentDocBadge.png")
-                            : QStringLiteral(":/ZRCommon/images/CurrentDocBadge@%1x.png").arg(scale));
-    image.setDevicePixelRatio(scale);
-    return image;
+    static const std::array<QImage, 3> badges = [] {
+        std::array<QImage, 3> images;
+        for (int scale = 1; scale <= 3; ++scale) {
+            const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
+            images[size_t(scale - 1)] = QImage(QStringLiteral(":/ZRCommon/images/CurrentDocBadge%1.png").arg(suffix));
+            images[size_t(scale - 1)].setDevicePixelRatio(scale);
+        }
+        return images;
+    }();
+    return badges[size_t(std::clamp(int(std::ceil(devicePixelRatio)), 1, 3) - 1)];
 }
 
 void ZRPhotoCell::drawWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view)
@@ -159,7 +173,6 @@ QRectF ZRPhotoCell::pictureArea(const QRectF &frame) const
                   frame.height() - titleHeight - titleGap);
 }
 
-// To copy a cell that was drawn before takes a quarter of the time of drawing it.
 void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view)
 {
     if (!representedObject())
@@ -168,49 +181,74 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
     const bool highlighted = isHighlighted();
     const QColor background = highlighted ? highlightColorWithFrame(frame, view) : QColor(Qt::white);
     const QColor text = highlighted ? view.palette().color(QPalette::HighlightedText) : QColor(Qt::black);
-    const QImage picture = pictureToDraw(view);
     const QTransform device = painter.deviceTransform();
     const auto pixels = pixelsOfFrame(device, frame);
-    if (picture.isNull() || !pixels || background.alpha() < 255)
-        return drawLook(painter, frame, picture, background, text);
-    const double ratio = device.m11();
-    const Look look{
-        picture.cacheKey(),        m_photo_title.constData(), background.rgba(), text.rgba(), pixels->size(), ratio,
-        m_used_in_current_document};
-    QImage image;
-    if (const DrawnCell *const drawn = drawnCells().object(look)) {
-        image = drawn->image;
-    } else {
-        image = QImage(pixels->size(), QImage::Format_RGB32);
-        image.setDevicePixelRatio(ratio);
-        QPainter imagePainter(&image);
-        drawLook(imagePainter, QRectF(QPointF(), QSizeF(pixels->size()) / ratio), picture, background, text);
-        imagePainter.end();
-        drawnCells().insert(look, new DrawnCell{image, m_photo_title}, image.sizeInBytes());
+    const double ratio = pixels ? device.m11() : painter.device()->devicePixelRatioF();
+    const QRectF exact = pixels ? QRectF((QPointF(pixels->topLeft()) - QPointF(device.dx(), device.dy())) / ratio,
+                                         QSizeF(pixels->size()) / ratio)
+                                : frame;
+    // Also below the picture: to fill around it takes longer.
+    painter.fillRect(exact, background);
+    if (pixels && background.alpha() == 255)
+        drawTitleImage(painter, exact, ratio, background, text);
+    else
+        drawTitle(painter, exact, text);
+    drawPicture(painter, exact, ratio, pictureToDraw(view));
+    if (m_used_in_current_document) {
+        // Its lower edge is named.
+        const QRectF area = pictureArea(exact);
+        painter.drawImage(QPointF(area.x() - 3, area.y() - 6), imageInCurrentDocumentImage(ratio));
     }
-    painter.drawImage((QPointF(pixels->topLeft()) - QPointF(device.dx(), device.dy())) / ratio, image);
 }
 
-void ZRPhotoCell::drawLook(QPainter &painter, const QRectF &frame, const QImage &picture, const QColor &background,
-                           const QColor &text) const
+void ZRPhotoCell::drawPicture(QPainter &painter, const QRectF &frame, double ratio, const QImage &picture) const
 {
-    // Also below the picture: to fill around it takes longer.
-    painter.fillRect(frame, background);
+    if (picture.isNull())
+        return;
+    const QRectF place = ZRFitRect(pictureArea(frame), float(picture.width()) / float(picture.height()));
+    const QPointF offset = (place.topLeft() - frame.topLeft()) * ratio;
+    painter.drawImage(frame.topLeft() + QPointF(std::round(offset.x()), std::round(offset.y())) / ratio,
+                      fitted(picture, (place.size() * ratio).toSize().expandedTo(QSize(1, 1)), ratio));
+}
+
+QRectF ZRPhotoCell::titleArea(const QRectF &frame) const
+{
     const QRectF area = pictureArea(frame);
-    const double ratio = painter.device()->devicePixelRatioF();
-    if (!picture.isNull()) {
-        const QRectF place = ZRFitRect(area, float(picture.width()) / float(picture.height()));
-        QImage sized = fitted(picture, (place.size() * ratio).toSize().expandedTo(QSize(1, 1)));
-        sized.setDevicePixelRatio(ratio);
-        painter.drawImage(QPointF(std::round(place.x() * ratio), std::round(place.y() * ratio)) / ratio, sized);
-    }
-    if (m_used_in_current_document) {
-        const QImage badge = imageInCurrentDocumentImage(ratio);
-        // Its lower edge is named.
-        if (!badge.isNull())
-            painter.drawImage(QPointF(area.x() - 3, area.y() - 6), badge);
-    }
-    drawTitle(painter, frame, text);
+    return QRectF(frame.x() + titleXOffset, area.y() - topMargin + area.height() + titleYOffset + 1, frame.width(),
+                  titleHeight);
+}
+
+// To lay a line of text out takes many times as long as to copy it.
+void ZRPhotoCell::drawTitleImage(QPainter &painter, const QRectF &frame, double ratio, const QColor &background,
+                                 const QColor &text) const
+{
+    if (m_photo_title.isEmpty())
+        return;
+    const double top = std::round((titleArea(frame).y() - frame.y()) * ratio) / ratio;
+    const QSize size = ((frame.size() - QSizeF(0, top)) * ratio).toSize();
+    if (size.isEmpty())
+        return drawTitle(painter, frame, text);
+    static DrawnImages<TitleLook> titles;
+    const QImage image = titles.image({m_photo_title, background.rgba(), text.rgba(), size, ratio}, [&] {
+        QImage drawn(size, QImage::Format_RGB32);
+        drawn.setDevicePixelRatio(ratio);
+        drawn.fill(background);
+        QPainter imagePainter(&drawn);
+        drawTitle(imagePainter, QRectF(QPointF(0, -top), frame.size()), text);
+        return drawn;
+    });
+    painter.drawImage(frame.topLeft() + QPointF(0, top), image);
+}
+
+void ZRPhotoCell::drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const
+{
+    const QRectF area = titleArea(frame);
+    const QFontMetricsF metrics(titleFont());
+    painter.setFont(titleFont());
+    painter.setPen(color);
+    painter.drawText(
+        QPointF(area.x(), area.y() + std::floor((area.height() - metrics.height()) / 2) + metrics.ascent()),
+        shortened(m_photo_title, frame));
 }
 
 QImage ZRPhotoCell::pictureToDraw(const platform::View &view) const
@@ -219,18 +257,4 @@ QImage ZRPhotoCell::pictureToDraw(const platform::View &view) const
     const auto record = std::dynamic_pointer_cast<ZRImageThumbnail>(representedObject());
     const auto image = grid ? grid->pictureToDraw(*this) : record ? record->imageToDisplay() : nullptr;
     return image && !image->representations().empty() ? image->representations().front().bitmap : QImage();
-}
-
-void ZRPhotoCell::drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const
-{
-    if (m_photo_title.isEmpty())
-        return;
-    const QRectF area = pictureArea(frame);
-    const QRectF title(frame.x() + titleXOffset, area.y() - topMargin + area.height() + titleYOffset + 1, frame.width(),
-                       titleHeight);
-    const QStaticText &text = preparedTitle(m_photo_title, int(frame.width()) - 2 * titleXOffset);
-    painter.setFont(titleFont());
-    painter.setPen(color);
-    painter.drawStaticText(QPointF(title.x(), title.y() + std::floor((title.height() - text.size().height()) / 2)),
-                           text);
 }

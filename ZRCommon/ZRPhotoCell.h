@@ -48,8 +48,10 @@ public:
 
 private:
     QRectF pictureArea(const QRectF &frame) const;
-    void drawLook(QPainter &painter, const QRectF &frame, const QImage &picture, const QColor &background,
-                  const QColor &text) const;
+    QRectF titleArea(const QRectF &frame) const;
+    void drawPicture(QPainter &painter, const QRectF &frame, double ratio, const QImage &picture) const;
+    void drawTitleImage(QPainter &painter, const QRectF &frame, double ratio, const QColor &background,
+                        const QColor &text) const;
     void drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const;
     void redraw();
 

@@ -229,7 +229,9 @@ void ZRSelection::sendChanged()
     platform::NotificationCenter::defaultCenter().postNotification(ZRSelectionDidChangeNotification, this);
     if (lifetime.expired())
         return;
-    m_observer_list.makeObjectsPerformSelector(&ZRSelectionObserver::selectionDidChange, *this);
+    // a plain virtual call for each observer, rather than one through a pointer to the member
+    m_observer_list.makeObjectsPerformSelector(
+        [](ZRSelectionObserver &observer, ZRSelection &selection) { observer.selectionDidChange(selection); }, *this);
     if (lifetime.expired())
         return;
     didChangeSelection();

@@ -33,10 +33,12 @@ inline const QString ZRSelectionChangedNotification = QStringLiteral("ZRSelectio
 ///             return index < 0 ? NotFound : quint32(index);
 ///         }
 ///         platform::ObjectPointer itemAtAbsoluteIndex(quint32 index) const override { return slides().value(index); }
-///
 ///     private:
-///         QList<platform::ObjectPointer> slides() const { return document() ? story().slides() : {}; }
-///         const Story &story() const { return static_cast<const Story &>(*document()); }
+///         QList<platform::ObjectPointer> slides() const
+///         {
+///             const auto *story = static_cast<const Story *>(document());
+///             return story ? story->slides() : QList<platform::ObjectPointer>(); // a copy has no document
+///         }
 ///     };
 ///
 ///     class StorySelection : public ZRSelection

@@ -14,6 +14,18 @@ endif()
 set(ZR_INCLUDE_INSTALL_DIR ${CMAKE_INSTALL_INCLUDEDIR}/ZRCommon-${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 define_property(GLOBAL PROPERTY ZR_LIBRARIES BRIEF_DOCS "Libraries that are installed" FULL_DOCS "Libraries")
 
+# zr_add_precompiled_headers(NAME LIBRARIES lib... HEADERS header... [OPTIONS option...])
+# Headers that many targets share: to precompile them takes longer than to compile any source, so that it is done once.
+function(zr_add_precompiled_headers name)
+    cmake_parse_arguments(arg "" "" "LIBRARIES;HEADERS;OPTIONS" ${ARGN})
+    file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp CONTENT "")
+    add_library(${name} OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
+    set_target_properties(${name} PROPERTIES AUTOMOC OFF)
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES})
+    target_compile_options(${name} PRIVATE ${arg_OPTIONS})
+    target_precompile_headers(${name} PRIVATE ${arg_HEADERS})
+endfunction()
+
 # zr_add_library(NAME FOLDER path [SUBFOLDERS folder...] DEPENDS lib...)
 # All sources and headers of the current folder, and of those named in it, become library NAME, found as
 # <FOLDER/Header.h>. Headers whose name ends in _p are private: no host sees them.
@@ -35,7 +47,7 @@ function(zr_add_library name)
         $<BUILD_INTERFACE:${root}> $<INSTALL_INTERFACE:${ZR_INCLUDE_INSTALL_DIR}>)
     target_link_libraries(${name} PUBLIC ${arg_DEPENDS} PRIVATE ${arg_PRIVATE_DEPENDS})
     target_compile_features(${name} PUBLIC cxx_std_20)
-    target_precompile_headers(${name} PRIVATE <QtCore/QtCore>)
+    target_precompile_headers(${name} REUSE_FROM library_headers)
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR} WINDOWS_EXPORT_ALL_SYMBOLS ON
         INSTALL_RPATH "${ZR_LIBRARY_RPATH}")

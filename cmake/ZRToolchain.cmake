@@ -15,10 +15,11 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
 endif()
 
-# ccache needs to be told that a precompiled header is judged by its content.
+# ccache needs to be told that a precompiled header is judged by its content. That differs each time it is made; it is
+# found again, and with it all that uses it, where the compiler's own list of files tells what it was made of.
 find_program(ZR_CCACHE ccache)
 if(ZR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_DEPEND=1
         CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${ZR_CCACHE})
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         add_compile_options(-fpch-preprocess)
@@ -49,7 +50,8 @@ if(ZR_SANITIZE)
     add_link_options(-fsanitize=${ZR_SANITIZE})
 endif()
 
-# Fuzzing is optimised, and checks all the same what a debug build checks.
+# Fuzzing is optimised, and checks all the same what a debug build checks. All code tells the fuzzer where it has been.
 if(ZR_BUILD_FUZZERS)
     add_compile_definitions(QT_FORCE_ASSERTS)
+    add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

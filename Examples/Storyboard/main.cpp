@@ -1,11 +1,13 @@
-// A host of the framework with a window: the photos of a folder.
+// A host of the framework with documents: slide shows, made of the photos of folders.
 
-#include "StoryboardWindow.h"
+#include "PhotoFolderWindow.h"
+#include "StoryboardController.h"
 #include "Walkthrough.h"
 
 #include "Platform/Interface/Application.h"
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -19,26 +21,33 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("Storyboard"));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Shows the photos of a folder."));
+    parser.setApplicationDescription(QStringLiteral("Makes slide shows of photos and songs."));
     parser.addHelpOption();
-    const QCommandLineOption photos(QStringLiteral("photos"),
-                                    QStringLiteral("Opens this folder; otherwise the one that was open last."),
-                                    QStringLiteral("folder"));
+    const QCommandLineOption photos(
+        QStringLiteral("photos"),
+        QStringLiteral("Shows the photos of this folder; otherwise of the one that was open last."),
+        QStringLiteral("folder"));
     const QCommandLineOption walkthrough(
         QStringLiteral("walkthrough"),
         QStringLiteral("Without a window on the screen: goes through the program's main job with a copy of the photos, "
                        "checks it, and writes screenshots into this folder."),
         QStringLiteral("folder"));
     parser.addOptions({photos, walkthrough});
+    parser.addPositionalArgument(QStringLiteral("files"), QStringLiteral("Storyboards to open; a new one otherwise."),
+                                 QStringLiteral("[files...]"));
     parser.process(application);
 
     if (parser.isSet(walkthrough))
         return Walkthrough::run(parser.value(photos), parser.value(walkthrough)) ? 0 : 1;
-    StoryboardWindow window;
-    window.show();
+    StoryboardController controller;
+    const QStringList files = parser.positionalArguments();
+    for (const QString &file : files)
+        controller.openDocument(QFileInfo(file).absoluteFilePath());
+    if (files.isEmpty())
+        controller.newDocument();
     if (parser.isSet(photos))
-        window.openFolder(parser.value(photos));
-    else
-        window.openLastFolder();
+        controller.photoWindow().openFolder(parser.value(photos));
+    if (files.isEmpty() || parser.isSet(photos))
+        controller.showPhotos();
     return QApplication::exec();
 }

@@ -31,6 +31,7 @@ struct Syntax {
 };
 
 const std::array syntaxes{Syntax{"plist", Command::Plist, 1, {}},
+                          Syntax{"archive", Command::Archive, 1, {}},
                           Syntax{"playlists", Command::Playlists, 1, {}},
                           Syntax{"songs", Command::Songs, 2, {searchName, sortName, descendingName}},
                           Syntax{"albums", Command::Albums, 1, {}},
@@ -131,6 +132,9 @@ QString helpText()
 {
     const QStringList lines{
         ZRLocalizedString("plist      any property list as JSON"),
+        ZRLocalizedString(
+            "archive    a keyed archive as JSON: each object where it is referred to, its class under $class;"),
+        ZRLocalizedString("           inside itself it is {\"$ref\": n}, and has that number under $id"),
         ZRLocalizedString("playlists  the names of a music library's playlists"),
         ZRLocalizedString("songs      the songs of a playlist, with every key of their track dictionaries"),
         ZRLocalizedString("albums     the names of a photo library's albums"),
@@ -180,6 +184,7 @@ std::variant<Arguments, Information, UsageError> parseArguments(const QStringLis
 QString usageText()
 {
     return QStringLiteral("zrmedia plist FILE\n"
+                          "zrmedia archive FILE\n"
                           "zrmedia playlists LIBRARY\n"
                           "zrmedia songs LIBRARY PLAYLIST [--search TEXT] [--sort Song|Artist|Time] [--descending]\n"
                           "zrmedia albums ALBUMDATA\n"

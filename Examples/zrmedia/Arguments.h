@@ -10,7 +10,7 @@
 
 /// What a call of the program asks for.
 struct Arguments {
-    enum class Command { Plist, Playlists, Songs, Albums, Photos, Folder, Sheet };
+    enum class Command { Plist, Archive, Playlists, Songs, Albums, Photos, Folder, Sheet };
 
     Command command = Command::Plist;
     QString file;

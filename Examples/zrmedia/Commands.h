@@ -15,6 +15,7 @@ using Failure = std::optional<QString>;
 // Each runs to its end on the main thread, which has an application object, and writes JSON to the output.
 
 Failure runPlist(const Arguments &arguments, Output &output, Timings &timings);
+Failure runArchive(const Arguments &arguments, Output &output, Timings &timings);
 Failure runPlaylists(const Arguments &arguments, Output &output, Timings &timings);
 Failure runSongs(const Arguments &arguments, Output &output, Timings &timings);
 Failure runAlbums(const Arguments &arguments, Output &output, Timings &timings);

@@ -120,17 +120,13 @@ void JsonWriter::value(const PropertyListView &value)
         number(value.toReal());
         break;
     case PropertyListType::Boolean:
-        beginElement();
-        raw(value.toBoolean() ? QByteArrayView("true") : QByteArrayView("false"));
+        boolean(value.toBoolean());
         break;
     case PropertyListType::Date:
         date(value.toReferenceSeconds().value_or(0));
         break;
     case PropertyListType::Data:
-        beginElement();
-        raw("\"");
-        raw(value.toData().toBase64());
-        raw("\"");
+        data(value.toData());
         break;
     case PropertyListType::UID:
         beginElement();
@@ -169,6 +165,32 @@ void JsonWriter::number(double real)
     raw(text);
     if (!text.contains('.') && !text.contains('e'))
         raw(".0");
+}
+
+void JsonWriter::integer(qint64 number)
+{
+    beginElement();
+    raw(QByteArray::number(number));
+}
+
+void JsonWriter::unsignedInteger(quint64 number)
+{
+    beginElement();
+    raw(QByteArray::number(number));
+}
+
+void JsonWriter::boolean(bool value)
+{
+    beginElement();
+    raw(value ? QByteArrayView("true") : QByteArrayView("false"));
+}
+
+void JsonWriter::data(const QByteArray &bytes)
+{
+    beginElement();
+    raw("\"");
+    raw(bytes.toBase64());
+    raw("\"");
 }
 
 void JsonWriter::null()
@@ -280,10 +302,11 @@ void JsonWriter::dictionary(const PropertyListView &value)
 
 void JsonWriter::integer(const PropertyListView &value)
 {
-    beginElement();
-    const qint64 number = value.toInteger();
     // Above the signed range only the unsigned reading answers.
-    raw(number != 0 ? QByteArray::number(number) : QByteArray::number(value.toUnsigned()));
+    if (const qint64 number = value.toInteger())
+        integer(number);
+    else
+        unsignedInteger(value.toUnsigned());
 }
 
 // Several hundred thousand dates stand in a large library, so that this is arithmetic and no QDateTime.

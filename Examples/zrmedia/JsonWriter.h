@@ -34,6 +34,12 @@ public:
     void string(QByteArrayView utf8);
     void string(QStringView text);
     void number(double real);
+    void integer(qint64 number);
+    void unsignedInteger(quint64 number);
+    void boolean(bool value);
+    void data(const QByteArray &bytes);
+    /// Seconds since 2001-01-01T00:00:00Z; null where no calendar reaches.
+    void date(double referenceSeconds);
     void null();
 
     /// Ends the text with a line feed.
@@ -53,7 +59,6 @@ private:
     void quoted(QByteArrayView utf8);
     void dictionary(const platform::PropertyListView &value);
     void integer(const platform::PropertyListView &value);
-    void date(double referenceSeconds);
 
     Output &m_output;
     int m_linesToDepth;

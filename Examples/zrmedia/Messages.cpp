@@ -22,6 +22,7 @@ QString localizedReason(const QString &reason)
         {QLatin1String("it holds neither playlists nor tracks"),
          ZRLocalizedString("it holds neither playlists nor tracks")},
         {QLatin1String("it holds neither albums nor photos"), ZRLocalizedString("it holds neither albums nor photos")},
+        {QLatin1String("it expands without measure"), ZRLocalizedString("it expands without measure")},
         {QLatin1String("the file is empty"), ZRLocalizedString("the file is empty")},
         {QLatin1String("it begins like no picture"), ZRLocalizedString("it begins like no picture")},
         {QLatin1String("the file is too large"), ZRLocalizedString("the file is too large")},

@@ -47,6 +47,8 @@ Failure run(const Arguments &arguments, Output &output, Timings &timings)
     switch (arguments.command) {
     case Arguments::Command::Plist:
         return runPlist(arguments, output, timings);
+    case Arguments::Command::Archive:
+        return runArchive(arguments, output, timings);
     case Arguments::Command::Playlists:
         return runPlaylists(arguments, output, timings);
     case Arguments::Command::Songs:

@@ -4,18 +4,16 @@
 #include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/PropertyList/PropertyList.h"
 
+#include <algorithm>
 #include <new>
 
 namespace platform {
 
 ObjectPointer ArchivedObject::value(const QString &key) const
 {
-    ObjectPointer found;
-    for (const Entry &entry : m_entries) {
-        if (entry.key == key)
-            found = entry.value;
-    }
-    return found;
+    const auto found =
+        std::find_if(m_entries.cbegin(), m_entries.cend(), [&key](const Entry &entry) { return entry.key == key; });
+    return found != m_entries.cend() ? found->value : nullptr;
 }
 
 Result<ArchiveContents> ArchiveContents::read(const QString &path)
@@ -43,11 +41,8 @@ Result<ArchiveContents> ArchiveContents::decoded(const Result<PropertyListValue>
         contents.m_unarchiver =
             std::make_shared<KeyedUnarchiver>(list.value(), none, KeyedUnarchiver::UnknownClasses::Keep);
         KeyedArchiveReader &reader = *contents.m_unarchiver->m_reader;
-        QList<ArchivedObject::Entry> entries;
-        for (const auto &entry : reader.top().entries())
-            entries.append({entry.key(), reader.object(entry.value())});
         auto top = std::make_shared<ArchivedObject>(QString(), QStringList());
-        top->setEntries(std::move(entries));
+        top->setEntries(reader.entries(reader.top()));
         contents.m_top = std::move(top);
         return contents;
     } catch (const InvalidArchive &invalid) {

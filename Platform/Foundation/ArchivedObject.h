@@ -35,10 +35,10 @@ public:
 
     const QString &className() const { return m_className; }
     const QStringList &classNames() const { return m_classNames; }
-    /// In the order of the archive, without "$class".
+    /// In the order of the archive, without "$class". Each key is there once, with its last value.
     const QList<Entry> &entries() const { return m_entries; }
     void setEntries(QList<Entry> entries) { m_entries = std::move(entries); }
-    /// The value under the key, of several the last; null where there is none. Linear in the number of keys.
+    /// The value under the key; null where there is none. Linear in the number of keys.
     ObjectPointer value(const QString &key) const;
 
 private:

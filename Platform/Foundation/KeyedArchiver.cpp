@@ -47,6 +47,11 @@ void KeyedArchiver::encodeDouble(double value, QAnyStringView key)
     writerForKey(key).encode(value, key);
 }
 
+void KeyedArchiver::encodeBytes(const QByteArray &bytes, QAnyStringView key)
+{
+    writerForKey(key).encode(bytes, key);
+}
+
 void KeyedArchiver::encodeObject(const ObjectPointer &object, QAnyStringView key)
 {
     KeyedArchiveWriter &writer = writerForKey(key);

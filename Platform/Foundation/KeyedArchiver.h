@@ -49,6 +49,7 @@ public:
     /// The property list in XML form, the only one that is written.
     static constexpr int XmlFormat = 100;
 
+    /// @param classes not owned; must stay as long as the archiver
     explicit KeyedArchiver(const ArchiveClasses &classes = ArchiveClasses::shared());
     KeyedArchiver(const KeyedArchiver &) = delete;
     KeyedArchiver &operator=(const KeyedArchiver &) = delete;
@@ -58,12 +59,16 @@ public:
     void setOutputFormat(int format);
     int outputFormat() const { return XmlFormat; }
 
-    // Numbers stand in place.
+    // Numbers and bytes stand in place.
     void encodeBool(bool value, QAnyStringView key);
     void encodeInt32(qint32 value, QAnyStringView key);
     void encodeInt64(qint64 value, QAnyStringView key);
     /// Comes back as the same number, bit by bit; of not-a-number there is only one.
     void encodeDouble(double value, QAnyStringView key);
+
+    /// The bytes in place, as some of the platform's classes have theirs; null is an empty row of bytes here. (`encode`
+    /// writes a reference, which is for data that objects share.)
+    void encodeBytes(const QByteArray &bytes, QAnyStringView key);
 
     /// A reference to the object; null is written as such.
     void encodeObject(const ObjectPointer &object, QAnyStringView key);

@@ -55,6 +55,7 @@ public:
     };
 
     /// Raises `InvalidArchive` for anything but an archive.
+    /// @param classes not owned; must stay, as for the archiver
     explicit KeyedUnarchiver(QByteArrayView bytes, const ArchiveClasses &classes = ArchiveClasses::shared());
     /// The same from a property list that has been read.
     explicit KeyedUnarchiver(const PropertyListValue &list, const ArchiveClasses &classes = ArchiveClasses::shared(),
@@ -73,6 +74,7 @@ public:
     double decodeDouble(QAnyStringView key);
 
     QString decodeString(QAnyStringView key);
+    /// Bytes in place or data that is referred to.
     QByteArray decodeData(QAnyStringView key);
     /// In UTC, to the millisecond.
     QDateTime decodeDateTime(QAnyStringView key);

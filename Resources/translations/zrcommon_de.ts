@@ -41,6 +41,18 @@
         <translation>plist      eine beliebige Property-List als JSON</translation>
     </message>
     <message>
+        <source>archive    a keyed archive as JSON: each object where it is referred to, its class under $class;</source>
+        <translation>archive    ein Keyed-Archive als JSON: jedes Objekt da, wo darauf verwiesen wird, mit $class;</translation>
+    </message>
+    <message>
+        <source>           inside itself it is {&quot;$ref&quot;: n}, and has that number under $id</source>
+        <translation>           in sich selbst ist es {&quot;$ref&quot;: n} und hat diese Nummer unter $id</translation>
+    </message>
+    <message>
+        <source>it expands without measure</source>
+        <translation>es dehnt sich ins Unermessliche aus</translation>
+    </message>
+    <message>
         <source>playlists  the names of a music library&apos;s playlists</source>
         <translation>playlists  die Namen der Wiedergabelisten einer Musikmediathek</translation>
     </message>
@@ -575,6 +587,234 @@
     <message>
         <source>The system reports: %1.</source>
         <translation>Das System meldet: %1.</translation>
+    </message>
+    <message>
+        <source>Add to &amp;Storyboard</source>
+        <translation>Zum &amp;Storyboard hinzufügen</translation>
+    </message>
+    <message>
+        <source>%1 – %2 s</source>
+        <translation>%1 – %2 s</translation>
+    </message>
+    <message>
+        <source>Slides</source>
+        <translation>Folien</translation>
+    </message>
+    <message>
+        <source>Drop photos here, or add them with Slides &gt; Add Photos…</source>
+        <translation>Ziehen Sie Fotos hierher, oder fügen Sie sie mit Folien &gt; Fotos hinzufügen hinzu.</translation>
+    </message>
+    <message>
+        <source>&amp;New Storyboard</source>
+        <translation>&amp;Neues Storyboard</translation>
+    </message>
+    <message>
+        <source>&amp;Open…</source>
+        <translation>Ö&amp;ffnen …</translation>
+    </message>
+    <message>
+        <source>Open &amp;Recent</source>
+        <translation>&amp;Zuletzt benutzt</translation>
+    </message>
+    <message>
+        <source>&amp;Clear Menu</source>
+        <translation>&amp;Liste leeren</translation>
+    </message>
+    <message>
+        <source>&amp;Photos</source>
+        <translation>&amp;Fotos</translation>
+    </message>
+    <message>
+        <source>&amp;Save</source>
+        <translation>&amp;Sichern</translation>
+    </message>
+    <message>
+        <source>Save &amp;As…</source>
+        <translation>Sichern &amp;unter …</translation>
+    </message>
+    <message>
+        <source>Re&amp;vert to Saved</source>
+        <translation>&amp;Zurück zur gesicherten Fassung</translation>
+    </message>
+    <message>
+        <source>Move Slides</source>
+        <translation>Folien verschieben</translation>
+    </message>
+    <message>
+        <source>Move Songs</source>
+        <translation>Titel verschieben</translation>
+    </message>
+    <message>
+        <source>It was written by a newer version of Storyboard.</source>
+        <translation>Es wurde von einer neueren Fassung von Storyboard geschrieben.</translation>
+    </message>
+    <message>
+        <source>Add Songs…</source>
+        <translation>Musik hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Add Songs</source>
+        <translation>Musik hinzufügen</translation>
+    </message>
+    <message>
+        <source>Songs (*.mp3 *.m4a *.aac *.wav *.flac *.ogg)</source>
+        <translation>Musik (*.mp3 *.m4a *.aac *.wav *.flac *.ogg)</translation>
+    </message>
+    <message>
+        <source>&amp;Title:</source>
+        <translation>&amp;Titel:</translation>
+    </message>
+    <message>
+        <source>&amp;Shows for:</source>
+        <translation>&amp;Dauer:</translation>
+    </message>
+    <message>
+        <source>T&amp;ransition:</source>
+        <translation>&amp;Übergang:</translation>
+    </message>
+    <message>
+        <source>&amp;Angle:</source>
+        <translation>&amp;Winkel:</translation>
+    </message>
+    <message>
+        <source> s</source>
+        <translation> s</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Ohne</translation>
+    </message>
+    <message>
+        <source>Dissolve</source>
+        <translation>Überblenden</translation>
+    </message>
+    <message>
+        <source>Push</source>
+        <translation>Schieben</translation>
+    </message>
+    <message>
+        <source>Wipe</source>
+        <translation>Wischen</translation>
+    </message>
+    <message>
+        <source>Change Title</source>
+        <translation>Titel ändern</translation>
+    </message>
+    <message>
+        <source>Change Duration</source>
+        <translation>Dauer ändern</translation>
+    </message>
+    <message>
+        <source>Change Transition</source>
+        <translation>Übergang ändern</translation>
+    </message>
+    <message>
+        <source>Turn Slides</source>
+        <translation>Folien drehen</translation>
+    </message>
+    <message>
+        <source>&amp;Slides</source>
+        <translation>&amp;Folien</translation>
+    </message>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>&amp;Widerrufen</translation>
+    </message>
+    <message>
+        <source>&amp;Redo</source>
+        <translation>Wieder&amp;holen</translation>
+    </message>
+    <message>
+        <source>Cu&amp;t</source>
+        <translation>&amp;Ausschneiden</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Paste</source>
+        <translation>&amp;Einsetzen</translation>
+    </message>
+    <message>
+        <source>&amp;Delete</source>
+        <translation>&amp;Löschen</translation>
+    </message>
+    <message>
+        <source>Add &amp;Photos…</source>
+        <translation>&amp;Fotos hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Add Photos</source>
+        <translation>Fotos hinzufügen</translation>
+    </message>
+    <message>
+        <source>Photos (*.jpg *.jpeg *.png *.heic *.avif *.tif *.tiff *.gif *.webp *.bmp)</source>
+        <translation>Fotos (*.jpg *.jpeg *.png *.heic *.avif *.tif *.tiff *.gif *.webp *.bmp)</translation>
+    </message>
+    <message>
+        <source>Add &amp;Songs…</source>
+        <translation>&amp;Musik hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Move &amp;Earlier</source>
+        <translation>Nach &amp;vorn</translation>
+    </message>
+    <message>
+        <source>Move &amp;Later</source>
+        <translation>Nach &amp;hinten</translation>
+    </message>
+    <message>
+        <source>Turn &amp;Right</source>
+        <translation>Nach &amp;rechts drehen</translation>
+    </message>
+    <message>
+        <source>T&amp;urn Left</source>
+        <translation>Nach &amp;links drehen</translation>
+    </message>
+    <message>
+        <source>Neither a photo nor a song: %1</source>
+        <translation>Weder Foto noch Musik: %1</translation>
+    </message>
+    <message>
+        <source>Add Slides</source>
+        <translation>Folien hinzufügen</translation>
+    </message>
+    <message>
+        <source>The slides cannot be read.</source>
+        <translation>Die Folien lassen sich nicht lesen.</translation>
+    </message>
+    <message>
+        <source>Cut</source>
+        <translation>Ausschneiden</translation>
+    </message>
+    <message>
+        <source>Paste</source>
+        <translation>Einsetzen</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>%1 Slides</source>
+        <translation>%1 Folien</translation>
+    </message>
+    <message>
+        <source>Slide</source>
+        <translation>Folie</translation>
+    </message>
+    <message>
+        <source>Several titles</source>
+        <translation>Mehrere Titel</translation>
+    </message>
+    <message>
+        <source>%1 slides, %2 songs, %3</source>
+        <translation>%1 Folien, %2 Musikstücke, %3</translation>
+    </message>
+    <message>
+        <source>It is no storyboard.</source>
+        <translation>Es ist kein Storyboard.</translation>
     </message>
 </context>
 </TS>

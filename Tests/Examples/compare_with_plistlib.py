@@ -91,4 +91,5 @@ def main():
     sys.exit(0 if compared and not failures else 1)
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -35,4 +35,13 @@ inline platform::IndexSet indexes(std::initializer_list<qint64> values)
     return result;
 }
 
+/// 0, 2, 4 and so on below a number: as many ranges as there can be.
+inline platform::IndexSet everySecondOf(qint64 count)
+{
+    platform::IndexSet result;
+    for (qint64 i = 0; i < count; i += 2)
+        result.addIndex(i);
+    return result;
+}
+
 } // namespace testSupport

@@ -197,6 +197,60 @@ TEST_F(ZRDocumentTest, ABatchWithoutAChangeIsNotAnnounced)
     EXPECT_EQ(log, QStringList());
 }
 
+TEST_F(ZRDocumentTest, PerformedChangesAreOneBatch)
+{
+    document.performChanges([this] {
+        change();
+        document.performChanges([this] { document.documentDidChange(); });
+        EXPECT_EQ(log, QStringList());
+    });
+    EXPECT_EQ(log, once);
+}
+
+TEST_F(ZRDocumentTest, ABodyThatThrowsClosesItsBatchAndGoesOn)
+{
+    const auto body = [this] {
+        document.documentDidChange();
+        throw std::runtime_error("half done");
+    };
+    EXPECT_THROW(document.performChanges(body), std::runtime_error);
+    EXPECT_EQ(takeLog(), once) << "what was changed up to then is announced";
+    change();
+    EXPECT_EQ(log, once) << "the level is 0";
+}
+
+TEST_F(ZRDocumentTest, AnObserverOfPerformedChangesThatThrowsIsHeard)
+{
+    observer.call = [] { throw std::logic_error("not told"); };
+    EXPECT_THROW(document.performChanges([this] { document.documentDidChange(); }), std::logic_error);
+    EXPECT_THROW(document.performChanges([this] {
+        document.documentDidChange();
+        throw std::runtime_error("half done");
+    }),
+                 std::logic_error)
+        << "the last that was thrown";
+    takeLog();
+    observer.call = nullptr;
+    change();
+    EXPECT_EQ(log, once) << "the level is 0";
+}
+
+TEST_F(ZRDocumentTest, TheBodyOfPerformedChangesMayDestroyTheDocument)
+{
+    const auto body = [this] {
+        document.documentDidChange();
+        owned.reset();
+    };
+    document.performChanges(body);
+    EXPECT_EQ(log, QStringList());
+    owned = std::make_unique<TitleDocument>();
+    EXPECT_THROW(owned->performChanges([this] {
+        owned.reset();
+        throw std::runtime_error("gone");
+    }),
+                 std::runtime_error);
+}
+
 // --- announcements
 
 TEST_F(ZRDocumentTest, TellsWindowControllersThenTheNotificationCentreThenObservers)

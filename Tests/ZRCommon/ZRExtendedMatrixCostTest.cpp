@@ -1,11 +1,8 @@
 #include "ZRCommon/ZRExtendedMatrix.h"
 
-#include "Platform/Interface/ArrayController.h"
-#include "Platform/Interface/ScrollView.h"
 #include "Support/CountingNumber.h"
-#include "Support/TestSupport.h"
-
-#include <QTest>
+#include "Support/IndexSets.h"
+#include "Support/ShownGrid.h"
 
 namespace {
 
@@ -14,27 +11,18 @@ using platform::IndexSet;
 using testSupport::CountingNumber;
 using testSupport::countingNumbers;
 
-/// A grid of many cells, every second of which is selected: as many ranges as there can be.
-class ExtendedMatrixCost : public testing::TestWithParam<int>
+/// A grid of many cells, every second of which is selected.
+class ExtendedMatrixCost : public testing::TestWithParam<int>, protected testSupport::ShownGrid<ZRExtendedMatrix>
 {
 protected:
     ExtendedMatrixCost()
+        : ShownGrid(QSize(1000, 600))
     {
         scrollView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
-        scrollView.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scrollView.resize(1000, 600);
-        scrollView.setDocumentView(grid);
-        scrollView.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&scrollView));
         grid->setCellSize(QSizeF(100, 50));
-        const auto needed = grid->getRowsNeeded(count());
-        grid->renewRows(needed.rows, needed.columns);
         const auto numbers = countingNumbers(count());
         controller.setContent(numbers);
-        for (int i = 0; i < count(); ++i)
-            grid->cellAtIndex(i)->setRepresentedObject(numbers[i]);
-        for (int i = 0; i < count(); i += 2)
-            even.addIndex(i);
+        showObjects(numbers);
         QObject::connect(grid, &ZRExtendedMatrix::selectionChanged, [this] { ++announcements; });
         QObject::connect(&controller, &ArrayController::selectedObjectsChanged, [this] { ++controllerAnnouncements; });
     }
@@ -47,10 +35,8 @@ protected:
         EXPECT_EQ(grid->selectedCells().back(), grid->cellAtIndex(count() - 2));
     }
 
-    platform::ScrollView scrollView;
-    ZRExtendedMatrix *const grid = new ZRExtendedMatrix;
     ArrayController controller;
-    IndexSet even;
+    const IndexSet even = testSupport::everySecondOf(count());
     int announcements = 0;
     int controllerAnnouncements = 0;
 };

@@ -1,16 +1,11 @@
 // Grids under odd circumstances: much scattered selection, no size, hosts that destroy what tells them.
 
-#include "Platform/Interface/ArrayController.h"
 #include "Platform/Interface/DragRunner.h"
-#include "Platform/Interface/ScrollView.h"
-#include "Support/TestSupport.h"
-#include "ZRCommon/ZRExtendedMatrix.h"
+#include "Support/IndexSets.h"
+#include "Support/ShownGrid.h"
 
 #include <QAccessible>
-#include <QKeyEvent>
-#include <QPointer>
 #include <QScrollBar>
-#include <QTest>
 
 #include <stdexcept>
 
@@ -18,69 +13,10 @@ namespace {
 
 using platform::ArrayController;
 using platform::IndexSet;
-using platform::ObjectPointer;
-using platform::ScrollView;
+using testSupport::everySecondOf;
 
-struct Item : platform::Object { };
-
-class DraggedMatrix : public ZRExtendedMatrix
-{
-public:
-    bool allowDraggingOut() const override { return true; }
-    std::unique_ptr<QMimeData> pasteboardForDrag() override { return std::make_unique<QMimeData>(); }
-};
-
-struct ExtendedMatrixLimits : testing::Test {
-    ScrollView scrollView;
-    QPointer<DraggedMatrix> grid = new DraggedMatrix;
-    ArrayController controller;
-
-    ExtendedMatrixLimits()
-    {
-        grid->setCellSize(QSizeF(100, 50));
-        grid->setIntercellSpacing(QSizeF(0, 0));
-        scrollView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scrollView.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scrollView.resize(430, 300);
-        scrollView.setDocumentView(grid);
-        scrollView.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&scrollView));
-    }
-    void fill(int count)
-    {
-        const auto needed = grid->getRowsNeeded(count);
-        grid->renewRows(needed.rows, needed.columns);
-        QList<ObjectPointer> items;
-        for (int i = 0; i < count; ++i) {
-            items.append(std::make_shared<Item>());
-            grid->cells()[size_t(i)]->setRepresentedObject(items.last());
-        }
-        controller.setContent(items);
-        grid->sizeToCells();
-    }
-    IndexSet everySecondOf(int count) const
-    {
-        IndexSet indexes;
-        for (int i = 0; i < count; i += 2)
-            indexes.addIndex(i);
-        return indexes;
-    }
-    QPointF middleOf(int row, int column) const { return grid->toWidget(grid->cellFrameAtRow(row, column)).center(); }
-    void send(QEvent::Type type, const QPointF &place, Qt::KeyboardModifiers modifiers = {})
-    {
-        QMouseEvent event(type, place, grid->mapToGlobal(place),
-                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                          type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, modifiers);
-        event.setTimestamp(time += 10);
-        QCoreApplication::sendEvent(grid, &event);
-    }
-    void key(int key)
-    {
-        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
-        QCoreApplication::sendEvent(grid, &event);
-    }
+struct ExtendedMatrixLimits : testing::Test, testSupport::ShownItems {
     void destroyGrid() { scrollView.setDocumentView(nullptr); }
-    quint64 time = 1'000'000;
 };
 
 } // namespace
@@ -154,18 +90,16 @@ TEST_F(ExtendedMatrixLimits, ScrollBarsThatComeAndGoDoNotMakeItFlowForEver)
     grid->setIntercellSpacing(QSizeF(1, 1));
     fill(6);
     scrollView.resize(400, 105);
-    QTest::qWait(0);
+    QCoreApplication::processEvents();
     EXPECT_EQ(grid->usedCellsCount(), 6);
     scrollView.resize(401, 106);
-    QTest::qWait(0);
+    QCoreApplication::processEvents();
 }
 
 TEST_F(ExtendedMatrixLimits, MayBeDestroyedByWhatItTells)
 {
     const auto fresh = [&] {
-        scrollView.setDocumentView(grid = new DraggedMatrix);
-        grid->setCellSize(QSizeF(100, 50));
-        grid->setIntercellSpacing(QSizeF(0, 0));
+        scrollView.setDocumentView(grid = new testSupport::DraggedMatrix);
         fill(12);
     };
     const auto destroy = [&] { destroyGrid(); };

@@ -1,13 +1,10 @@
 #include "ZRCommon/ZRExtendedMatrix.h"
 
-#include "Platform/Interface/ArrayController.h"
 #include "Platform/Interface/DragRunner.h"
-#include "Platform/Interface/ScrollView.h"
-#include "Support/TestSupport.h"
+#include "Support/IndexSets.h"
+#include "Support/ShownGrid.h"
 
-#include <QKeyEvent>
 #include <QPainter>
-#include <QTest>
 
 namespace {
 
@@ -15,41 +12,14 @@ using platform::ArrayController;
 using platform::Cell;
 using platform::KeyAction;
 using platform::ObjectPointer;
-using platform::ScrollView;
 using Bounds = ZRExtendedMatrix::CellBounds;
 using Indexes = QList<qint64>;
 
-struct Item : platform::Object { };
-
-/// Lets its cells be dragged.
-class DraggedMatrix : public ZRExtendedMatrix
-{
-public:
-    bool allowsDragging = true;
-    bool hasData = true;
-    bool allowDraggingOut() const override { return allowsDragging; }
-    std::unique_ptr<QMimeData> pasteboardForDrag() override
-    {
-        return hasData ? std::make_unique<QMimeData>() : nullptr;
-    }
-};
-
-struct ExtendedMatrix : testing::Test {
-    ScrollView scrollView;
-    DraggedMatrix *const grid = new DraggedMatrix;
-    ArrayController controller;
+struct ExtendedMatrix : testing::Test, testSupport::ShownItems {
     int doubleActions = 0;
 
     ExtendedMatrix()
     {
-        grid->setCellSize(QSizeF(100, 50));
-        grid->setIntercellSpacing(QSizeF(0, 0));
-        scrollView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scrollView.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scrollView.resize(430, 300);
-        scrollView.setDocumentView(grid);
-        scrollView.show(); // widgets that were never shown have no size
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&scrollView));
         QObject::connect(grid, &ZRExtendedMatrix::doubleAction, [this] { ++doubleActions; });
         platform::setDragRunner([this](platform::Drag &drag) {
             runs.push_back({drag.image, drag.hotSpot, selected(), drag.source == grid});
@@ -66,19 +36,6 @@ struct ExtendedMatrix : testing::Test {
     };
     std::vector<Run> runs;
 
-    /// Shows so many items, in rows as wide as the scroll view and `blanks` more cells than rows need.
-    void fill(int count, int extraRows = 0)
-    {
-        const auto needed = grid->getRowsNeeded(count);
-        grid->renewRows(needed.rows + extraRows, needed.columns);
-        QList<ObjectPointer> items;
-        for (int i = 0; i < count; ++i) {
-            items.append(std::make_shared<Item>());
-            grid->cells()[size_t(i)]->setRepresentedObject(items.last());
-        }
-        controller.setContent(items);
-        grid->sizeToCells();
-    }
     Indexes selected() const
     {
         Indexes indexes;
@@ -92,39 +49,21 @@ struct ExtendedMatrix : testing::Test {
         for (const qint64 index : indexes)
             grid->matrixSetSelectionFrom(index, index, index, true);
     }
-    QPoint middleOf(int row, int column) const
-    {
-        return grid->toWidget(grid->cellFrameAtRow(row, column)).center().toPoint();
-    }
-    void press(const QPoint &place, Qt::KeyboardModifiers modifiers = {})
+    void press(const QPointF &place, Qt::KeyboardModifiers modifiers = {})
     {
         send(QEvent::MouseButtonPress, place, modifiers);
     }
-    void release(const QPoint &place, Qt::KeyboardModifiers modifiers = {})
+    void release(const QPointF &place, Qt::KeyboardModifiers modifiers = {})
     {
         send(QEvent::MouseButtonRelease, place, modifiers);
     }
-    void drag(const QPointF &place) { send(QEvent::MouseMove, place, {}); }
-    void click(const QPoint &place, Qt::KeyboardModifiers modifiers = {})
+    void drag(const QPointF &place) { send(QEvent::MouseMove, place); }
+    void click(const QPointF &place, Qt::KeyboardModifiers modifiers = {})
     {
         time += 10'000;
         press(place, modifiers);
         release(place, modifiers);
     }
-    void send(QEvent::Type type, const QPointF &place, Qt::KeyboardModifiers modifiers)
-    {
-        QMouseEvent event(type, place, grid->mapToGlobal(place),
-                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                          type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, modifiers);
-        event.setTimestamp(time += 10);
-        QCoreApplication::sendEvent(grid, &event);
-    }
-    void key(int key, Qt::KeyboardModifiers modifiers = {})
-    {
-        QKeyEvent event(QEvent::KeyPress, key, modifiers);
-        QCoreApplication::sendEvent(grid, &event);
-    }
-    quint64 time = 1'000'000;
 };
 
 } // namespace
@@ -378,7 +317,7 @@ TEST_F(ExtendedMatrix, SelectsWhenTheButtonGoesUp)
     fill(10);
     press(middleOf(1, 1));
     EXPECT_TRUE(selected().isEmpty()) << "never at the press";
-    EXPECT_EQ(grid->mouseDownPoint(), QPointF(middleOf(1, 1)));
+    EXPECT_EQ(grid->mouseDownPoint(), middleOf(1, 1));
     release(middleOf(1, 1));
     EXPECT_EQ(selected(), Indexes({5}));
     click(middleOf(0, 2));
@@ -450,11 +389,11 @@ TEST_F(ExtendedMatrix, DragsTheSelectionOrTheCellAlone)
     fill(12);
     select({1, 2, 3});
     press(middleOf(0, 2));
-    drag(QPointF(middleOf(1, 3)));
+    drag(middleOf(1, 3));
     ASSERT_EQ(runs.size(), 1u);
     EXPECT_EQ(runs[0].selected, Indexes({1, 2, 3}));
     press(middleOf(2, 0));
-    drag(QPointF(middleOf(1, 0)));
+    drag(middleOf(1, 0));
     ASSERT_EQ(runs.size(), 2u);
     EXPECT_EQ(runs[1].selected, Indexes({8}));
 }
@@ -463,18 +402,18 @@ TEST_F(ExtendedMatrix, DragsNothingFromBlanksAndBesideCells)
 {
     fill(6, 1);
     press(middleOf(1, 3)); // a blank
-    drag(QPointF(middleOf(0, 0)));
+    drag(middleOf(0, 0));
     press(QPoint(420, 10));
     drag(QPointF(10, 10));
     EXPECT_TRUE(runs.empty());
     grid->allowsDragging = false;
     press(middleOf(0, 0));
-    drag(QPointF(middleOf(1, 1)));
+    drag(middleOf(1, 1));
     EXPECT_TRUE(runs.empty());
     EXPECT_TRUE(selected().isEmpty());
     grid->allowsDragging = true;
     grid->hasData = false;
-    drag(QPointF(middleOf(1, 1)));
+    drag(middleOf(1, 1));
     EXPECT_TRUE(runs.empty());
     EXPECT_FALSE(ZRExtendedMatrix().allowDraggingOut());
     EXPECT_EQ(ZRExtendedMatrix().pasteboardForDrag(), nullptr);
@@ -502,7 +441,7 @@ TEST_F(ExtendedMatrix, AGridMayBeDestroyedByItsDrag)
         return Qt::MoveAction;
     });
     press(middleOf(0, 0));
-    drag(QPointF(middleOf(1, 1)));
+    drag(middleOf(1, 1));
     EXPECT_EQ(scrollView.documentView(), nullptr);
 }
 

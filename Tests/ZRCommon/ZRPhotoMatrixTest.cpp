@@ -1,35 +1,24 @@
 #include "ZRCommon/ZRPhotoMatrix.h"
 
 #include "Platform/Foundation/AssertionHandler.h"
-#include "Platform/Interface/ScrollView.h"
 #include "Support/FolderTest.h"
 #include "Support/ImageSamples.h"
+#include "Support/ShownGrid.h"
 #include "ZRCommon/ZRFitRect.h"
 #include "ZRCommon/ZRPhotoCell.h"
 
 #include <QElapsedTimer>
 #include <QPainter>
-#include <QTest>
 #include <QUrl>
 
 namespace {
 
-using platform::ScrollView;
 using Thumbnail = std::shared_ptr<ZRImageThumbnail>;
 
-struct PhotoMatrix : testSupport::FolderTest {
-    ScrollView scrollView;
-    ZRPhotoMatrix *const grid = new ZRPhotoMatrix;
-
+struct PhotoMatrix : testSupport::FolderTest, testSupport::ShownGrid<ZRPhotoMatrix> {
     PhotoMatrix()
-    {
-        scrollView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scrollView.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        scrollView.resize(490, 300);
-        scrollView.setDocumentView(grid);
-        scrollView.show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&scrollView));
-    }
+        : ShownGrid(QSize(490, 300))
+    { }
     QString thumbnailFile(const char *name, const QColor &color, const QSize &size = QSize(120, 80)) const
     {
         QImage image(size, QImage::Format_RGB32);
@@ -42,14 +31,7 @@ struct PhotoMatrix : testSupport::FolderTest {
     {
         return std::make_shared<ZRImageThumbnail>(thumbPath, path, title, QDateTime());
     }
-    void fill(const QList<Thumbnail> &photos)
-    {
-        const auto needed = grid->getRowsNeeded(photos.size());
-        grid->renewRows(needed.rows, needed.columns);
-        for (qsizetype i = 0; i < photos.size(); ++i)
-            grid->cells()[size_t(i)]->setRepresentedObject(photos[i]);
-        grid->sizeToCells();
-    }
+    void fill(const QList<Thumbnail> &photos) { showObjects(photos); }
     /// The grid once all pictures that it will ever have are read.
     QImage drawn() const
     {

@@ -83,8 +83,7 @@ void writeUrl(KeyedArchiveWriter &writer, const Object &object)
 
 void writeUuid(KeyedArchiveWriter &writer, const Object &object)
 {
-    writer.output().key("NS.uuidbytes");
-    writer.output().data(static_cast<const Uuid &>(object).uuid().toRfc4122());
+    writer.encode(static_cast<const Uuid &>(object).uuid().toRfc4122(), "NS.uuidbytes");
 }
 
 void appendNumber(QByteArray &bytes, quint64 number)

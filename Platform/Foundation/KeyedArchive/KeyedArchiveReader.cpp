@@ -1,9 +1,10 @@
 #include "Platform/Foundation/KeyedArchive/KeyedArchiveReader_p.h"
 
-#include "Platform/Foundation/ArchivedObject.h"
 #include "Platform/Foundation/ContainerObjects.h"
 #include "Platform/Foundation/DataObjects.h"
 #include "Platform/Foundation/ValueObjects.h"
+
+#include <QHash>
 
 #include <algorithm>
 #include <limits>
@@ -314,6 +315,8 @@ ObjectPointer KeyedArchiveReader::containerObject(const PropertyListView &value)
     ObjectPointer container;
     if (value.isArray()) {
         container = std::make_shared<Array>(objects(value));
+    } else if (value.contains("CF$UID")) {
+        fail(QStringLiteral("a reference is none"));
     } else {
         QList<Dictionary::Entry> entries;
         for (const auto &entry : value.entries())
@@ -364,13 +367,29 @@ ObjectPointer KeyedArchiveReader::unknownObject(Slot &slot, const ResolvedClass 
     auto object = std::make_shared<ArchivedObject>(resolvedClass.name, resolvedClass.names);
     m_keptObjects.push_back(object);
     slot.object = object;
-    QList<ArchivedObject::Entry> entries;
-    for (const auto &entry : record.entries()) {
-        if (entry.utf8Key() != "$class")
-            entries.append({entry.key(), this->object(entry.value())});
-    }
-    object->setEntries(std::move(entries));
+    object->setEntries(entries(record));
     return object;
+}
+
+// Of a key that occurs twice the last value counts, as it does for who asks for it.
+QList<ArchivedObject::Entry> KeyedArchiveReader::entries(const PropertyListView &dictionary)
+{
+    QHash<QString, qsizetype> places;
+    QList<ArchivedObject::Entry> entries;
+    for (const auto &entry : dictionary.entries()) {
+        const QString key = entry.key();
+        if (key == QLatin1String("$class"))
+            continue;
+        const ObjectPointer value = object(entry.value());
+        const auto known = places.constFind(key);
+        if (known != places.cend()) {
+            entries[*known].value = value;
+            continue;
+        }
+        places.insert(key, entries.size());
+        entries.append({key, value});
+    }
+    return entries;
 }
 
 const KeyedArchiveReader::ResolvedClass &KeyedArchiveReader::classOf(const PropertyListView &record)

@@ -6,6 +6,7 @@
 //  version.
 //
 
+#include "Platform/Foundation/ArchivedObject.h"
 #include "Platform/Foundation/KeyedUnarchiver.h"
 
 #include <QList>
@@ -18,7 +19,6 @@
 
 namespace platform {
 
-class ArchivedObject;
 class KeyedArchiveReader;
 
 /// How an object of one of the platform's classes is made from its record. May throw `InvalidArchive`.
@@ -46,6 +46,8 @@ public:
     ObjectPointer object(const PropertyListView &value);
     /// The objects of an array, one by one, each of which may be null.
     QList<ObjectPointer> objects(const PropertyListView &array);
+    /// The entries of a dictionary as they stand, without "$class".
+    QList<ArchivedObject::Entry> entries(const PropertyListView &dictionary);
     /// The text that the value is or refers to; a null text for null.
     QString text(const PropertyListView &value);
     /// The bytes that the value is or refers to.

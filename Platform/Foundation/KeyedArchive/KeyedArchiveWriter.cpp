@@ -4,6 +4,8 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Foundation/ValueObjects.h"
 
+#include <QStringList>
+
 #include <limits>
 
 namespace platform {
@@ -23,13 +25,13 @@ ArchiveReference KeyedArchiveWriter::append(Pending pending, Node::Kind kind)
     return {quint32(m_nodes.size() - 1)};
 }
 
-ArchiveReference KeyedArchiveWriter::appendClass(const QString &name, const QStringList &superclassNames)
+ArchiveReference KeyedArchiveWriter::classReference(const PendingClass &archivedClass)
 {
-    const auto known = m_classReferences.constFind(name);
-    if (known != m_classReferences.cend())
-        return *known;
-    const ArchiveReference reference = append(PendingClass{name, superclassNames}, Node::Plain);
-    m_classReferences.insert(name, reference);
+    const void *known = archivedClass.hostClass ? static_cast<const void *>(archivedClass.hostClass)
+                                                : static_cast<const void *>(archivedClass.encoder);
+    ArchiveReference &reference = m_classReferences[known];
+    if (reference.number == 0)
+        reference = append(archivedClass, Node::Plain);
     return reference;
 }
 
@@ -37,10 +39,15 @@ ArchiveReference KeyedArchiveWriter::reference(const QString &text)
 {
     if (text.isNull())
         return {};
-    quint32 &number = m_textNumbers[text];
-    if (number == 0)
-        number = append(text, Node::Plain).number;
-    return {number};
+    const size_t hash = qHash(text);
+    const auto place = m_textPlaces.constFind(hash);
+    if (place != m_textPlaces.cend() && m_texts[*place].text == text)
+        return m_texts[*place].reference;
+    if (place == m_textPlaces.cend())
+        m_textPlaces.insert(hash, m_texts.size());
+    const ArchiveReference reference = append(PendingText{m_texts.size()}, Node::Plain);
+    m_texts.push_back({text, reference});
+    return reference;
 }
 
 ArchiveReference KeyedArchiveWriter::reference(const ObjectPointer &object)
@@ -96,6 +103,8 @@ void KeyedArchiveWriter::writeValue(const Value &value)
         m_output.integer(*integer);
     } else if (const auto *real = std::get_if<double>(&value)) {
         m_output.real(*real);
+    } else if (const auto *bytes = std::get_if<QByteArray>(&value)) {
+        m_output.data(*bytes);
     } else {
         m_output.boolean(std::get<bool>(value));
     }
@@ -112,22 +121,24 @@ void KeyedArchiveWriter::encodeInPlace(const QList<ObjectPointer> &objects, cons
 
 // Records
 
-void KeyedArchiveWriter::write(const QString &text)
+void KeyedArchiveWriter::write(const PendingText &text)
 {
-    m_output.string(text);
+    m_output.string(m_texts[text.place].text);
 }
 
 void KeyedArchiveWriter::write(const PendingClass &archivedClass)
 {
+    const auto &[hostClass, encoder] = archivedClass;
+    const QString name = hostClass ? hostClass->name : QString(QLatin1String(encoder->className));
     m_output.beginDictionary();
     m_output.key("$classes");
     m_output.beginArray();
-    m_output.string(archivedClass.name);
-    for (const QString &name : archivedClass.superclassNames)
-        m_output.string(name);
+    m_output.string(name);
+    for (const QString &superclass : hostClass ? hostClass->superclassNames : QStringList{QStringLiteral("NSObject")})
+        m_output.string(superclass);
     m_output.end();
     m_output.key("$classname");
-    m_output.string(archivedClass.name);
+    m_output.string(name);
     m_output.end();
 }
 
@@ -138,12 +149,9 @@ void KeyedArchiveWriter::write(const PendingObject &pending)
         encoder->write(*this, *object);
         return;
     }
-    const ArchiveReference objectClass = hostClass
-        ? appendClass(hostClass->name, hostClass->superclassNames)
-        : appendClass(QLatin1String(encoder->className), {QStringLiteral("NSObject")});
     m_output.beginDictionary();
     m_output.key("$class");
-    m_output.uid(objectClass.number);
+    m_output.uid(classReference({hostClass, encoder}).number);
     if (hostClass)
         hostClass->asCoding(*object).encodeWithKeyedArchiver(m_archiver);
     else

@@ -12,7 +12,6 @@
 #include <QHash>
 #include <QList>
 #include <QString>
-#include <QStringList>
 
 #include <deque>
 #include <optional>
@@ -53,7 +52,7 @@ public:
     /// The reference to a text; equal ones share a record. A null text is null.
     ArchiveReference reference(const QString &text);
 
-    using Value = std::variant<bool, qint64, double, ArchiveReference>;
+    using Value = std::variant<bool, qint64, double, QByteArray, ArchiveReference>;
     /// Writes a value under a key of the object that is written just now, or of "$top".
     void encode(const Value &value, QAnyStringView key);
     /// Writes references to the objects as an array that stands in place.
@@ -72,11 +71,14 @@ private:
         const ArchiveClasses::Entry *hostClass;
         const ArchiveEncoder *encoder; // where it is no host's
     };
-    struct PendingClass {
-        QString name;
-        QStringList superclassNames;
+    struct PendingText {
+        size_t place; // in m_texts
     };
-    using Pending = std::variant<PendingObject, QString, PendingClass>;
+    struct PendingClass {
+        const ArchiveClasses::Entry *hostClass;
+        const ArchiveEncoder *encoder; // where it is no host's
+    };
+    using Pending = std::variant<PendingObject, PendingText, PendingClass>;
 
     /// What an object refers to, for measuring how deep objects nest.
     struct Node {
@@ -85,10 +87,15 @@ private:
         Kind kind;
     };
 
+    struct Text {
+        QString text;
+        ArchiveReference reference;
+    };
+
     ArchiveReference append(Pending pending, Node::Kind kind);
-    ArchiveReference appendClass(const QString &name, const QStringList &superclassNames);
+    ArchiveReference classReference(const PendingClass &archivedClass);
     void noteReference(ArchiveReference reference);
-    void write(const QString &text);
+    void write(const PendingText &text);
     void write(const PendingClass &archivedClass);
     void write(const PendingObject &object);
     void writeValue(const Value &value);
@@ -102,8 +109,11 @@ private:
     std::deque<Pending> m_pending;
     std::vector<ObjectPointer> m_held; // so that no address is used for a second object
     QHash<const Object *, quint32> m_numbers;
-    QHash<QString, quint32> m_textNumbers;
-    QHash<QString, ArchiveReference> m_classReferences;
+    std::vector<Text> m_texts;
+    // By hash alone, so that growing the table does not fetch every text from memory again. Of two texts with one hash
+    // only the first is found, and the other written as often as it is met.
+    QHash<size_t, size_t> m_textPlaces;
+    QHash<const void *, ArchiveReference> m_classReferences; // by host class or encoder
     std::vector<Node> m_nodes; // by number, 0 among them
     std::vector<quint32> m_references;
     bool m_isWriting = false;

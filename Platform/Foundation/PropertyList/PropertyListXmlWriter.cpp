@@ -53,11 +53,17 @@ QByteArrayView escapeOf(char32_t character)
     }
 }
 
+// Whether the character stands for itself.
+constexpr bool isPlain(char32_t character)
+{
+    return character >= 0x20 && character < 0x7F && character != '&' && character != '<' && character != '>';
+}
+
 // Writes the character that begins at a code unit, and passes it. Whether XML can hold it.
 bool escapeCharacter(QStringView text, qsizetype &at, char *&output)
 {
     char32_t character = text[at++].unicode();
-    if (character >= 0x20 && character < 0x7F && character != '&' && character != '<' && character != '>') {
+    if (isPlain(character)) {
         *output++ = char(character);
         return true;
     }
@@ -96,14 +102,16 @@ PropertyListXmlWriter::PropertyListXmlWriter()
 
 void PropertyListXmlWriter::raw(QByteArrayView text)
 {
+    const qsizetype used = m_output.size();
     makeRoom(m_output, text.size());
-    m_output.append(text.data(), text.size());
+    m_output.resize(used + text.size());
+    std::copy(text.begin(), text.end(), m_output.data() + used);
 }
 
-void PropertyListXmlWriter::indent()
+void PropertyListXmlWriter::indent(qsizetype more)
 {
-    makeRoom(m_output, qsizetype(m_open.size()));
-    m_output.append(qsizetype(m_open.size()), '\t');
+    static const QByteArray tabs(PropertyListTape::MaximumDepth + 1, '\t');
+    raw(QByteArrayView(tabs).first(qsizetype(m_open.size()) + more));
 }
 
 // A container is written as an empty element until something comes to stand in it.
@@ -128,7 +136,7 @@ bool PropertyListXmlWriter::beginEntry()
     return true;
 }
 
-void PropertyListXmlWriter::begin(Container container)
+bool PropertyListXmlWriter::isRoomForContainer()
 {
     if (!m_error && m_open.size() >= std::size_t(PropertyListTape::MaximumDepth)) {
         m_error = Error{ErrorCode::TooDeep,
@@ -137,7 +145,12 @@ void PropertyListXmlWriter::begin(Container container)
                         -1,
                         {}};
     }
-    if (!beginEntry())
+    return !m_error;
+}
+
+void PropertyListXmlWriter::begin(Container container)
+{
+    if (!isRoomForContainer() || !beginEntry())
         return;
     raw(container == Container::Dictionary ? QByteArrayView("<dict/>\n") : QByteArrayView("<array/>\n"));
     m_open.push_back({container});
@@ -263,21 +276,36 @@ void PropertyListXmlWriter::data(QByteArrayView bytes)
     raw("</data>\n");
 }
 
+// At once, since archives consist of them.
 void PropertyListXmlWriter::uid(quint64 number)
 {
-    beginDictionary();
-    key("CF$UID");
-    unsignedInteger(number);
-    end();
+    if (!isRoomForContainer() || !beginEntry())
+        return;
+    char memory[32];
+    raw("<dict>\n");
+    indent(1);
+    raw("<key>CF$UID</key>\n");
+    indent(1);
+    raw("<integer>");
+    raw(formatted(memory, number));
+    raw("</integer>\n");
+    indent();
+    raw("</dict>\n");
 }
 
 bool PropertyListXmlWriter::escaped(QAnyStringView text)
 {
     return text.visit([this](auto view) {
-        if constexpr (std::is_same_v<decltype(view), QStringView>)
+        if constexpr (std::is_same_v<decltype(view), QStringView>) {
             return escaped(view);
-        else
+        } else {
+            // As literals are, which most keys are.
+            if (std::all_of(view.data(), view.data() + view.size(), isPlain)) {
+                raw(QByteArrayView(view.data(), view.size()));
+                return true;
+            }
             return escaped(QStringView(QString(view.toString())));
+        }
     });
 }
 

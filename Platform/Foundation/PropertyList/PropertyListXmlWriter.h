@@ -71,10 +71,11 @@ private:
 
     enum class Place : quint8 { NextValue, BegunValue, Key };
 
+    bool isRoomForContainer();
     void begin(Container container);
     bool beginEntry();
     void openParent();
-    void indent();
+    void indent(qsizetype more = 0);
     void raw(QByteArrayView text);
     void scalar(QByteArrayView opening, QByteArrayView text, QByteArrayView closing);
     bool escaped(QAnyStringView text);

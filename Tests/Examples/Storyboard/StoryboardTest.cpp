@@ -1,7 +1,7 @@
 #include "Platform/Interface/ScrollView.h"
 #include "Storyboard/PhotoFolderLoader.h"
+#include "Storyboard/PhotoFolderWindow.h"
 #include "Storyboard/PhotoWindow.h"
-#include "Storyboard/StoryboardWindow.h"
 #include "Support/FolderTest.h"
 #include "Support/ImageSamples.h"
 #include "Support/PictureDistance.h"
@@ -45,7 +45,7 @@ void compareScreenshots(const QString &folder, double mean, double share)
     const QDir kept(QStringLiteral(ZR_SOURCE_DIR "/Tests/Examples/Storyboard/References"));
     const QStringList names = kept.entryList({"*.png"}, QDir::Files, QDir::Name);
     EXPECT_EQ(QDir(folder).entryList({"*.png"}, QDir::Files, QDir::Name), names);
-    EXPECT_EQ(names.size(), 9);
+    EXPECT_EQ(names.size(), 15);
     for (const QString &name : names) {
         const QImage reference(kept.filePath(name)), screenshot(folder + QLatin1Char('/') + name);
         ASSERT_FALSE(screenshot.isNull()) << qPrintable(name);
@@ -72,7 +72,7 @@ struct Storyboard : testSupport::FolderTest {
         }
         return in(name);
     }
-    static void open(StoryboardWindow &window, const QString &folder)
+    static void open(PhotoFolderWindow &window, const QString &folder)
     {
         window.openFolder(folder);
         ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
@@ -110,7 +110,7 @@ TEST_F(Storyboard, AWalkthroughThatGoesWrongSaysWhere)
 
 TEST_F(Storyboard, ShowsPhotosInTheOrderOfTheirTitlesAsPeopleCount)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     open(window, folderOf(11));
     EXPECT_EQ(window.countText(), "11 Photos");
@@ -125,7 +125,7 @@ TEST_F(Storyboard, ShowsPhotosInTheOrderOfTheirTitlesAsPeopleCount)
 
 TEST_F(Storyboard, SaysWhyAFolderCannotBeOpened)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     open(window, in("nowhere"));
     EXPECT_EQ(window.statusText(),
@@ -141,7 +141,7 @@ TEST_F(Storyboard, SaysWhyAFolderCannotBeOpened)
 
 TEST_F(Storyboard, AnEmptyFolderHasNoPhotos)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     QDir().mkpath(in("Empty"));
     open(window, in("Empty"));
@@ -153,7 +153,7 @@ TEST_F(Storyboard, AnEmptyFolderHasNoPhotos)
 
 TEST_F(Storyboard, KeepsWhatItShowsWhenOpeningIsCancelled)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     open(window, folderOf(2));
     window.openFolder(folderOf(30, "Others"));
@@ -172,7 +172,7 @@ TEST_F(Storyboard, ShowsPhotosWhileTheirThumbnailsAreMade)
     const QByteArray bytes = testSupport::encoded(image, "png");
     for (int i = 0; i < count; ++i)
         testSupport::writeFile(in("Many") + QStringLiteral("/Photo %1.png").arg(i), bytes);
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     open(window, folderOf(2));
     window.openFolder(in("Many"));
@@ -212,7 +212,7 @@ TEST_F(Storyboard, ShowsPhotosThatHaveThumbnailsBeforeTheOthers)
 
 TEST_F(Storyboard, KeepsTheSelectionWhenTheFolderIsReadAgain)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     open(window, folderOf(3));
     window.grid().matrixSelectCellAtRow(0, 2);
@@ -228,13 +228,13 @@ TEST_F(Storyboard, KeepsTheSelectionWhenTheFolderIsReadAgain)
 TEST_F(Storyboard, OpensTheFolderThatWasChosenLast)
 {
     const QString first = folderOf(30, "First"), second = folderOf(2, "Second");
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     window.openFolder(first);
     window.openFolder(second);
     ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
     EXPECT_EQ(window.folderPath(), second);
-    StoryboardWindow next;
+    PhotoFolderWindow next;
     next.openLastFolder();
     ASSERT_TRUE(testSupport::waitUntil([&] { return !next.isOpening(); }));
     EXPECT_EQ(next.folderPath(), second);
@@ -242,7 +242,7 @@ TEST_F(Storyboard, OpensTheFolderThatWasChosenLast)
 
 TEST_F(Storyboard, AFolderThatIsOpenHasTheKeyboardAndMayBeReloaded)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     const auto actions = window.findChildren<QAction *>();
     const auto reload = std::find_if(actions.cbegin(), actions.cend(), [](const QAction *action) {
@@ -258,13 +258,13 @@ TEST_F(Storyboard, AFolderThatIsOpenHasTheKeyboardAndMayBeReloaded)
 TEST_F(Storyboard, RemembersItsSizeAndThatOfThePhotos)
 {
     {
-        StoryboardWindow window;
+        PhotoFolderWindow window;
         window.show();
         window.resize(700, 500);
         window.sizeSlider().setValue(200);
         window.close();
     }
-    StoryboardWindow next;
+    PhotoFolderWindow next;
     EXPECT_EQ(next.size(), QSize(700, 500));
     EXPECT_EQ(next.sizeSlider().value(), 200);
     EXPECT_EQ(next.grid().cellSize().width(), 206);
@@ -272,7 +272,7 @@ TEST_F(Storyboard, RemembersItsSizeAndThatOfThePhotos)
 
 TEST_F(Storyboard, AnotherFolderBeginsAtItsTopAndTheSameOneStaysWhereItIs)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     window.sizeSlider().setValue(240);
     const QString first = folderOf(30), second = folderOf(30, "Others");
@@ -287,7 +287,7 @@ TEST_F(Storyboard, AnotherFolderBeginsAtItsTopAndTheSameOneStaysWhereItIs)
 
 TEST_F(Storyboard, ShowsTheNamesOfFoldersAsTheyAre)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     const QString name = QStringLiteral("<b>bold</b><img src=x>");
     window.openFolder(in("nowhere/") + name);
@@ -306,7 +306,7 @@ TEST_F(Storyboard, ShowsTheNamesOfFoldersAsTheyAre)
 TEST_F(Storyboard, MayBeClosedResizedAndSentElsewhereWhileItOpens)
 {
     const QString first = folderOf(30), second = folderOf(30, "Others");
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     for (int round = 0; round < 20; ++round) {
         window.openFolder(round % 2 ? first : second);
@@ -322,7 +322,7 @@ TEST_F(Storyboard, MayBeClosedResizedAndSentElsewhereWhileItOpens)
 TEST_F(Storyboard, MayBeDestroyedWhileItOpens)
 {
     {
-        StoryboardWindow window;
+        PhotoFolderWindow window;
         window.openFolder(folderOf(30));
     }
     PhotoFolderLoader loader;
@@ -334,7 +334,7 @@ TEST_F(Storyboard, MayBeDestroyedWhileItOpens)
 
 TEST_F(Storyboard, TellsAScreenReaderOfEveryPhoto)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     open(window, folderOf(3));
     window.grid().matrixSelectCellAtRow(0, 1);
@@ -349,7 +349,7 @@ TEST_F(Storyboard, TellsAScreenReaderOfEveryPhoto)
 
 TEST_F(Storyboard, APhotoWindowGoesThroughThePhotosAndStopsAtTheEnds)
 {
-    StoryboardWindow window;
+    PhotoFolderWindow window;
     window.show();
     const QString photos = folderOf(2);
     testSupport::writeFile(photos + "/Photo 3.png", testSupport::encoded(testSupport::quarters(300, 200), "png"));

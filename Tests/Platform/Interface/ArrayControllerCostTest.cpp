@@ -1,6 +1,7 @@
 #include "Platform/Interface/ArrayController.h"
 
 #include "Support/CountingNumber.h"
+#include "Support/IndexSets.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 namespace {
 
 using platform::ArrayController;
-using platform::IndexSet;
 using testing::Lt;
 
 using platform::ObjectPointer;
@@ -25,10 +25,7 @@ protected:
     {
         ArrayController controller;
         controller.setContent(countingNumbers(GetParam()));
-        IndexSet even;
-        for (int i = 0; i < GetParam(); i += 2)
-            even.addIndex(i);
-        controller.setSelectionIndexes(even);
+        controller.setSelectionIndexes(testSupport::everySecondOf(GetParam()));
         CountingNumber::calls = 0;
         operation(controller);
         return double(CountingNumber::calls) / GetParam();

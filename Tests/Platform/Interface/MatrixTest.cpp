@@ -351,7 +351,6 @@ TEST_F(MatrixTest, IsDrawnAnewWhenSomethingChanges)
     ASSERT_TRUE(QTest::qWaitForWindowActive(&matrix));
     EXPECT_TRUE(testSupport::waitUntil([&] { return !drawings.empty(); }));
     const auto drawnAfter = [&](const std::function<void()> &change) {
-        QTest::qWait(0);
         QCoreApplication::sendPostedEvents();
         QCoreApplication::processEvents();
         drawings.clear();

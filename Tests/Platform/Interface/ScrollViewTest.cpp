@@ -254,7 +254,7 @@ TEST_F(ScrollViewTest, DrawsItsScrollBarWhenTheHandleMoves)
     scrollView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     view->setFrameSize(QSizeF(500, 10'000));
     scrollView.scrollToPoint(QPointF(0, 1));
-    QTest::qWait(0);
+    QCoreApplication::processEvents();
     scrollView.verticalScrollBar()->installEventFilter(&paints);
     const auto paintsOfScrollingTo = [&](double y) {
         paints.count = 0;

@@ -1,4 +1,4 @@
-#include "StoryboardWindow.h"
+#include "PhotoFolderWindow.h"
 
 #include "PhotoFolderLoader.h"
 #include "PhotoWindow.h"
@@ -26,7 +26,7 @@ platform::UserDefaults &defaults()
 
 } // namespace
 
-StoryboardWindow::StoryboardWindow()
+PhotoFolderWindow::PhotoFolderWindow()
     : m_pages(new QStackedWidget(this))
     , m_invitation(new QLabel)
     , m_scrollView(new platform::ScrollView(m_pages))
@@ -46,8 +46,8 @@ StoryboardWindow::StoryboardWindow()
     makeMenus();
     makeStatusBar();
     connectLoader();
-    connect(m_grid, &ZRPhotoMatrix::selectionChanged, this, &StoryboardWindow::updateTexts);
-    connect(m_grid, &ZRPhotoMatrix::doubleAction, this, &StoryboardWindow::openPhoto);
+    connect(m_grid, &ZRPhotoMatrix::selectionChanged, this, &PhotoFolderWindow::updateTexts);
+    connect(m_grid, &ZRPhotoMatrix::doubleAction, this, &PhotoFolderWindow::openPhoto);
     resize(900, 640);
     restoreGeometry(defaults().data(frameKey));
     m_sizeSlider->setValue(int(defaults().integer(photoSizeKey)));
@@ -55,12 +55,12 @@ StoryboardWindow::StoryboardWindow()
     updateTexts();
 }
 
-StoryboardWindow::~StoryboardWindow()
+PhotoFolderWindow::~PhotoFolderWindow()
 {
     delete m_photoWindow;
 }
 
-void StoryboardWindow::makeInvitation()
+void PhotoFolderWindow::makeInvitation()
 {
     auto *const page = new QWidget;
     auto *const layout = new QVBoxLayout(page);
@@ -75,7 +75,7 @@ void StoryboardWindow::makeInvitation()
         font.setPointSizeF(font.pointSizeF() * 1.5);
     m_invitation->setFont(font);
     auto *const button = new QPushButton(ZRLocalizedString("Open Photo Folder…"));
-    connect(button, &QPushButton::clicked, this, &StoryboardWindow::chooseFolder);
+    connect(button, &QPushButton::clicked, this, &PhotoFolderWindow::chooseFolder);
     layout->addStretch();
     layout->addWidget(m_invitation);
     layout->addSpacing(font.pixelSize() > 0 ? font.pixelSize() : 16);
@@ -84,13 +84,14 @@ void StoryboardWindow::makeInvitation()
     m_pages->addWidget(page);
 }
 
-void StoryboardWindow::makeMenus()
+void PhotoFolderWindow::makeMenus()
 {
     QMenu &file = *menuBar()->addMenu(ZRLocalizedString("&File"));
-    file.addAction(ZRLocalizedString("&Open Photo Folder…"), QKeySequence::Open, this, &StoryboardWindow::chooseFolder);
+    file.addAction(ZRLocalizedString("&Open Photo Folder…"), QKeySequence::Open, this,
+                   &PhotoFolderWindow::chooseFolder);
     m_reload =
         file.addAction(ZRLocalizedString("&Reload"), QKeySequence::Refresh, this, [this] { openFolder(m_folderPath); });
-    m_openPhoto = file.addAction(ZRLocalizedString("Show &Photo"), this, &StoryboardWindow::openPhoto);
+    m_openPhoto = file.addAction(ZRLocalizedString("Show &Photo"), this, &PhotoFolderWindow::openPhoto);
     file.addSeparator();
     file.addAction(ZRLocalizedString("&Close"), QKeySequence::Close, this, &QWidget::close);
     file.addAction(ZRLocalizedString("&Quit"), QKeySequence::Quit, qApp, &QApplication::closeAllWindows);
@@ -99,6 +100,9 @@ void StoryboardWindow::makeMenus()
     edit.addAction(ZRLocalizedString("Select &All"), QKeySequence::SelectAll, m_grid, &ZRPhotoMatrix::selectAll);
     edit.addAction(ZRLocalizedString("Select &Nothing"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), m_grid,
                    &ZRPhotoMatrix::matrixDeselectAllCells);
+    edit.addSeparator();
+    m_addPhotos = edit.addAction(ZRLocalizedString("Add to &Storyboard"), QKeySequence(Qt::CTRL | Qt::Key_Return), this,
+                                 [this] { Q_EMIT photosChosen(m_grid->pathsForSelectedImages()); });
 
     constexpr int step = 19;
     QMenu &view = *menuBar()->addMenu(ZRLocalizedString("&View"));
@@ -108,7 +112,7 @@ void StoryboardWindow::makeMenus()
                    [this] { m_sizeSlider->setValue(m_sizeSlider->value() - step); });
 }
 
-void StoryboardWindow::makeStatusBar()
+void PhotoFolderWindow::makeStatusBar()
 {
     m_count = new QLabel;
     m_selection = new QLabel;
@@ -135,15 +139,15 @@ void StoryboardWindow::makeStatusBar()
     bar.addPermanentWidget(m_sizeSlider);
     m_progress->hide();
     m_cancel->hide();
-    connect(m_cancel, &QToolButton::clicked, this, &StoryboardWindow::cancelOpening);
-    connect(m_sizeSlider, &QSlider::valueChanged, this, &StoryboardWindow::setPhotoSize);
+    connect(m_cancel, &QToolButton::clicked, this, &PhotoFolderWindow::cancelOpening);
+    connect(m_sizeSlider, &QSlider::valueChanged, this, &PhotoFolderWindow::setPhotoSize);
 }
 
-void StoryboardWindow::connectLoader()
+void PhotoFolderWindow::connectLoader()
 {
-    connect(m_loader, &PhotoFolderLoader::didProgress, this, &StoryboardWindow::showProgress);
-    connect(m_loader, &PhotoFolderLoader::didFind, this, &StoryboardWindow::addPhotos);
-    connect(m_loader, &PhotoFolderLoader::didLoad, this, &StoryboardWindow::showPhotos);
+    connect(m_loader, &PhotoFolderLoader::didProgress, this, &PhotoFolderWindow::showProgress);
+    connect(m_loader, &PhotoFolderLoader::didFind, this, &PhotoFolderWindow::addPhotos);
+    connect(m_loader, &PhotoFolderLoader::didLoad, this, &PhotoFolderWindow::showPhotos);
     connect(m_loader, &PhotoFolderLoader::didCancel, this, [this](const QString &path, qsizetype made) {
         endProgress(ZRLocalizedString("Opening “%1” was cancelled. Thumbnails made and kept: %2")
                         .arg(QFileInfo(path).fileName())
@@ -157,14 +161,14 @@ void StoryboardWindow::connectLoader()
     });
 }
 
-void StoryboardWindow::chooseFolder()
+void PhotoFolderWindow::chooseFolder()
 {
     const QString path = QFileDialog::getExistingDirectory(this, ZRLocalizedString("Open Photo Folder"), m_folderPath);
     if (!path.isEmpty())
         openFolder(path);
 }
 
-void StoryboardWindow::openFolder(const QString &path)
+void PhotoFolderWindow::openFolder(const QString &path)
 {
     if (path.isEmpty())
         return;
@@ -174,22 +178,22 @@ void StoryboardWindow::openFolder(const QString &path)
     m_loader->load(QDir::cleanPath(QDir().absoluteFilePath(path)));
 }
 
-void StoryboardWindow::openLastFolder()
+void PhotoFolderWindow::openLastFolder()
 {
     openFolder(defaults().string(folderKey));
 }
 
-void StoryboardWindow::cancelOpening()
+void PhotoFolderWindow::cancelOpening()
 {
     m_loader->cancel();
 }
 
-bool StoryboardWindow::isOpening() const
+bool PhotoFolderWindow::isOpening() const
 {
     return m_loader->isLoading();
 }
 
-void StoryboardWindow::showProgress(qsizetype done, qsizetype total)
+void PhotoFolderWindow::showProgress(qsizetype done, qsizetype total)
 {
     m_progress->setRange(0, int(total));
     m_progress->setValue(int(done));
@@ -197,7 +201,7 @@ void StoryboardWindow::showProgress(qsizetype done, qsizetype total)
     m_progress->show();
 }
 
-void StoryboardWindow::endProgress(const QString &status)
+void PhotoFolderWindow::endProgress(const QString &status)
 {
     m_progress->hide();
     m_cancel->hide();
@@ -205,7 +209,7 @@ void StoryboardWindow::endProgress(const QString &status)
     updateTexts();
 }
 
-void StoryboardWindow::beginFolder(const QString &path)
+void PhotoFolderWindow::beginFolder(const QString &path)
 {
     m_folderPath = path;
     m_photos.clear();
@@ -216,7 +220,7 @@ void StoryboardWindow::beginFolder(const QString &path)
     setWindowTitle(QStringLiteral("%1 – Storyboard").arg(QFileInfo(path).fileName()));
 }
 
-void StoryboardWindow::fillGrid()
+void PhotoFolderWindow::fillGrid()
 {
     const auto needed = m_grid->getRowsNeeded(m_photos.size());
     m_grid->renewRows(needed.rows, needed.columns);
@@ -226,7 +230,7 @@ void StoryboardWindow::fillGrid()
     m_pages->setCurrentIndex(m_photos.isEmpty() ? 0 : m_pages->indexOf(m_scrollView));
 }
 
-void StoryboardWindow::addPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
+void PhotoFolderWindow::addPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
 {
     if (!m_isFilling) {
         if (path == m_folderPath)
@@ -241,7 +245,7 @@ void StoryboardWindow::addPhotos(const QString &path, const ZRImageCatalogFolder
     updateTexts();
 }
 
-void StoryboardWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
+void PhotoFolderWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
 {
     const QStringList selected = path == m_folderPath ? m_grid->pathsForSelectedImages() : QStringList();
     if (path != m_folderPath)
@@ -253,7 +257,7 @@ void StoryboardWindow::showPhotos(const QString &path, const ZRImageCatalogFolde
     endProgress(QString());
 }
 
-void StoryboardWindow::selectPaths(const QStringList &paths)
+void PhotoFolderWindow::selectPaths(const QStringList &paths)
 {
     const QSet<QString> wanted(paths.cbegin(), paths.cend());
     platform::IndexSet indexes;
@@ -264,7 +268,7 @@ void StoryboardWindow::selectPaths(const QStringList &paths)
     m_grid->setSelectedIndexes(indexes);
 }
 
-void StoryboardWindow::updateTexts()
+void PhotoFolderWindow::updateTexts()
 {
     const auto photos = m_grid->photoCount();
     qint64 selected = 0; // blanks at the end of the grid do not count
@@ -275,15 +279,16 @@ void StoryboardWindow::updateTexts()
     m_selection->setText(selected ? ZRLocalizedString("%1 selected").arg(selected) : QString());
     m_reload->setEnabled(!m_folderPath.isEmpty());
     m_openPhoto->setEnabled(selected > 0);
+    m_addPhotos->setEnabled(selected > 0);
 }
 
-void StoryboardWindow::setPhotoSize(int width)
+void PhotoFolderWindow::setPhotoSize(int width)
 {
     m_grid->setCellSizeForImageSize(QSizeF(width, width * 3.0 / 4));
     defaults().set(photoSizeKey, width);
 }
 
-void StoryboardWindow::openPhoto()
+void PhotoFolderWindow::openPhoto()
 {
     const auto selected = m_grid->selectedImageThumbnails();
     if (selected.isEmpty())
@@ -295,7 +300,7 @@ void StoryboardWindow::openPhoto()
     m_photoWindow->activateWindow();
 }
 
-void StoryboardWindow::closeEvent(QCloseEvent *event)
+void PhotoFolderWindow::closeEvent(QCloseEvent *event)
 {
     defaults().set(frameKey, saveGeometry());
     m_loader->cancel();
@@ -303,22 +308,22 @@ void StoryboardWindow::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
-QString StoryboardWindow::countText() const
+QString PhotoFolderWindow::countText() const
 {
     return m_count->text();
 }
 
-QString StoryboardWindow::selectionText() const
+QString PhotoFolderWindow::selectionText() const
 {
     return m_selection->text();
 }
 
-QString StoryboardWindow::statusText() const
+QString PhotoFolderWindow::statusText() const
 {
     return m_status->text();
 }
 
-PhotoWindow *StoryboardWindow::photoWindow() const
+PhotoWindow *PhotoFolderWindow::photoWindow() const
 {
     return m_photoWindow;
 }

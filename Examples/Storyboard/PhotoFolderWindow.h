@@ -23,13 +23,13 @@ class ScrollView;
 ///
 /// While a folder is opened, its photos show as their thumbnails are made; the folder before stays until the first of
 /// them is there. When opening is cancelled or fails, what shows stays.
-class StoryboardWindow : public QMainWindow
+class PhotoFolderWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    StoryboardWindow();
-    ~StoryboardWindow() override;
+    PhotoFolderWindow();
+    ~PhotoFolderWindow() override;
 
     /// Opens a folder in the background.
     void openFolder(const QString &path);
@@ -48,6 +48,10 @@ public:
     QString statusText() const;
     /// Null while no photo is shown large.
     PhotoWindow *photoWindow() const;
+
+Q_SIGNALS:
+    /// Photos are to become slides.
+    void photosChosen(const QStringList &paths);
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -81,6 +85,7 @@ private:
     QSlider *m_sizeSlider = nullptr;
     QAction *m_reload = nullptr;
     QAction *m_openPhoto = nullptr;
+    QAction *m_addPhotos = nullptr;
     PhotoFolderLoader *m_loader = nullptr;
     QPointer<PhotoWindow> m_photoWindow;
     QString m_folderPath;

@@ -1,0 +1,14 @@
+"""Parses a property list with Python's plistlib and writes it again: `plistlib_round_trip.py FILE` prints the seconds of
+both and the number of archived objects."""
+import plistlib
+import sys
+import time
+
+with open(sys.argv[1], "rb") as file:
+    text = file.read()
+start = time.perf_counter()
+archive = plistlib.loads(text)
+parsed = time.perf_counter()
+written = plistlib.dumps(archive)
+end = time.perf_counter()
+print(parsed - start, end - parsed, len(archive["$objects"]) if written else 0)

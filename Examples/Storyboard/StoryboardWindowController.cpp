@@ -1,0 +1,532 @@
+#include "StoryboardWindowController.h"
+
+#include "SlideGrid.h"
+#include "StoryboardController.h"
+
+#include "Platform/Foundation/KeyedCoding.h"
+#include "Platform/Interface/ScrollView.h"
+#include "ZRCommon/ZRLocalizedString.h"
+
+#include <QMimeData>
+#include <QMimeDatabase>
+#include <QScopedValueRollback>
+#include <QtWidgets>
+
+#include <algorithm>
+
+namespace {
+
+/// Shows songs by their titles.
+class SongController : public platform::ArrayController
+{
+protected:
+    QString displayText(const platform::Object &object) const override
+    {
+        return static_cast<const Song &>(object).title();
+    }
+};
+
+/// The field that has the keyboard, whose text the commands of the Edit menu are for then.
+QLineEdit *focusedField()
+{
+    QWidget *const widget = QApplication::focusWidget();
+    if (auto *const field = qobject_cast<QLineEdit *>(widget))
+        return field;
+    return qobject_cast<QAbstractSpinBox *>(widget) ? widget->findChild<QLineEdit *>() : nullptr;
+}
+
+/// "Undo Move Slides"
+QString actionText(const QString &command, const QString &actionName)
+{
+    return actionName.isEmpty() ? command : QStringLiteral("%1 %2").arg(command, actionName);
+}
+
+QString durationText(double seconds)
+{
+    const int whole = int(std::lround(std::min(seconds, 1e9)));
+    return QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
+}
+
+QStringList localPaths(const QMimeData &data)
+{
+    QStringList paths;
+    for (const QUrl &url : data.urls()) {
+        if (url.isLocalFile())
+            paths.append(url.toLocalFile());
+    }
+    return paths;
+}
+
+} // namespace
+
+StoryboardWindowController::StoryboardWindowController(StoryboardDocument &document)
+    : ZRWindowController(QStringLiteral("StoryboardDocument"))
+    , m_storyboard(document)
+    , m_songs(std::make_unique<SongController>())
+{
+    setSelection(std::make_unique<StoryboardSelection>(&document));
+    selection()->addObserver(this);
+}
+
+StoryboardWindowController::~StoryboardWindowController()
+{
+    selection()->removeObserver(this);
+}
+
+StoryboardSelection &StoryboardWindowController::storyboardSelection() const
+{
+    return static_cast<StoryboardSelection &>(*selection());
+}
+
+QString StoryboardWindowController::statusText() const
+{
+    return m_status->text();
+}
+
+// The outlets are there before the document is first shown.
+void StoryboardWindowController::windowDidLoad()
+{
+    findOutlets();
+    makeMenus();
+    connectForm();
+    ZRWindowController::windowDidLoad();
+    showSelection();
+}
+
+void StoryboardWindowController::findOutlets()
+{
+    auto &slidesView = outlet<platform::ScrollView>(QStringLiteral("slidesView"));
+    m_grid = new SlideGrid;
+    slidesView.setDocumentView(m_grid);
+    slidesView.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    slidesView.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    connect(m_grid, &SlideGrid::selectionChanged, this, &StoryboardWindowController::takeGridSelection);
+    connect(m_grid, &SlideGrid::dropped, this,
+            [this](const QMimeData *data, qsizetype index, bool isFromHere) { dropOnGrid(*data, index, isFromHere); });
+    connect(m_grid, &SlideGrid::dragBegan, this,
+            [this](std::unique_ptr<QMimeData> &data) { data = storyboardSelection().mimeData(); });
+
+    m_songsView = &outlet<QListView>(QStringLiteral("songsView"));
+    m_songsView->setModel(m_songs.get());
+    m_songsView->setAccessibleName(ZRLocalizedString("Songs"));
+    connect(m_songsView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &StoryboardWindowController::takeSongSelection);
+    outlet<QGroupBox>(QStringLiteral("songsBox")).setTitle(ZRLocalizedString("Songs"));
+    auto &addSongs = outlet<QPushButton>(QStringLiteral("addSongsButton"));
+    addSongs.setText(ZRLocalizedString("Add Songs…"));
+    connect(&addSongs, &QPushButton::clicked, this, [this] {
+        chooseFiles(ZRLocalizedString("Add Songs"), ZRLocalizedString("Songs (*.mp3 *.m4a *.aac *.wav *.flac *.ogg)"));
+    });
+
+    auto &splitter = outlet<QSplitter>(QStringLiteral("splitter"));
+    splitter.setStretchFactor(0, 1);
+    splitter.setStretchFactor(1, 0);
+    splitter.setSizes({700, 240});
+    QStatusBar &bar = outlet<QStatusBar>(QStringLiteral("statusbar"));
+    m_count = new QLabel;
+    m_status = new QLabel;
+    m_status->setTextFormat(Qt::PlainText); // with names of files
+    bar.addWidget(m_count);
+    bar.addWidget(m_status, 1);
+}
+
+void StoryboardWindowController::connectForm()
+{
+    m_slideBox = &outlet<QGroupBox>(QStringLiteral("slideBox"));
+    m_title = &outlet<QLineEdit>(QStringLiteral("slideTitle"));
+    m_seconds = &outlet<QDoubleSpinBox>(QStringLiteral("slideSeconds"));
+    m_transition = &outlet<QComboBox>(QStringLiteral("slideTransition"));
+    m_angle = &outlet<QDoubleSpinBox>(QStringLiteral("slideAngle"));
+    outlet<QLabel>(QStringLiteral("titleLabel")).setText(ZRLocalizedString("&Title:"));
+    outlet<QLabel>(QStringLiteral("secondsLabel")).setText(ZRLocalizedString("&Shows for:"));
+    outlet<QLabel>(QStringLiteral("transitionLabel")).setText(ZRLocalizedString("T&ransition:"));
+    outlet<QLabel>(QStringLiteral("angleLabel")).setText(ZRLocalizedString("&Angle:"));
+    m_seconds->setSuffix(ZRLocalizedString(" s"));
+    m_seconds->setRange(Slide::shortest, Slide::longest);
+    m_transition->addItems({ZRLocalizedString("None"), ZRLocalizedString("Dissolve"), ZRLocalizedString("Push"),
+                            ZRLocalizedString("Wipe")});
+
+    connect(m_title, &QLineEdit::editingFinished, this, &StoryboardWindowController::commitTitle);
+    connect(m_seconds, &QDoubleSpinBox::valueChanged, this, [this](double seconds) {
+        changeSlides(ZRLocalizedString("Change Duration"),
+                     [seconds](Slide::Settings &settings) { settings.seconds = seconds; });
+    });
+    connect(m_transition, &QComboBox::activated, this, [this](int index) {
+        changeSlides(ZRLocalizedString("Change Transition"),
+                     [index](Slide::Settings &settings) { settings.transition = Slide::Transition(index); });
+    });
+    connect(m_angle, &QDoubleSpinBox::valueChanged, this, [this](double angle) {
+        changeSlides(ZRLocalizedString("Turn Slides"), [angle](Slide::Settings &settings) { settings.angle = angle; });
+    });
+}
+
+void StoryboardWindowController::makeMenus()
+{
+    auto &menuBar = *static_cast<QMainWindow *>(window())->menuBar();
+    StoryboardController::fillFileMenu(*menuBar.addMenu(ZRLocalizedString("&File")), &m_storyboard);
+    makeEditMenu(*menuBar.addMenu(ZRLocalizedString("&Edit")));
+    makeSlidesMenu(*menuBar.addMenu(ZRLocalizedString("&Slides")));
+}
+
+void StoryboardWindowController::makeEditMenu(QMenu &menu)
+{
+    const auto add = [&](const char *text, QKeySequence::StandardKey key, void (StoryboardWindowController::*does)()) {
+        return menu.addAction(ZRLocalizedString(text), key, this, does);
+    };
+    m_undo = add("&Undo", QKeySequence::Undo, &StoryboardWindowController::undo);
+    m_redo = add("&Redo", QKeySequence::Redo, &StoryboardWindowController::redo);
+    menu.addSeparator();
+    m_selectionActions = {add("Cu&t", QKeySequence::Cut, &StoryboardWindowController::cut),
+                          add("&Copy", QKeySequence::Copy, &StoryboardWindowController::copy)};
+    m_paste = add("&Paste", QKeySequence::Paste, &StoryboardWindowController::paste);
+    m_selectionActions.append(add("&Delete", QKeySequence::Delete, &StoryboardWindowController::deleteSelected));
+    menu.addSeparator();
+    add("Select &All", QKeySequence::SelectAll, &StoryboardWindowController::selectAll);
+    m_selectionActions.append(menu.addAction(ZRLocalizedString("Select &Nothing"),
+                                             QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), this,
+                                             &StoryboardWindowController::selectNothing));
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, &StoryboardWindowController::updateActions);
+    connect(&m_storyboard.undoManager().stack(), &QUndoStack::indexChanged, this,
+            &StoryboardWindowController::updateActions);
+    connect(qApp, &QApplication::focusChanged, this, &StoryboardWindowController::updateActions);
+}
+
+void StoryboardWindowController::makeSlidesMenu(QMenu &menu)
+{
+    menu.addAction(ZRLocalizedString("Add &Photos…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P), this, [this] {
+        chooseFiles(ZRLocalizedString("Add Photos"),
+                    ZRLocalizedString("Photos (*.jpg *.jpeg *.png *.heic *.avif *.tif *.tiff *.gif *.webp *.bmp)"));
+    });
+    menu.addAction(ZRLocalizedString("Add &Songs…"), this, [this] {
+        chooseFiles(ZRLocalizedString("Add Songs"), ZRLocalizedString("Songs (*.mp3 *.m4a *.aac *.wav *.flac *.ogg)"));
+    });
+    menu.addSeparator();
+    const auto add = [&](const char *text, const QKeySequence &keys, const std::function<void()> &does) {
+        return menu.addAction(ZRLocalizedString(text), keys, this, does);
+    };
+    m_selectionActions.append(
+        {add("Move &Earlier", QKeySequence(Qt::CTRL | Qt::Key_Left), [this] { moveSelected(-1); }),
+         add("Move &Later", QKeySequence(Qt::CTRL | Qt::Key_Right), [this] { moveSelected(1); })});
+    menu.addSeparator();
+    const auto turn = [this](double by) {
+        changeSlides(ZRLocalizedString("Turn Slides"), [by](Slide::Settings &settings) { settings.angle += by; });
+    };
+    m_slideActions = {add("Turn &Right", QKeySequence(Qt::CTRL | Qt::Key_R), [turn] { turn(90); }),
+                      add("T&urn Left", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R), [turn] { turn(-90); })};
+}
+
+// Commands
+
+void StoryboardWindowController::edit(const QString &actionName, const std::function<void()> &body)
+{
+    commitEditing();
+    m_storyboard.performChanges([&] {
+        const platform::UndoGroup group(m_storyboard.undoManager(), actionName);
+        registerSelection(selection()->clone(), nullptr);
+        selection()->performChanges(body);
+        registerSelection(nullptr, selection()->clone());
+    });
+}
+
+// What was selected is selected again when the items are there again: of the two calls around a change, one is made
+// last when it is undone, the other one last when it is redone.
+void StoryboardWindowController::registerSelection(const Snapshot &undone, const Snapshot &redone)
+{
+    m_storyboard.undoManager().registerUndo(this, [this, undone, redone] {
+        registerSelection(redone, undone);
+        if (undone)
+            selection()->copyFrom(*undone);
+    });
+}
+
+void StoryboardWindowController::undo()
+{
+    QLineEdit *const field = focusedField();
+    if (field && field->isUndoAvailable())
+        return field->undo();
+    selection()->performChanges([this] { m_storyboard.undo(); });
+}
+
+void StoryboardWindowController::redo()
+{
+    QLineEdit *const field = focusedField();
+    if (field && field->isRedoAvailable())
+        return field->redo();
+    selection()->performChanges([this] { m_storyboard.redo(); });
+}
+
+void StoryboardWindowController::commitTitle()
+{
+    if (!m_title->isModified())
+        return;
+    m_title->setModified(false);
+    const QString title = m_title->text();
+    changeSlides(ZRLocalizedString("Change Title"), [title](Slide::Settings &settings) { settings.title = title; });
+}
+
+void StoryboardWindowController::commitEditing()
+{
+    if (!isWindowLoaded() || m_isShowing)
+        return;
+    commitTitle();
+    m_seconds->interpretText();
+    m_angle->interpretText();
+}
+
+bool StoryboardWindowController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Close)
+        commitEditing(); // before the document is asked whether it is edited
+    return ZRWindowController::eventFilter(watched, event);
+}
+
+void StoryboardWindowController::changeSlides(const QString &actionName,
+                                              const std::function<void(Slide::Settings &)> &change)
+{
+    if (m_isShowing)
+        return;
+    commitEditing();
+    m_storyboard.changeSlides(storyboardSelection().slides(), actionName, change);
+}
+
+void StoryboardWindowController::addFiles(const QStringList &paths)
+{
+    addFiles(paths, storyboardSelection().indexBehindSlides());
+}
+
+void StoryboardWindowController::addFiles(const QStringList &paths, qsizetype slideIndex)
+{
+    StoryboardDocument::Slides::Items slides;
+    StoryboardDocument::Songs::Items songs;
+    QStringList others;
+    for (const QString &path : paths) {
+        const QString kind = QMimeDatabase().mimeTypeForFile(path).name();
+        if (kind.startsWith(QLatin1String("image/")))
+            slides.append(std::make_shared<Slide>(path));
+        else if (kind.startsWith(QLatin1String("audio/")))
+            songs.append(std::make_shared<Song>(path));
+        else
+            others.append(QFileInfo(path).fileName());
+    }
+    if (!slides.isEmpty() || !songs.isEmpty()) {
+        edit(slides.isEmpty() ? ZRLocalizedString("Add Songs") : ZRLocalizedString("Add Photos"), [&] {
+            m_storyboard.insertSlides(slides, slideIndex, QString());
+            m_storyboard.insertSongs(songs, m_storyboard.songs().count(), QString());
+            if (slides.isEmpty())
+                storyboardSelection().select({songs.cbegin(), songs.cend()});
+            else
+                storyboardSelection().select({slides.cbegin(), slides.cend()});
+        });
+    }
+    m_status->setText(others.isEmpty()
+                          ? QString()
+                          : ZRLocalizedString("Neither a photo nor a song: %1").arg(others.join(QLatin1String(", "))));
+}
+
+void StoryboardWindowController::dropOnGrid(const QMimeData &data, qsizetype index, bool isFromHere)
+{
+    if (isFromHere)
+        m_storyboard.moveSlides(storyboardSelection().slides(), index);
+    else if (data.hasFormat(StoryboardSelection::mimeType()))
+        insert(ZRLocalizedString("Add Slides"), data, index);
+    else
+        addFiles(localPaths(data), index);
+}
+
+void StoryboardWindowController::insert(const QString &actionName, const QMimeData &data, qsizetype index)
+{
+    StoryboardSelection::Items items;
+    try {
+        items = StoryboardSelection::itemsOf(data);
+    } catch (const platform::InvalidArchive &) {
+        m_status->setText(ZRLocalizedString("The slides cannot be read."));
+    }
+    if (!items.isEmpty())
+        edit(actionName, [&] { storyboardSelection().insertItems(items, index); });
+}
+
+void StoryboardWindowController::chooseFiles(const QString &title, const QString &filter)
+{
+    const QStringList paths = QFileDialog::getOpenFileNames(window(), title, QString(), filter);
+    if (!paths.isEmpty())
+        addFiles(paths);
+}
+
+void StoryboardWindowController::cut()
+{
+    if (QLineEdit *const field = focusedField())
+        return field->cut();
+    if (storyboardSelection().isEmpty())
+        return;
+    storyboardSelection().copy();
+    edit(ZRLocalizedString("Cut"), [this] { storyboardSelection().removeFromDocument(QString()); });
+}
+
+void StoryboardWindowController::copy()
+{
+    if (QLineEdit *const field = focusedField())
+        return field->copy();
+    storyboardSelection().copy();
+}
+
+void StoryboardWindowController::paste()
+{
+    if (QLineEdit *const field = focusedField())
+        return field->paste();
+    if (StoryboardSelection::canPaste())
+        insert(ZRLocalizedString("Paste"), *QGuiApplication::clipboard()->mimeData(),
+               storyboardSelection().indexBehindSlides());
+}
+
+void StoryboardWindowController::deleteSelected()
+{
+    if (QLineEdit *const field = focusedField())
+        return field->del();
+    if (!storyboardSelection().isEmpty())
+        edit(ZRLocalizedString("Delete"), [this] { storyboardSelection().removeFromDocument(QString()); });
+}
+
+void StoryboardWindowController::selectAll()
+{
+    if (QLineEdit *const field = focusedField())
+        return field->selectAll();
+    // The selection knows which kind is meant only when something is selected.
+    const auto &slides = m_storyboard.slides().items();
+    const auto &songs = m_storyboard.songs().items();
+    if (!storyboardSelection().isEmpty())
+        selection()->selectAll(this);
+    else if (m_songsView->hasFocus())
+        storyboardSelection().select({songs.cbegin(), songs.cend()});
+    else
+        storyboardSelection().select({slides.cbegin(), slides.cend()});
+}
+
+void StoryboardWindowController::selectNothing()
+{
+    selection()->removeAllSelections();
+}
+
+void StoryboardWindowController::moveSelected(int by)
+{
+    const auto place = [by](const auto &list, const auto &items) {
+        return by < 0 ? list.indexOf(items.first().get()) - 1 : list.indexOf(items.last().get()) + 2;
+    };
+    const auto slides = storyboardSelection().slides();
+    const auto songs = storyboardSelection().songs();
+    if (!slides.isEmpty())
+        m_storyboard.moveSlides(slides, place(m_storyboard.slides(), slides));
+    else if (!songs.isEmpty())
+        m_storyboard.moveSongs(songs, place(m_storyboard.songs(), songs));
+}
+
+// What shows
+
+void StoryboardWindowController::documentChanged()
+{
+    {
+        const QScopedValueRollback showing(m_isShowing, true);
+        m_grid->setSlides(m_storyboard.slides().items());
+        const auto &songs = m_storyboard.songs().items();
+        m_songs->setContent({songs.cbegin(), songs.cend()});
+    }
+    selection()->performChanges([this] {
+        for (const auto &set : selection()->selectionItemSets())
+            set->validateItems();
+    });
+    showSelection();
+    updateTexts();
+}
+
+void StoryboardWindowController::takeGridSelection()
+{
+    if (m_isShowing)
+        return;
+    QList<platform::ObjectPointer> items;
+    for (const platform::Cell *const cell : m_grid->selectedCells()) {
+        if (cell->representedObject())
+            items.append(cell->representedObject());
+    }
+    // Nothing selected here may mean that songs are.
+    if (!items.isEmpty() || storyboardSelection().songs().isEmpty())
+        storyboardSelection().select(items);
+}
+
+void StoryboardWindowController::takeSongSelection()
+{
+    if (m_isShowing)
+        return;
+    QList<platform::ObjectPointer> items;
+    for (const QModelIndex &index : m_songsView->selectionModel()->selectedRows())
+        items.append(m_storyboard.songs().items().at(index.row()));
+    if (!items.isEmpty() || storyboardSelection().slides().isEmpty())
+        storyboardSelection().select(items);
+}
+
+void StoryboardWindowController::selectionDidChange(ZRSelection &)
+{
+    if (isWindowLoaded())
+        showSelection();
+}
+
+void StoryboardWindowController::showSelection()
+{
+    const QScopedValueRollback showing(m_isShowing, true);
+    platform::IndexSet indexes;
+    for (const auto &slide : storyboardSelection().slides())
+        indexes.addIndex(m_storyboard.slides().indexOf(slide.get()));
+    m_grid->setSelectedIndexes(indexes);
+    QItemSelection rows;
+    for (const auto &song : storyboardSelection().songs()) {
+        const QModelIndex row = m_songs->index(int(m_storyboard.songs().indexOf(song.get())));
+        rows.select(row, row);
+    }
+    m_songsView->selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
+    showForm();
+    updateActions();
+    updateTexts();
+}
+
+void StoryboardWindowController::showForm()
+{
+    const auto slides = storyboardSelection().slides();
+    m_slideBox->setEnabled(!slides.isEmpty());
+    m_slideBox->setTitle(slides.size() > 1 ? ZRLocalizedString("%1 Slides").arg(slides.size())
+                                           : ZRLocalizedString("Slide"));
+    const Slide::Settings settings = slides.isEmpty() ? Slide::Settings() : slides.first()->settings();
+    const bool haveOneTitle = std::all_of(slides.cbegin(), slides.cend(),
+                                          [&](const auto &slide) { return slide->settings().title == settings.title; });
+    m_title->setText(haveOneTitle ? settings.title : QString());
+    m_title->setPlaceholderText(haveOneTitle ? QString() : ZRLocalizedString("Several titles"));
+    m_seconds->setValue(settings.seconds);
+    m_transition->setCurrentIndex(int(settings.transition));
+    m_angle->setValue(settings.angle);
+}
+
+void StoryboardWindowController::updateActions()
+{
+    if (!isWindowLoaded())
+        return;
+    const bool hasSlides = !storyboardSelection().slides().isEmpty();
+    for (QAction *const action : std::as_const(m_selectionActions))
+        action->setEnabled(!storyboardSelection().isEmpty() || focusedField());
+    for (QAction *const action : std::as_const(m_slideActions))
+        action->setEnabled(hasSlides);
+    m_paste->setEnabled(StoryboardSelection::canPaste() || focusedField());
+    const QUndoStack &stack = m_storyboard.undoManager().stack();
+    m_undo->setText(actionText(ZRLocalizedString("&Undo"), stack.undoText()));
+    m_undo->setEnabled(stack.canUndo() || focusedField());
+    m_redo->setText(actionText(ZRLocalizedString("&Redo"), stack.redoText()));
+    m_redo->setEnabled(stack.canRedo() || focusedField());
+}
+
+void StoryboardWindowController::updateTexts()
+{
+    const qsizetype selected = storyboardSelection().slides().size() + storyboardSelection().songs().size();
+    QString text = ZRLocalizedString("%1 slides, %2 songs, %3")
+                       .arg(m_storyboard.slides().count())
+                       .arg(m_storyboard.songs().count())
+                       .arg(durationText(m_storyboard.duration()));
+    if (selected > 0)
+        text += QStringLiteral(" – ") + ZRLocalizedString("%1 selected").arg(selected);
+    m_count->setText(text);
+}
