@@ -62,6 +62,14 @@ public:
     explicit TitleDocument(int32_t version = 3)
         : ZRDocument(QStringLiteral("Title"), version, 2, 1)
     { }
+    void setTitle(const QString &next)
+    {
+        performChanges([&] {
+            undoManager().registerUndo([this, before = title] { setTitle(before); });
+            title = next;
+            documentDidChange();
+        });
+    }
     void encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) override
     {
         if (fails)
@@ -360,6 +368,25 @@ TEST_F(ZRDocumentTest, WhoeverThrowsEndsTheAnnouncementAndTheDocumentWorksOn)
     observer.call = nullptr;
     change();
     EXPECT_EQ(log, (QStringList{QStringLiteral("controller")} + once)) << "the level is 0";
+}
+
+TEST_F(ZRDocumentTest, AnObserverOfWhatIsUndoneOrRedoneMayDestroyTheDocument)
+{
+    for (const bool isRedone : {false, true}) {
+        auto edited = std::make_unique<TitleDocument>();
+        edited->setTitle(QStringLiteral("Summer"));
+        if (isRedone)
+            edited->undoManager().undo();
+        Observer destroyer(log, "told");
+        destroyer.call = [&] { edited.reset(); };
+        edited->addObserver(&destroyer);
+        if (isRedone)
+            edited->undoManager().redo();
+        else
+            edited->undoManager().undo();
+        EXPECT_FALSE(edited);
+        EXPECT_EQ(takeLog(), QStringList{QStringLiteral("told")});
+    }
 }
 
 // --- files
