@@ -494,7 +494,7 @@ TEST(KeyedUnarchiver, RecordsThatShareTheirBytesDoNotExpandWithoutMeasure)
             objects += record(2, content);
         return archive(objects, "<key>root</key>" + uid(4));
     };
-    const auto data = [](const QByteArray &bytes) { return "<data>" + bytes.toBase64() + "</data>"; };
+    const auto data = [](const QByteArray &bytes) -> QByteArray { return "<data>" + bytes.toBase64() + "</data>"; };
     const auto refusalOfCount = [&](const QByteArray &className, const QByteArray &blob, const QByteArray &content) {
         EXPECT_EQ(refusal(shared(className, blob, content, 10)), "") << className.constData();
         return refusal(shared(className, blob, content, 1000));
