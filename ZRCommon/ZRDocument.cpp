@@ -1,5 +1,6 @@
 #include "ZRCommon/ZRDocument.h"
 
+#include "Platform/Foundation/EventBoundary.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Foundation/KeyedUnarchiver.h"
 #include "Platform/Foundation/NotificationCenter.h"
@@ -80,7 +81,10 @@ std::optional<QByteArray> ZRDocument::dataRepresentationOfType(const QString &ty
 {
     if (type != m_document_type)
         return std::nullopt;
+    const QPointer<ZRDocument> alive = this;
     undoManager().removeAllActions();
+    if (!alive)
+        return std::nullopt;
     platform::KeyedArchiver archiver;
     archiver.setOutputFormat(platform::KeyedArchiver::XmlFormat);
     archiver.encodeInt32(m_current_version, "current-version");
@@ -103,8 +107,13 @@ bool ZRDocument::loadDataRepresentation(const QByteArray &data, const QString &o
         decodeFromKeyedUnarchiver(unarchiver);
         unarchiver.finishDecoding();
     }
+    const QPointer<ZRDocument> alive = this;
     undoManager().removeAllActions();
-    sendDocumentChanged();
+    if (!alive)
+        return true;
+    // What the person sees now is the file, whatever becomes of the announcement.
+    platform::callGuarded(documents(), QStringLiteral("announcing a document that was read"),
+                          [this] { sendDocumentChanged(); });
     return true;
 }
 

@@ -88,10 +88,12 @@ public:
 
     /// The archive, an XML property list. **Removes all actions of the undo manager**: after saving nothing can be
     /// undone.
-    /// @return nothing when the type is another one
+    /// @return nothing when the type is another one, and when the document was destroyed by who is told of that
     std::optional<QByteArray> dataRepresentationOfType(const QString &type) override;
     /// Has the subclass decode the archive, removes all actions of the undo manager, and announces a change, whatever
-    /// the level. What cannot be read as an archive raises what the unarchiver raises, before any of that.
+    /// the level. What cannot be read as an archive raises what the unarchiver raises, before any of that. What a
+    /// window controller or observer throws ends the announcement and is logged in "zrcommon.document": the document is
+    /// what its file holds all the same.
     /// @return false when the type is another one
     bool loadDataRepresentation(const QByteArray &data, const QString &ofType) override;
 

@@ -92,9 +92,11 @@ void Document::setPath(const QString &path)
 void Document::setEdited(bool isEdited)
 {
     m_isEditedOtherwise = isEdited;
+    const QPointer<Document> alive = this;
     if (!isEdited)
         m_undoManager.setClean();
-    updateEdited();
+    if (alive)
+        updateEdited();
 }
 
 void Document::updateEdited()
@@ -250,7 +252,7 @@ bool Document::save()
     if (m_path.isEmpty())
         return saveAs();
     const QPointer<Document> alive = this;
-    return confirmOverwriting() && alive && saveToFile(m_path);
+    return confirmOverwriting() && alive && saveToFile(QString(m_path)); // which may go with the document
 }
 
 bool Document::saveAs()
@@ -265,9 +267,9 @@ bool Document::saveTo()
     if (path.isEmpty())
         return false;
     if (DocumentFile::isSameFile(path, m_path))
-        return saveToFile(m_path);
+        return saveToFile(QString(m_path)); // which may go with the document
     const QPointer<Document> alive = this;
-    const auto failure = writeToFile(path, m_fileType);
+    const auto failure = writeToFile(path, QString(m_fileType));
     if (failure && alive)
         presentSaveFailure(*failure);
     return !failure;
@@ -276,7 +278,7 @@ bool Document::saveTo()
 bool Document::saveToFile(const QString &path)
 {
     const QPointer<Document> alive = this;
-    const auto failure = writeToFile(path, m_fileType);
+    const auto failure = writeToFile(path, QString(m_fileType));
     if (!alive)
         return !failure;
     if (failure) {
@@ -299,7 +301,7 @@ bool Document::revert()
         return false;
     if (!alive)
         return false;
-    const auto failure = readFromFile(m_path, m_fileType);
+    const auto failure = readFromFile(QString(m_path), QString(m_fileType)); // which may go with the document
     if (failure && alive)
         DocumentPanels::current().presentError(
             this, localizedString("The document “%1” could not be read again.").arg(displayName()), *failure);
@@ -345,7 +347,8 @@ std::optional<QString> Document::readFromFile(const QString &path, const QString
         return failure;
     m_fileType = type;
     m_undoManager.removeAllActions();
-    rememberFile(absolutePath, state);
+    if (alive)
+        rememberFile(absolutePath, state);
     return std::nullopt;
 }
 

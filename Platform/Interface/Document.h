@@ -130,6 +130,7 @@ private:
 
     bool isLastWindow(const WindowController &controller) const;
 
+    void forgetWindowController(WindowController &controller) { m_windowControllers.removeOne(&controller); }
     bool windowShouldClose(const WindowController &controller);
     void windowDidClose(WindowController &controller);
     bool saveToFile(const QString &path);

@@ -9,6 +9,7 @@
 #include "Platform/Interface/DocumentPanels.h"
 #include "Platform/Interface/WindowController.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QPointer>
@@ -31,13 +32,19 @@ QString couldNotBeOpened(const QString &path)
     return localizedString("The file “%1” could not be opened.").arg(QFileInfo(path).fileName());
 }
 
-QStringList storedRecentPaths()
+// The first ones that are accepted, which is asked of no more than are looked at: the defaults may hold anything.
+template <class Accept>
+QStringList storedRecentPaths(const Accept &accept)
 {
+    constexpr qsizetype maximumLookedAt = 10 * DocumentController::MaximumRecentCount;
     QStringList paths;
-    for (const QVariant &value : UserDefaults::standard().array(recentDocumentsKey)) {
+    const QVariantList stored = UserDefaults::standard().array(recentDocumentsKey).mid(0, maximumLookedAt);
+    for (const QVariant &value : stored) {
         const QString path = value.toString();
-        if (QFileInfo(path).isAbsolute() && !paths.contains(path))
+        if (QDir::isAbsolutePath(path) && !paths.contains(path) && accept(path))
             paths.append(path);
+        if (paths.size() == DocumentController::MaximumRecentCount)
+            break;
     }
     return paths;
 }
@@ -130,10 +137,12 @@ std::unique_ptr<Document> DocumentController::make(const DocumentType &type)
 
 Document *DocumentController::openDocument(const QString &path)
 {
-    if (Document *const document = documentForPath(path)) {
+    if (const QPointer<Document> document = documentForPath(path)) {
         document->showWindows();
-        use(document);
-        noteRecentPath(document->path());
+        if (document)
+            use(document);
+        if (document)
+            noteRecentPath(QString(document->path()));
         return document;
     }
     const DocumentType *const type = typeOfPath(path);
@@ -159,8 +168,10 @@ Document *DocumentController::present(std::unique_ptr<Document> document, const 
 {
     const QPointer<Document> added = addDocument(std::move(document));
     const bool isPresented = callGuarded(documentLog(), QStringLiteral("showing a document"), [&] {
-        added->makeWindowControllers();
-        added->showWindows();
+        if (added)
+            added->makeWindowControllers();
+        if (added)
+            added->showWindows();
     });
     if (!isPresented) {
         if (added)
@@ -286,18 +297,15 @@ bool DocumentController::closeAll()
 
 QStringList DocumentController::recentPaths() const
 {
-    QStringList paths = storedRecentPaths();
-    paths.removeIf([](const QString &path) { return !QFileInfo(path).isFile(); });
-    return paths.mid(0, MaximumRecentCount);
+    return storedRecentPaths([](const QString &path) { return QFileInfo(path).isFile(); });
 }
 
 void DocumentController::noteRecentPath(const QString &path)
 {
     if (path.isEmpty())
         return;
-    QStringList paths = storedRecentPaths();
     const QString absolutePath = QFileInfo(path).absoluteFilePath();
-    paths.removeAll(absolutePath);
+    QStringList paths = storedRecentPaths([&](const QString &stored) { return stored != absolutePath; });
     paths.prepend(absolutePath);
     UserDefaults::standard().set(recentDocumentsKey, paths.mid(0, MaximumRecentCount));
     Q_EMIT recentPathsChanged();

@@ -86,7 +86,7 @@ public:
     /// @return whether all were closed. When one was cancelled, all stay open.
     bool closeAll();
 
-    /// The recent files that are still there.
+    /// The recent files that are still there. Of what the defaults hold the first hundred are looked at.
     QStringList recentPaths() const;
     void noteRecentPath(const QString &path);
     void clearRecentPaths();

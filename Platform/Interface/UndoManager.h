@@ -6,6 +6,7 @@
 
 #include <exception>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace platform {
@@ -38,13 +39,17 @@ namespace platform {
 /// **Qt's views.** `stack()` is for QUndoView, QUndoGroup, actions and signals: what a view undoes runs by the same
 /// rules. Hosts push no commands of their own and do not clear it.
 ///
-/// The manager must not be destroyed by one of its calls. Main thread.
+/// **Destroying it.** A call, and whoever is told of what a call does, may destroy the manager: the action ends behind
+/// that call, no other one is made, and `undo` or `redo` returns. What the call throws after that is logged in
+/// "platform.undo". The stack goes when the one who asked it is done.
+///
+/// Main thread.
 class UndoManager
 {
 public:
     using Call = std::function<void()>;
 
-    UndoManager() = default;
+    UndoManager();
     UndoManager(const UndoManager &) = delete;
     UndoManager &operator=(const UndoManager &) = delete;
     ~UndoManager();
@@ -85,11 +90,12 @@ public:
     void setClean();
 
     /// The actions, for Qt's views.
-    QUndoStack &stack() { return m_stack; }
-    const QUndoStack &stack() const { return m_stack; }
+    QUndoStack &stack() { return *m_stack; }
+    const QUndoStack &stack() const { return *m_stack; }
 
 private:
     class Action;
+    class StackHold;
     enum class Activity { None, Undoing, Redoing };
     struct RegisteredCall {
         QPointer<QObject> target;
@@ -101,13 +107,16 @@ private:
     void pushGroup();
     void perform(void (QUndoStack::*step)(), bool (QUndoStack::*canStep)() const);
     void run(Action &action, Activity activity);
+    void makeCalls(Action &action, const StackHold &hold);
     void finish(Action &action, std::vector<RegisteredCall> reverse, Activity activity);
     int indexOf(const Action &action) const;
     std::exception_ptr settle();
     void settleAndLog();
     void tellViews();
 
-    QUndoStack m_stack;
+    std::shared_ptr<UndoManager *> m_self; // null behind it once this is gone; shared with who may outlive it
+    std::unique_ptr<QUndoStack> m_stack = std::make_unique<QUndoStack>();
+    StackHold *m_hold = nullptr; // the outermost one
     std::vector<RegisteredCall> m_group; // what the open group has collected
     QString m_groupName;
     int m_groupingLevel = 0;

@@ -47,6 +47,8 @@ WindowController::WindowController(const QString &interfaceFileName)
 
 WindowController::~WindowController()
 {
+    if (m_document)
+        m_document->forgetWindowController(*this);
     if (!m_window)
         return;
     if (m_frameTimer.isActive())
@@ -272,13 +274,15 @@ void WindowController::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != m_frameTimer.timerId())
         QObject::timerEvent(event);
-    else if (m_window)
+    else
         saveFrame();
 }
 
 void WindowController::saveFrame()
 {
     m_frameTimer.stop();
+    if (!m_window)
+        return;
     const bool isMaximized = m_window->isMaximized();
     if (!isMaximized)
         m_frame = QRect(m_window->pos(), m_window->size());

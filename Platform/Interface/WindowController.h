@@ -40,7 +40,7 @@ class WindowController : public QObject
 public:
     /// @param interfaceFileName the name of the window's interface file; see `InterfaceFile`
     explicit WindowController(const QString &interfaceFileName = {});
-    /// Destroys the window as well.
+    /// Destroys the window as well. A document loses the controller.
     ~WindowController() override;
 
     const QString &interfaceFileName() const { return m_interfaceFileName; }

@@ -62,6 +62,14 @@ public:
     explicit TitleDocument(int32_t version = 3)
         : ZRDocument(QStringLiteral("Title"), version, 2, 1)
     { }
+    void setTitle(const QString &next)
+    {
+        performChanges([&] {
+            undoManager().registerUndo([this, before = title] { setTitle(before); });
+            title = next;
+            documentDidChange();
+        });
+    }
     void encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) override
     {
         if (fails)
@@ -362,6 +370,25 @@ TEST_F(ZRDocumentTest, WhoeverThrowsEndsTheAnnouncementAndTheDocumentWorksOn)
     EXPECT_EQ(log, (QStringList{QStringLiteral("controller")} + once)) << "the level is 0";
 }
 
+TEST_F(ZRDocumentTest, AnObserverOfWhatIsUndoneOrRedoneMayDestroyTheDocument)
+{
+    for (const bool isRedone : {false, true}) {
+        auto edited = std::make_unique<TitleDocument>();
+        edited->setTitle(QStringLiteral("Summer"));
+        if (isRedone)
+            edited->undoManager().undo();
+        Observer destroyer(log, "told");
+        destroyer.call = [&] { edited.reset(); };
+        edited->addObserver(&destroyer);
+        if (isRedone)
+            edited->undoManager().redo();
+        else
+            edited->undoManager().undo();
+        EXPECT_FALSE(edited);
+        EXPECT_EQ(takeLog(), QStringList{QStringLiteral("told")});
+    }
+}
+
 // --- files
 
 TEST_F(ZRDocumentTest, SavesNothingUnderAnotherType)
@@ -468,7 +495,37 @@ TEST_F(ZRDocumentTest, ContentThatNoArchiveCanHoldIsNotSaved)
     EXPECT_EQ(document.dataRepresentationOfType(type), std::nullopt);
 }
 
+TEST_F(ZRDocumentTest, WhoIsToldThatNothingCanBeUndoneMayDestroyTheDocument)
+{
+    const QByteArray archive = archived();
+    for (const bool isLoaded : {false, true}) {
+        auto edited = std::make_unique<TitleDocument>();
+        edited->setTitle(QStringLiteral("Summer"));
+        QObject::connect(&edited->undoManager().stack(), &QUndoStack::canUndoChanged, [&] { edited.reset(); });
+        if (isLoaded)
+            edited->loadDataRepresentation(archive, type);
+        else
+            EXPECT_EQ(edited->dataRepresentationOfType(type), std::nullopt);
+        EXPECT_FALSE(edited);
+    }
+}
+
 // --- with files and windows
+
+TEST_F(ZRDocumentTest, AnObserverThatThrowsDoesNotMakeAFileDamaged)
+{
+    document.title = QStringLiteral("Summer");
+    const QString file = madeFile("a.title", archived());
+    document.setTitle(QStringLiteral("Winter"));
+    takeLog();
+    observer.call = [] { throw std::runtime_error("not told"); };
+    testSupport::expectWarning(QStringLiteral("announcing a document that was read: not told"));
+    EXPECT_EQ(document.readFromFile(file, type), std::nullopt);
+    EXPECT_EQ(takeLog(), once);
+    EXPECT_EQ(document.title, QStringLiteral("Summer"));
+    EXPECT_FALSE(document.isEdited());
+    EXPECT_EQ(document.path(), file);
+}
 
 TEST_F(ZRDocumentTest, ASavedDocumentIsUneditedAndCannotBeUndone)
 {

@@ -88,8 +88,11 @@ ObjectPointer decodeNull(KeyedArchiveReader &, const PropertyListView &)
 ObjectPointer decodeString(KeyedArchiveReader &reader, const PropertyListView &record)
 {
     const PropertyListView bytes = record.value("NS.bytes");
-    if (!bytes.isNull())
-        return std::make_shared<String>(QString::fromUtf8(reader.data(bytes)));
+    if (!bytes.isNull()) {
+        const QByteArray utf8 = reader.data(bytes);
+        reader.requireBounded(sizeof(QChar) * quint64(utf8.size()));
+        return std::make_shared<String>(QString::fromUtf8(utf8));
+    }
     return std::make_shared<String>(reader.text(record.value("NS.string")));
 }
 
@@ -170,6 +173,8 @@ ObjectPointer decodeIndexSet(KeyedArchiveReader &reader, const PropertyListView 
                  wholeNumber(reader.number(record.value("NSLength"))));
     } else if (count.toInteger() != 0) {
         const QByteArray data = reader.data(record.value("NSRangeData"));
+        // Two bytes and more are a range.
+        reader.requireBounded(sizeof(IndexRange) / 2 * quint64(data.size()));
         QByteArrayView rest(data);
         qint64 ranges = 0;
         for (; !rest.isEmpty(); ++ranges) {
@@ -192,6 +197,14 @@ ObjectPointer geometry(KeyedArchiveReader &reader, const std::optional<T> &value
     return std::make_shared<Geometry>(*value);
 }
 
+// A long text costs nothing to keep, but each record that refers to it reads it again.
+QString geometryText(KeyedArchiveReader &reader, const PropertyListView &value)
+{
+    const QString text = reader.text(value);
+    reader.requireBounded(sizeof(QChar) * quint64(text.size()));
+    return text;
+}
+
 ObjectPointer decodeRange(KeyedArchiveReader &reader, const PropertyListView &record)
 {
     const auto location = wholeNumber(reader.number(record.value("NS.rangeval.location")));
@@ -212,11 +225,11 @@ ObjectPointer decodeValue(KeyedArchiveReader &reader, const PropertyListView &re
 {
     switch (reader.number(record.value("NS.special")).toInteger()) {
     case 1:
-        return geometry(reader, GeometryText::toPoint(reader.text(record.value("NS.pointval"))));
+        return geometry(reader, GeometryText::toPoint(geometryText(reader, record.value("NS.pointval"))));
     case 2:
-        return geometry(reader, GeometryText::toSize(reader.text(record.value("NS.sizeval"))));
+        return geometry(reader, GeometryText::toSize(geometryText(reader, record.value("NS.sizeval"))));
     case 3:
-        return geometry(reader, GeometryText::toRect(reader.text(record.value("NS.rectval"))));
+        return geometry(reader, GeometryText::toRect(geometryText(reader, record.value("NS.rectval"))));
     case 4:
         return decodeRange(reader, record);
     case 12:

@@ -148,6 +148,17 @@ void KeyedArchiveReader::requireComparable(quint64 weight)
         fail(QStringLiteral("sets and keys expand without measure"));
 }
 
+void KeyedArchiveReader::requireBounded(quint64 bytes)
+{
+    constexpr quint64 free = 64 * 1024 * 1024;
+    constexpr quint64 factor = 16; // the ranges of an index set take eight times their data
+    if (m_depth == 0) // what stands in "$top" may be asked for again and again
+        return;
+    m_expanded += bytes;
+    if (m_expanded > free + factor * quint64(m_list.memoryUse()))
+        raise(ErrorCode::TooLarge, QStringLiteral("object %1: texts and data expand without measure").arg(m_place));
+}
+
 void KeyedArchiveReader::countPart(quint64 weight, int height)
 {
     constexpr quint64 saturation = std::numeric_limits<quint32>::max();
@@ -195,8 +206,10 @@ QString KeyedArchiveReader::text(const PropertyListView &value)
         return {};
     m_weight += weightOfBytes(content.storedLength());
     if (content.isString()) {
-        if (value.type() != PropertyListType::UID)
+        if (value.type() != PropertyListType::UID) {
+            requireBounded(sizeof(QChar) * quint64(content.storedLength()));
             return content.toString();
+        }
         Slot &slot = m_slots[value.toUid()];
         if (slot.state == Slot::Untouched) {
             slot.state = Slot::TextSeen;
@@ -286,6 +299,7 @@ ObjectPointer KeyedArchiveReader::scalarObject(const PropertyListView &value)
 {
     switch (value.type()) {
     case PropertyListType::String:
+        requireBounded(sizeof(QChar) * quint64(value.storedLength()));
         return std::make_shared<String>(value.toString());
     case PropertyListType::Integer: {
         const quint64 magnitude = value.toUnsigned();
@@ -299,6 +313,7 @@ ObjectPointer KeyedArchiveReader::scalarObject(const PropertyListView &value)
         return std::make_shared<Date>(*value.toReferenceSeconds());
     case PropertyListType::Data: {
         auto data = std::make_shared<Data>(value.toData());
+        requireBounded(quint64(data->bytes().size()));
         countPart(weightOfBytes(data->bytes().size()), 0);
         return data;
     }

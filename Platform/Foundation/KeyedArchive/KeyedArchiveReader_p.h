@@ -63,6 +63,9 @@ public:
     /// Counts values that are compared with each other. Structures that share their parts can be far larger than
     /// their file when they are walked; none such is taken into a set or as a key.
     void requireComparable(quint64 weight);
+    /// Counts bytes that a record's own text or data takes in memory. Records can share theirs, and so come to far more
+    /// than their file; that is refused as too large.
+    void requireBounded(quint64 bytes);
     /// The number of values that the objects taken from the current record have when they are walked.
     quint64 weightOfParts() const { return m_weight; }
 
@@ -114,6 +117,7 @@ private:
     int m_height = 0; // of the parts of the current record
     quint64 m_weight = 0; // of the same
     quint64 m_compared = 0; // weights that went into sets and keys
+    quint64 m_expanded = 0; // bytes of texts and data that records have each for itself
     bool m_hasCircle = false; // among objects that keep themselves alive
     bool m_hasFailed = false;
 };

@@ -481,6 +481,44 @@ TEST(KeyedUnarchiver, ATextThatIsReferredToOftenIsThereOnce)
     EXPECT_EQ(slides[1]->title.constData(), slides.last()->title.constData());
 }
 
+TEST(KeyedUnarchiver, RecordsThatShareTheirBytesDoNotExpandWithoutMeasure)
+{
+    // A thousand records that each make their own of one blob: an archive of little more than 100 KB.
+    const auto shared = [](const QByteArray &className, const QByteArray &blob, const QByteArray &content, int count) {
+        QByteArray objects = classRecord("NSArray") + classRecord(className) + blob + "<dict><key>$class</key>" + uid(1)
+            + "<key>NS.objects</key><array>";
+        for (int i = 5; i < 5 + count; ++i)
+            objects += uid(i);
+        objects += "</array></dict>";
+        for (int i = 0; i < count; ++i)
+            objects += record(2, content);
+        return archive(objects, "<key>root</key>" + uid(4));
+    };
+    const auto data = [](const QByteArray &bytes) -> QByteArray { return "<data>" + bytes.toBase64() + "</data>"; };
+    const auto refusalOfCount = [&](const QByteArray &className, const QByteArray &blob, const QByteArray &content) {
+        EXPECT_EQ(refusal(shared(className, blob, content, 10)), "") << className.constData();
+        return refusal(shared(className, blob, content, 1000));
+    };
+    const QString expected = QStringLiteral("texts and data expand without measure");
+    const QByteArray text = data(QByteArray(100'000, 'x'));
+    EXPECT_TRUE(refusalOfCount("NSString", text, "<key>NS.bytes</key>" + uid(3)).contains(expected));
+    QByteArray ranges;
+    for (quint32 i = 0; i < 30'000; ++i) { // every other index, each in up to three groups of seven bits
+        quint32 rest = 2 * i;
+        for (; rest > 0x7F; rest >>= 7)
+            ranges += char(0x80 | (rest & 0x7F));
+        ranges += char(rest);
+        ranges += char(1);
+    }
+    EXPECT_TRUE(refusalOfCount("NSIndexSet", data(ranges),
+                               "<key>NSRangeCount</key><integer>30000</integer><key>NSRangeData</key>" + uid(3))
+                    .contains(expected));
+    const QByteArray point = "<string>{1," + QByteArray(100'000, ' ') + "2}</string>";
+    EXPECT_TRUE(
+        refusalOfCount("NSValue", point, "<key>NS.special</key><integer>1</integer><key>NS.pointval</key>" + uid(3))
+            .contains(expected));
+}
+
 // Damaged files
 
 namespace {

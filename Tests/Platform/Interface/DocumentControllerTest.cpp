@@ -374,4 +374,54 @@ TEST_F(DocumentControllerTest, MakesTheBestOfRecentFilesThatSomebodyEdited)
     EXPECT_EQ(controller.recentPaths(), QStringList{file}) << "the settings write one alone in this way";
 }
 
+TEST_F(DocumentControllerTest, ADocumentMayBeDestroyedByWhoIsToldOfIt)
+{
+    QObject context;
+    QObject::connect(&controller, &DocumentController::documentsChanged, &context, [this] {
+        if (!controller.documents().isEmpty())
+            delete controller.documents().first();
+    });
+    EXPECT_EQ(controller.newDocument(), nullptr);
+    EXPECT_EQ(controller.documents(), QList<Document *>());
+    EXPECT_EQ(takeAsked(), QStringList()) << "nothing failed";
+}
+
+TEST_F(DocumentControllerTest, ADocumentMayBeDestroyedByItsWindowsMaking)
+{
+    struct Fleeting : TextDocument {
+        void makeWindowControllers() override { delete this; }
+    };
+    controller.registerType(
+        {QStringLiteral("Fleeting"), QStringLiteral("fleeting"), [] { return std::make_unique<Fleeting>(); }});
+    EXPECT_EQ(controller.newDocument(QStringLiteral("Fleeting")), nullptr);
+    EXPECT_EQ(takeAsked(), QStringList()) << "nothing failed";
+}
+
+TEST_F(DocumentControllerTest, AnOpenDocumentMayBeDestroyedWhenItIsShownAgain)
+{
+    TextDocument *const first = opened("a.text");
+    ASSERT_TRUE(first);
+    ASSERT_TRUE(opened("b.text"));
+    QObject context;
+    QObject::connect(&controller, &DocumentController::currentDocumentChanged, &context, [&](Document *current) {
+        if (current == first)
+            delete current;
+    });
+    EXPECT_EQ(controller.openDocument(path("a.text")), nullptr);
+    EXPECT_EQ(controller.documents().size(), 1);
+}
+
+TEST_F(DocumentControllerTest, LooksAtNoMoreThanAHundredStoredPaths)
+{
+    QStringList stored;
+    for (int i = 0; i < 99; ++i)
+        stored.append(path("none") + QString::number(i));
+    stored.append(madeFile("last.text", ""));
+    stored.append(madeFile("behind.text", ""));
+    for (int i = 0; i < 100'000; ++i)
+        stored.append(path("garbage") + QString::number(i));
+    UserDefaults::standard().set(QStringLiteral("NSRecentDocuments"), stored);
+    EXPECT_EQ(controller.recentPaths(), QStringList{path("last.text")});
+}
+
 } // namespace

@@ -713,4 +713,25 @@ TEST_F(DocumentTest, DestroysItsWindows)
     EXPECT_FALSE(window);
 }
 
+TEST_F(DocumentTest, WhoIsToldThatItIsUneditedMayDestroyIt)
+{
+    auto edited = std::make_unique<TextDocument>();
+    edited->setText(QStringLiteral("mine"));
+    QObject::connect(edited.get(), &platform::Document::editedChanged, [&] { edited.reset(); });
+    edited->setEdited(false);
+    EXPECT_FALSE(edited);
+}
+
+TEST_F(DocumentTest, WhoIsToldOfASaveMayDestroyIt)
+{
+    auto edited = std::make_unique<TextDocument>();
+    const QString file = madeFile("a.text", "theirs");
+    ASSERT_EQ(edited->readFromFile(file, QStringLiteral("Text")), std::nullopt);
+    edited->setText(QStringLiteral("mine"));
+    QObject::connect(edited.get(), &platform::Document::editedChanged, [&] { edited.reset(); });
+    EXPECT_TRUE(edited->save());
+    EXPECT_FALSE(edited);
+    EXPECT_EQ(testSupport::readFile(file), "mine");
+}
+
 } // namespace

@@ -40,6 +40,70 @@ struct UndoManagerTest : testing::Test {
     }
 };
 
+TEST_F(UndoManagerTest, MayBeDestroyedWhileItUndoesAndRedoes)
+{
+    for (const bool isRedone : {false, true}) {
+        auto owned = std::make_unique<UndoManager>();
+        const auto destroy = [&] {
+            owned.reset();
+            log.append(QStringLiteral("destroyed"));
+        };
+        owned->beginUndoGrouping();
+        owned->registerUndo([this] { log.append(QStringLiteral("never")); });
+        if (isRedone)
+            owned->registerUndo([&] { owned->registerUndo(destroy); });
+        else
+            owned->registerUndo(destroy);
+        if (isRedone)
+            owned->registerUndo([&] { owned->registerUndo([this] { log.append(QStringLiteral("never")); }); });
+        owned->endUndoGrouping();
+        if (isRedone) {
+            owned->undo();
+            log.clear();
+            owned->redo();
+        } else {
+            owned->undo();
+        }
+        EXPECT_FALSE(owned);
+        EXPECT_EQ(log, QStringList{QStringLiteral("destroyed")});
+        log.clear();
+    }
+}
+
+TEST_F(UndoManagerTest, WhatIsThrownBehindItsEndIsLogged)
+{
+    auto owned = std::make_unique<UndoManager>();
+    owned->registerUndo([&] {
+        owned.reset();
+        throw std::runtime_error("too late");
+    });
+    testSupport::expectWarning(QStringLiteral("undoing: too late"));
+    owned->undo();
+    EXPECT_FALSE(owned);
+}
+
+TEST_F(UndoManagerTest, AViewMayUndoWhatDestroysTheManager)
+{
+    auto owned = std::make_unique<UndoManager>();
+    for (int i = 0; i < 3; ++i)
+        owned->registerUndo([this] { log.append(QStringLiteral("never")); });
+    owned->registerUndo([&] { owned.reset(); });
+    const QPointer<QUndoStack> stack = &owned->stack();
+    stack->setIndex(0); // through all actions
+    EXPECT_FALSE(owned);
+    EXPECT_EQ(log, QStringList());
+    EXPECT_TRUE(testSupport::waitUntil([&] { return !stack; }));
+}
+
+TEST_F(UndoManagerTest, WhoIsToldThatAllActionsAreGoneMayDestroyIt)
+{
+    auto owned = std::make_unique<UndoManager>();
+    owned->registerUndo([] {});
+    QObject::connect(&owned->stack(), &QUndoStack::canUndoChanged, [&] { owned.reset(); });
+    owned->removeAllActions();
+    EXPECT_FALSE(owned);
+}
+
 TEST_F(UndoManagerTest, UndoesAndRedoesBackAndForth)
 {
     EXPECT_FALSE(manager.canUndo());

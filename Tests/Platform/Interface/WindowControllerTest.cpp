@@ -389,4 +389,31 @@ TEST_F(WindowControllerTest, CascadesWindowsWithoutAStoredFrame)
     EXPECT_EQ(fifth.window()->pos(), screen.topLeft()) << "begins anew at the edge of the screen";
 }
 
+TEST_F(WindowControllerTest, AWindowThatDestroysItselfWhenItClosesHasNoFrame)
+{
+    struct Vanishing : QWidget {
+        void closeEvent(QCloseEvent *) override { delete this; }
+    };
+    struct Owner : WindowController {
+        std::unique_ptr<QWidget> makeWindow() override { return std::make_unique<Vanishing>(); }
+    };
+    Owner controller;
+    controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
+    controller.showWindow();
+    controller.window()->resize(210, 110); // its frame is to be stored soon
+    QCloseEvent event; // sent, since a widget does not survive its own close()
+    QCoreApplication::sendEvent(controller.window(), &event);
+    EXPECT_EQ(controller.window(), nullptr);
+}
+
+TEST_F(WindowControllerTest, ADestroyedControllerLeavesItsDocument)
+{
+    TextDocument document;
+    Controller &first = document.addController();
+    Controller &second = document.addController();
+    delete &first;
+    EXPECT_EQ(document.windowControllers(), QList<WindowController *>{&second});
+    document.showWindows();
+}
+
 } // namespace
