@@ -68,9 +68,20 @@ StoryboardWindowController::StoryboardWindowController(StoryboardDocument &docum
     selection()->addObserver(this);
 }
 
+// The document may be half gone by now, and the window goes after this: nothing that is told of that may ask the
+// document.
 StoryboardWindowController::~StoryboardWindowController()
 {
     selection()->removeObserver(this);
+    if (!m_grid)
+        return;
+    qApp->disconnect(this);
+    QGuiApplication::clipboard()->disconnect(this);
+    m_songsView->selectionModel()->disconnect(this);
+    if (QWidget *const shown = window()) {
+        for (QObject *const part : shown->findChildren<QObject *>())
+            part->disconnect(this);
+    }
 }
 
 StoryboardSelection &StoryboardWindowController::storyboardSelection() const

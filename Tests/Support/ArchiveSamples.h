@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 /// Host classes with keys of their own, as archives hold them.
 namespace archiveSamples {
 
@@ -67,10 +70,32 @@ public:
     QList<std::shared_ptr<Slide>> parts;
 };
 
+inline std::vector<std::weak_ptr<Slide>> &decodedSlides()
+{
+    static std::vector<std::weak_ptr<Slide>> slides;
+    return slides;
+}
+
+/// Lets the slides go that were decoded since the last call and hold each other in a circle, as no host would write
+/// them.
+inline void breakCircles()
+{
+    for (const auto &each : std::exchange(decodedSlides(), {})) {
+        if (const auto slide = each.lock()) {
+            slide->next.reset();
+            slide->parts.clear();
+        }
+    }
+}
+
 inline platform::ArchiveClasses classes()
 {
     platform::ArchiveClasses classes;
-    classes.registerClass<Slide>(QStringLiteral("Slide"));
+    classes.registerClass<Slide>(QStringLiteral("Slide"), {QStringLiteral("NSObject")}, [] {
+        auto slide = std::make_shared<Slide>();
+        decodedSlides().push_back(slide);
+        return slide;
+    });
     classes.registerClass<Picture>(QStringLiteral("Picture"), {QStringLiteral("Asset"), QStringLiteral("NSObject")});
     return classes;
 }
