@@ -277,7 +277,7 @@ void StoryboardWindowController::commitTitle()
 
 void StoryboardWindowController::commitEditing()
 {
-    if (!isWindowLoaded() || m_isShowing)
+    if (!isWindowLoaded() || m_isShowing || !document())
         return;
     commitTitle();
     m_seconds->interpretText();
@@ -294,7 +294,7 @@ bool StoryboardWindowController::eventFilter(QObject *watched, QEvent *event)
 void StoryboardWindowController::changeSlides(const QString &actionName,
                                               const std::function<void(Slide::Settings &)> &change)
 {
-    if (m_isShowing)
+    if (m_isShowing || !document())
         return;
     commitEditing();
     m_storyboard.changeSlides(storyboardSelection().slides(), actionName, change);
@@ -450,7 +450,7 @@ void StoryboardWindowController::documentChanged()
 
 void StoryboardWindowController::takeGridSelection()
 {
-    if (m_isShowing)
+    if (m_isShowing || !document())
         return;
     QList<platform::ObjectPointer> items;
     for (const platform::Cell *const cell : m_grid->selectedCells()) {
@@ -464,7 +464,7 @@ void StoryboardWindowController::takeGridSelection()
 
 void StoryboardWindowController::takeSongSelection()
 {
-    if (m_isShowing)
+    if (m_isShowing || !document())
         return;
     QList<platform::ObjectPointer> items;
     for (const QModelIndex &index : m_songsView->selectionModel()->selectedRows())
@@ -475,7 +475,7 @@ void StoryboardWindowController::takeSongSelection()
 
 void StoryboardWindowController::selectionDidChange(ZRSelection &)
 {
-    if (isWindowLoaded())
+    if (isWindowLoaded() && document())
         showSelection();
 }
 
@@ -515,7 +515,7 @@ void StoryboardWindowController::showForm()
 
 void StoryboardWindowController::updateActions()
 {
-    if (!isWindowLoaded())
+    if (!isWindowLoaded() || !document()) // which may be going
         return;
     const bool hasSlides = !storyboardSelection().slides().isEmpty();
     for (QAction *const action : std::as_const(m_selectionActions))
