@@ -571,7 +571,7 @@ TEST(KeyedUnarchiver, AFileWithAFlippedBitIsReadOrRefused)
 {
     const QByteArray bytes = wholeArchive();
     for (qsizetype at = 0; at < bytes.size(); ++at) {
-        for (int bit = 0; bit < 8; ++bit) {
+        for (const int bit : {0, int(at % 8)}) { // the lowest makes the neighbouring letter or digit
             QByteArray damaged = bytes;
             damaged[at] = char(damaged[at] ^ (1 << bit));
             static_cast<void>(refusal(damaged));
@@ -587,7 +587,7 @@ TEST(KeyedUnarchiver, AFileWithExchangedReferencesIsReadOrRefused)
     const QByteArray before = "<key>CF$UID</key>";
     for (qsizetype at = bytes.indexOf(before); at >= 0; at = bytes.indexOf(before, at + 1))
         places.append(bytes.indexOf("<integer>", at) + 9);
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < 1000; ++round) {
         QByteArray damaged = bytes;
         for (int i = 0; i < 3; ++i) {
             const qsizetype place = places[qsizetype(random() % quint64(places.size()))];
