@@ -382,7 +382,7 @@ TEST_F(DocumentControllerTest, ADocumentMayBeDestroyedByWhoIsToldOfIt)
             delete controller.documents().first();
     });
     EXPECT_EQ(controller.newDocument(), nullptr);
-    EXPECT_EQ(controller.documents(), QList<Document *>());
+    EXPECT_TRUE(controller.documents().isEmpty());
     EXPECT_EQ(takeAsked(), QStringList()) << "nothing failed";
 }
 
