@@ -1,10 +1,10 @@
-// A document of 100,000 slides archived and read back, beside a script that parses the same XML into dictionaries and
+// A storyboard of 100,000 slides archived and read back, beside a script that parses the same XML into dictionaries and
 // writes it again. Each is run in a process of its own, which has done nothing else before, so that its memory counts.
 // What is timed is processor time, of all threads, which other programs disturb least.
 
 #include "BenchmarkSupport.h"
-#include "Platform/Foundation/KeyedArchiver.h"
-#include "Platform/Foundation/KeyedUnarchiver.h"
+#include "Platform/Interface/DocumentController.h"
+#include "Storyboard/StoryboardDocument.h"
 
 #include <QtCore>
 
@@ -26,66 +26,25 @@ private:
 
 constexpr int slideCount = 100'000;
 
-/// A slide as a slide-show application has it.
-class Slide : public platform::Object, public platform::KeyedCoding
-{
-    ZR_OBJECT(Slide, platform::Object)
-public:
-    void encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) const override
-    {
-        archiver.encode(title, "title");
-        archiver.encode(path, "path");
-        archiver.encodeDouble(seconds, "seconds");
-        archiver.encodeInt32(transition, "transition");
-        archiver.encodeDouble(angle, "angle");
-    }
-    void decodeFromKeyedUnarchiver(platform::KeyedUnarchiver &unarchiver) override
-    {
-        title = unarchiver.decodeString("title");
-        path = unarchiver.decodeString("path");
-        seconds = unarchiver.decodeDouble("seconds");
-        transition = unarchiver.decodeInt32("transition");
-        angle = unarchiver.decodeDouble("angle");
-    }
-    bool isSameAs(const Slide &other) const
-    {
-        return title == other.title && path == other.path && seconds == other.seconds && transition == other.transition
-            && angle == other.angle;
-    }
-
-    QString title;
-    QString path;
-    double seconds = 0;
-    qint32 transition = 0;
-    double angle = 0;
-};
-
-using Slides = QList<std::shared_ptr<Slide>>;
-
-Slides newSlides()
+StoryboardDocument::Slides::Items newSlides()
 {
     QRandomGenerator random(1);
-    Slides slides;
+    StoryboardDocument::Slides::Items slides;
     slides.reserve(slideCount);
     for (int i = 0; i < slideCount; ++i) {
-        auto slide = std::make_shared<Slide>();
-        slide->title = QStringLiteral("Slide %1 – Föhr").arg(i);
-        slide->path = QStringLiteral("/home/somebody/Pictures/2024/Holiday/IMG_%1.jpg").arg(i);
-        slide->seconds = double(random.bounded(100)) / 10;
-        slide->transition = random.bounded(8);
-        slide->angle = random.bounded(360.0);
+        const auto slide =
+            std::make_shared<Slide>(QStringLiteral("/home/somebody/Pictures/2024/Holiday/IMG_%1.jpg").arg(i));
+        slide->setSettings({QStringLiteral("Slide %1 – Föhr").arg(i), double(1 + random.bounded(100)) / 10,
+                            Slide::Transition(random.bounded(Slide::transitionCount)), random.bounded(360.0)});
         slides.append(slide);
     }
     return slides;
 }
 
-QByteArray archived(const Slides &slides)
+QByteArray archived(StoryboardDocument &document)
 {
-    platform::KeyedArchiver archiver;
-    archiver.encodeInt32(1, "current-version");
-    archiver.encode(slides, "slides");
-    auto bytes = archiver.finishEncoding();
-    benchmarkSupport::require(bool(bytes), "the slides cannot be archived");
+    auto bytes = document.dataRepresentationOfType(document.fileType());
+    benchmarkSupport::require(bytes.has_value(), "the document cannot be archived");
     return std::move(bytes).value();
 }
 
@@ -109,11 +68,12 @@ double memoryPerByte(qint64 before, qint64 fileSize)
 
 void Archive(benchmark::State &state)
 {
-    const Slides slides = newSlides();
+    StoryboardDocument document;
+    document.insertSlides(newSlides(), 0, {});
     for (auto _ : state) {
         const qint64 before = benchmarkSupport::residentMemory();
         const ProcessorClock clock;
-        const QByteArray bytes = archived(slides);
+        const QByteArray bytes = archived(document);
         state.SetIterationTime(clock.seconds());
         state.counters["memory_per_file_byte"] = memoryPerByte(before, bytes.size());
         state.counters["file_MB"] = double(bytes.size()) / 1e6;
@@ -127,18 +87,17 @@ void Unarchive(benchmark::State &state)
         const qint64 before = benchmarkSupport::residentMemory();
         const ProcessorClock clock;
         const QByteArray bytes = benchmarkSupport::readWhole(path);
-        Slides slides;
-        {
-            platform::KeyedUnarchiver unarchiver(bytes);
-            slides = unarchiver.decodeObjectsOfClass<Slide>("slides");
-            unarchiver.finishDecoding();
-        }
+        StoryboardDocument document;
+        const bool isLoaded = document.loadDataRepresentation(bytes, document.fileType());
         state.SetIterationTime(clock.seconds());
         state.counters["memory_per_file_byte"] = memoryPerByte(before, bytes.size());
-        const Slides expected = newSlides();
-        const auto same = [](const auto &a, const auto &b) { return a->isSameAs(*b); };
-        benchmarkSupport::require(std::equal(slides.cbegin(), slides.cend(), expected.cbegin(), expected.cend(), same),
-                                  "the slides have changed");
+        const auto slides = document.slides().items(), expected = newSlides();
+        const auto same = [](const auto &a, const auto &b) {
+            return a->photoPath() == b->photoPath() && a->settings() == b->settings();
+        };
+        benchmarkSupport::require(
+            isLoaded && std::equal(slides.cbegin(), slides.cend(), expected.cbegin(), expected.cend(), same),
+            "the slides have changed");
     }
 }
 
@@ -174,10 +133,12 @@ BENCHMARK(PeerWrite)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations
 
 int main(int argc, char **argv)
 {
-    platform::ArchiveClasses::shared().registerClass<Slide>(QStringLiteral("Slide"));
+    StoryboardDocument::type();
     if (argc == 3 && qstrcmp(argv[1], "--write") == 0) {
         QFile file(QString::fromLocal8Bit(argv[2]));
-        const QByteArray bytes = archived(newSlides());
+        StoryboardDocument document;
+        document.insertSlides(newSlides(), 0, {});
+        const QByteArray bytes = archived(document);
         return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? 0 : 1;
     }
     benchmark::Initialize(&argc, argv);

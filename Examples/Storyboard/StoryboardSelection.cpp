@@ -89,19 +89,10 @@ StoryboardDocument::Songs::Items StoryboardSelection::songs() const
     return sorted<Song>(*this);
 }
 
-bool StoryboardSelection::isEmpty() const
-{
-    return std::all_of(selectionItemSets().cbegin(), selectionItemSets().cend(),
-                       [](const auto &set) { return set->selectedItems().empty(); });
-}
-
 void StoryboardSelection::select(const QList<platform::ObjectPointer> &items)
 {
-    qsizetype selected = 0;
-    for (const auto &set : selectionItemSets())
-        selected += qsizetype(set->selectedItems().size());
     const auto isSelected = [this](const platform::ObjectPointer &item) { return containsItem(item); };
-    if (selected == items.size() && std::all_of(items.cbegin(), items.cend(), isSelected))
+    if (slideCount() + songCount() == items.size() && std::all_of(items.cbegin(), items.cend(), isSelected))
         return;
     performChanges([&] {
         removeAllSelections();

@@ -22,7 +22,10 @@ public:
     /// The selected items in their order.
     StoryboardDocument::Slides::Items slides() const;
     StoryboardDocument::Songs::Items songs() const;
-    bool isEmpty() const;
+    /// How many are selected, which costs nothing.
+    qsizetype slideCount() const { return selectedItemCountOfClass(Slide::staticClass()); }
+    qsizetype songCount() const { return selectedItemCountOfClass(Song::staticClass()); }
+    bool isEmpty() const { return slideCount() + songCount() == 0; }
 
     /// Selects these alone, in one change; nothing happens when they are selected already.
     void select(const QList<platform::ObjectPointer> &items);

@@ -445,7 +445,6 @@ void StoryboardWindowController::documentChanged()
             set->validateItems();
     });
     showSelection();
-    updateTexts();
 }
 
 void StoryboardWindowController::takeGridSelection()
@@ -458,7 +457,7 @@ void StoryboardWindowController::takeGridSelection()
             items.append(cell->representedObject());
     }
     // Nothing selected here may mean that songs are.
-    if (!items.isEmpty() || storyboardSelection().songs().isEmpty())
+    if (!items.isEmpty() || storyboardSelection().songCount() == 0)
         storyboardSelection().select(items);
 }
 
@@ -469,7 +468,7 @@ void StoryboardWindowController::takeSongSelection()
     QList<platform::ObjectPointer> items;
     for (const QModelIndex &index : m_songsView->selectionModel()->selectedRows())
         items.append(m_storyboard.songs().items().at(index.row()));
-    if (!items.isEmpty() || storyboardSelection().slides().isEmpty())
+    if (!items.isEmpty() || storyboardSelection().slideCount() == 0)
         storyboardSelection().select(items);
 }
 
@@ -483,7 +482,8 @@ void StoryboardWindowController::showSelection()
 {
     const QScopedValueRollback showing(m_isShowing, true);
     platform::IndexSet indexes;
-    for (const auto &slide : storyboardSelection().slides())
+    const auto slides = storyboardSelection().slides();
+    for (const auto &slide : slides)
         indexes.addIndex(m_storyboard.slides().indexOf(slide.get()));
     m_grid->setSelectedIndexes(indexes);
     QItemSelection rows;
@@ -492,14 +492,13 @@ void StoryboardWindowController::showSelection()
         rows.select(row, row);
     }
     m_songsView->selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
-    showForm();
+    showForm(slides);
     updateActions();
     updateTexts();
 }
 
-void StoryboardWindowController::showForm()
+void StoryboardWindowController::showForm(const StoryboardDocument::Slides::Items &slides)
 {
-    const auto slides = storyboardSelection().slides();
     m_slideBox->setEnabled(!slides.isEmpty());
     m_slideBox->setTitle(slides.size() > 1 ? ZRLocalizedString("%1 Slides").arg(slides.size())
                                            : ZRLocalizedString("Slide"));
@@ -517,11 +516,10 @@ void StoryboardWindowController::updateActions()
 {
     if (!isWindowLoaded() || !document()) // which may be going
         return;
-    const bool hasSlides = !storyboardSelection().slides().isEmpty();
     for (QAction *const action : std::as_const(m_selectionActions))
         action->setEnabled(!storyboardSelection().isEmpty() || focusedField());
     for (QAction *const action : std::as_const(m_slideActions))
-        action->setEnabled(hasSlides);
+        action->setEnabled(storyboardSelection().slideCount() > 0);
     m_paste->setEnabled(StoryboardSelection::canPaste() || focusedField());
     const QUndoStack &stack = m_storyboard.undoManager().stack();
     m_undo->setText(actionText(ZRLocalizedString("&Undo"), stack.undoText()));
@@ -532,7 +530,7 @@ void StoryboardWindowController::updateActions()
 
 void StoryboardWindowController::updateTexts()
 {
-    const qsizetype selected = storyboardSelection().slides().size() + storyboardSelection().songs().size();
+    const qsizetype selected = storyboardSelection().slideCount() + storyboardSelection().songCount();
     QString text = ZRLocalizedString("%1 slides, %2 songs, %3")
                        .arg(m_storyboard.slides().count())
                        .arg(m_storyboard.songs().count())

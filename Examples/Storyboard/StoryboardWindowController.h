@@ -53,7 +53,6 @@ protected:
 private:
     void selectionDidChange(ZRSelection &selection) override;
 
-    StoryboardDocument &storyboard() const { return m_storyboard; }
     void findOutlets();
     void makeMenus();
     void makeEditMenu(QMenu &menu);
@@ -83,7 +82,7 @@ private:
     void takeGridSelection();
     void takeSongSelection();
     void showSelection();
-    void showForm();
+    void showForm(const StoryboardDocument::Slides::Items &slides);
     void updateActions();
     void updateTexts();
 
