@@ -345,9 +345,12 @@ void saveAndRestore(benchmark::State &state)
     }
 }
 
-void add(const std::string &name, const std::function<void(benchmark::State &)> &figure)
+void add(const std::string &name, const std::function<void(benchmark::State &)> &figure, int iterations = 9)
 {
-    benchmark::RegisterBenchmark(name.c_str(), figure)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(9);
+    benchmark::RegisterBenchmark(name.c_str(), figure)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(iterations);
 }
 
 template <class AnyGrid>
@@ -355,19 +358,20 @@ void addAll(const std::string &prefix)
 {
     constexpr int count = 100'000;
     using Step = std::function<void(AnyGrid &)>;
-    const auto addStep = [&](const char *name, const Step &step, const Step &between = {}) {
-        add(prefix + name, [=](benchmark::State &state) { run<AnyGrid>(state, count, step, between); });
+    const auto addStep = [&](const char *name, int iterations, const Step &step, const Step &between = {}) {
+        add(
+            prefix + name, [=](benchmark::State &state) { run<AnyGrid>(state, count, step, between); }, iterations);
     };
     add(prefix + "Memory", [](benchmark::State &state) { memory<AnyGrid>(state, count); });
     add(prefix + "FirstFrame", [](benchmark::State &state) { firstFrame<AnyGrid>(state, count); });
     add(prefix + "FirstFrameOfAMillion", [](benchmark::State &state) { firstFrame<AnyGrid>(state, 1'000'000); });
-    addStep("Paint", [](AnyGrid &grid) { grid.repaint(); });
-    addStep("Scroll", scroll<AnyGrid>);
-    addStep("Resize", resize<AnyGrid>);
-    addStep("Layout", [](AnyGrid &grid) { grid.layOut(); });
-    addStep("HitTest", hitTest<AnyGrid>);
+    addStep("Paint", 100, [](AnyGrid &grid) { grid.repaint(); });
+    addStep("Scroll", 9, scroll<AnyGrid>);
+    addStep("Resize", 50, resize<AnyGrid>);
+    addStep("Layout", 50, [](AnyGrid &grid) { grid.layOut(); });
+    addStep("HitTest", 100, hitTest<AnyGrid>);
     addStep(
-        "SelectAll",
+        "SelectAll", 50,
         [](AnyGrid &grid) {
             grid.selectAll();
             QCoreApplication::sendPostedEvents();

@@ -38,11 +38,16 @@ QString shortened(const QString &title, const QRectF &frame)
 
 /// Images that are made of pictures and titles and drawn again and again, found by all that decides what they look
 /// like, so that they need not be told when something changes: another look is another image. Those that were drawn
-/// last are kept, enough for what shows on two large screens.
+/// last are kept.
 template <class Look>
 class DrawnImages
 {
 public:
+    /// @param limit in bytes
+    explicit DrawnImages(qsizetype limit)
+        : m_images(limit)
+    { }
+
     template <class Make>
     QImage image(const Look &look, Make make)
     {
@@ -55,8 +60,11 @@ public:
     }
 
 private:
-    QCache<Look, QImage> m_images{64 * 1024 * 1024}; // bytes
+    QCache<Look, QImage> m_images;
 };
+
+/// What shows on two large screens.
+constexpr qsizetype pictureLimit = 64 * 1024 * 1024, titleLimit = pictureLimit / 4;
 
 struct PictureLook {
     qint64 picture; // its key
@@ -75,7 +83,7 @@ QImage fitted(const QImage &picture, const QSize &size, double pixelRatio)
 {
     if (picture.size() == size && picture.devicePixelRatio() == pixelRatio)
         return picture;
-    static DrawnImages<PictureLook> pictures;
+    static DrawnImages<PictureLook> pictures(pictureLimit);
     return pictures.image({picture.cacheKey(), size, pixelRatio}, [&] {
         QImage image = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         image.setDevicePixelRatio(pixelRatio);
@@ -228,7 +236,7 @@ void ZRPhotoCell::drawTitleImage(QPainter &painter, const QRectF &frame, double 
     const QSize size = ((frame.size() - QSizeF(0, top)) * ratio).toSize();
     if (size.isEmpty())
         return drawTitle(painter, frame, text);
-    static DrawnImages<TitleLook> titles;
+    static DrawnImages<TitleLook> titles(titleLimit);
     const QImage image = titles.image({m_photo_title, background.rgba(), text.rgba(), size, ratio}, [&] {
         QImage drawn(size, QImage::Format_RGB32);
         drawn.setDevicePixelRatio(ratio);

@@ -125,7 +125,10 @@ public:
     /// Takes over the items and the anchor of the other set. The other kinds are not emptied.
     void copyFrom(const ZRSelectionItemSet &other);
     /// Whether equal items are selected, whatever the anchors.
-    bool isEqual(const ZRSelectionItemSet &other) const { return m_selected_items == other.m_selected_items; }
+    bool isEqual(const ZRSelectionItemSet &other) const
+    {
+        return platform::areEqual(m_selected_items, other.m_selected_items);
+    }
     /// The least absolute index of the selected items; `NotFound` when the document has none of them. Linear in the
     /// selected items.
     quint32 lowestItemIndex() const;

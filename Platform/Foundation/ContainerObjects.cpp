@@ -30,9 +30,7 @@ Set::Set(const QList<ObjectPointer> &objects)
 bool Set::isEqual(const Object &other) const
 {
     const auto *set = dynamic_cast<const Set *>(&other);
-    return set && set->m_objects.size() == m_objects.size()
-        && std::all_of(m_objects.cbegin(), m_objects.cend(),
-                       [set](const ObjectPointer &object) { return set->contains(object); });
+    return set && areEqual(m_members, set->m_members);
 }
 
 // A sum, since the order does not count.

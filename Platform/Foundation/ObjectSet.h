@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Object.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace platform {
@@ -19,5 +20,12 @@ struct ObjectEquality {
 /// Thread safety: that of a standard container. A set that nobody changes may be read from any thread at the same time,
 /// which calls `hash` and `isEqual` of its objects there; a set that is changed belongs to one thread at a time.
 using ObjectSet = std::unordered_set<ObjectPointer, ObjectHash, ObjectEquality>;
+
+/// Whether both hold equal objects. (`==` asks whether they hold the same ones.) Linear.
+inline bool areEqual(const ObjectSet &a, const ObjectSet &b)
+{
+    const auto isInB = [&b](const ObjectPointer &object) { return b.contains(object); };
+    return a.size() == b.size() && std::all_of(a.cbegin(), a.cend(), isInB);
+}
 
 } // namespace platform

@@ -571,8 +571,15 @@ TEST_F(SelectionItemSet, EqualSetsHoldEqualItemsWhateverTheirAnchors)
     select({5, 3});
     EXPECT_NE(copy->firstItem(), slideSet().firstItem());
     EXPECT_TRUE(slideSet().isEqual(*copy));
-    selection->addItem(a(4));
+    copy->removeItem(a(5));
+    copy->addItem(std::make_shared<Slide>(5)); // another object
+    EXPECT_TRUE(slideSet().isEqual(*copy));
+    copy->removeItem(a(5));
+    copy->addItem(a(6));
+    EXPECT_FALSE(slideSet().isEqual(*copy)); // as many, but others
+    copy->removeItem(a(6));
     EXPECT_FALSE(slideSet().isEqual(*copy));
+    EXPECT_FALSE(copy->isEqual(slideSet()));
     EXPECT_FALSE(slideSet().isEqual(ZRSelectionItemSet()));
 }
 
