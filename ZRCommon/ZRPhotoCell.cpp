@@ -195,10 +195,12 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
     const QRectF exact = pixels ? QRectF((QPointF(pixels->topLeft()) - QPointF(device.dx(), device.dy())) / ratio,
                                          QSizeF(pixels->size()) / ratio)
                                 : frame;
+    const QRectF strip = titleStrip(exact, ratio);
+    const bool isKept = pixels && background.alpha() == 255 && !m_photo_title.isEmpty() && strip.height() > 0;
     // Also below the picture: to fill around it takes longer.
-    painter.fillRect(exact, background);
-    if (pixels && background.alpha() == 255)
-        drawTitleImage(painter, exact, ratio, background, text);
+    painter.fillRect(isKept ? QRectF(exact.topLeft(), strip.topRight()) : exact, background);
+    if (isKept)
+        drawTitleImage(painter, exact, strip, ratio, background, text);
     else
         drawTitle(painter, exact, text);
     drawPicture(painter, exact, ratio, pictureToDraw(view));
@@ -226,26 +228,28 @@ QRectF ZRPhotoCell::titleArea(const QRectF &frame) const
                   titleHeight);
 }
 
-// To lay a line of text out takes many times as long as to copy it.
-void ZRPhotoCell::drawTitleImage(QPainter &painter, const QRectF &frame, double ratio, const QColor &background,
-                                 const QColor &text) const
+/// The rows from the title's on, in whole pixels.
+QRectF ZRPhotoCell::titleStrip(const QRectF &frame, double ratio) const
 {
-    if (m_photo_title.isEmpty())
-        return;
     const double top = std::round((titleArea(frame).y() - frame.y()) * ratio) / ratio;
-    const QSize size = ((frame.size() - QSizeF(0, top)) * ratio).toSize();
-    if (size.isEmpty())
-        return drawTitle(painter, frame, text);
+    return frame.adjusted(0, std::max(top, 0.0), 0, 0);
+}
+
+// To lay a line of text out takes many times as long as to copy it.
+void ZRPhotoCell::drawTitleImage(QPainter &painter, const QRectF &frame, const QRectF &strip, double ratio,
+                                 const QColor &background, const QColor &text) const
+{
+    const QSize size = (strip.size() * ratio).toSize();
     static DrawnImages<TitleLook> titles(titleLimit);
     const QImage image = titles.image({m_photo_title, background.rgba(), text.rgba(), size, ratio}, [&] {
         QImage drawn(size, QImage::Format_RGB32);
         drawn.setDevicePixelRatio(ratio);
         drawn.fill(background);
         QPainter imagePainter(&drawn);
-        drawTitle(imagePainter, QRectF(QPointF(0, -top), frame.size()), text);
+        drawTitle(imagePainter, frame.translated(-strip.topLeft()), text);
         return drawn;
     });
-    painter.drawImage(frame.topLeft() + QPointF(0, top), image);
+    painter.drawImage(strip.topLeft(), image);
 }
 
 void ZRPhotoCell::drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const

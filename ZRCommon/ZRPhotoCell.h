@@ -50,8 +50,9 @@ private:
     QRectF pictureArea(const QRectF &frame) const;
     QRectF titleArea(const QRectF &frame) const;
     void drawPicture(QPainter &painter, const QRectF &frame, double ratio, const QImage &picture) const;
-    void drawTitleImage(QPainter &painter, const QRectF &frame, double ratio, const QColor &background,
-                        const QColor &text) const;
+    QRectF titleStrip(const QRectF &frame, double ratio) const;
+    void drawTitleImage(QPainter &painter, const QRectF &frame, const QRectF &strip, double ratio,
+                        const QColor &background, const QColor &text) const;
     void drawTitle(QPainter &painter, const QRectF &frame, const QColor &color) const;
     void redraw();
 
