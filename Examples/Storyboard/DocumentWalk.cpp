@@ -3,6 +3,7 @@
 #include "PhotoFolderWindow.h"
 #include "SlideGrid.h"
 #include "SlidePictures.h"
+#include "SongList.h"
 #include "StoryboardController.h"
 #include "StoryboardWindowController.h"
 #include "WalkSteps.h"

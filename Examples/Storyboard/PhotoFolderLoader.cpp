@@ -7,6 +7,7 @@
 #include <QCollator>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QMimeDatabase>
 #include <QPointer>
 
 #include <algorithm>
@@ -39,6 +40,7 @@ public:
     // Written by the worker before the delivery that tells of it.
     ZRImageCatalogFolder::ThumbnailList photos;
     qsizetype made = 0;
+    qsizetype refused = 0;
     QString failure;
     // Read while the worker goes on.
     std::atomic<qsizetype> done = 0;
@@ -85,7 +87,14 @@ private:
         };
         photos = folder.imageThumbnailsThatMatchSearchString(QString(), update);
         made = update.made;
+        refused = std::count_if(update.refused.cbegin(), update.refused.cend(), isCalledPhoto);
         sortByTitle();
+    }
+    /// Whether a file that is none is worth a word.
+    static bool isCalledPhoto(const platform::Error &error)
+    {
+        const QMimeType type = QMimeDatabase().mimeTypeForFile(error.path, QMimeDatabase::MatchExtension);
+        return type.name().startsWith(QLatin1String("image/"));
     }
     /// As people count: "IMG_9" before "IMG_10". The order of a folder's cache is that of the file system.
     void sortByTitle()
@@ -159,5 +168,5 @@ void PhotoFolderLoader::unitDidEnd(const Unit *unit)
     else if (!ended->failure.isEmpty())
         Q_EMIT didFail(ended->folderPath, ended->failure);
     else
-        Q_EMIT didLoad(ended->folderPath, ended->photos);
+        Q_EMIT didLoad(ended->folderPath, ended->photos, ended->refused);
 }

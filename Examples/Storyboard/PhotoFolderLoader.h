@@ -34,7 +34,8 @@ Q_SIGNALS:
     /// already. They come in the order of the folder, and all of them once more with `didLoad`.
     void didFind(const QString &folderPath, const ZRImageCatalogFolder::ThumbnailList &photos);
     /// Each load ends with one of these, unless another one was begun before.
-    void didLoad(const QString &folderPath, const ZRImageCatalogFolder::ThumbnailList &photos);
+    /// @param refused how many files that are called photos could not be read
+    void didLoad(const QString &folderPath, const ZRImageCatalogFolder::ThumbnailList &photos, qsizetype refused);
     void didCancel(const QString &folderPath, qsizetype made);
     /// @param reason for a person to read
     void didFail(const QString &folderPath, const QString &reason);

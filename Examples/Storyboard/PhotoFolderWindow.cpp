@@ -2,6 +2,7 @@
 
 #include "PhotoFolderLoader.h"
 #include "PhotoWindow.h"
+#include "Texts.h"
 
 #include "Platform/Foundation/UserDefaults.h"
 #include "Platform/Interface/ScrollView.h"
@@ -22,6 +23,19 @@ constexpr int smallestPhoto = 88, largestPhoto = 240, firstPhotoSize = 114;
 platform::UserDefaults &defaults()
 {
     return platform::UserDefaults::standard();
+}
+
+/// The photos as they are, but the ones that show already, whose pictures are read.
+ZRImageCatalogFolder::ThumbnailList inOrderOf(const ZRImageCatalogFolder::ThumbnailList &photos,
+                                              const ZRImageCatalogFolder::ThumbnailList &shown)
+{
+    QHash<QString, std::shared_ptr<ZRImageThumbnail>> known;
+    for (const auto &photo : shown)
+        known.insert(photo->imagePath(), photo);
+    ZRImageCatalogFolder::ThumbnailList result;
+    for (const auto &photo : photos)
+        result.append(known.value(photo->imagePath(), photo));
+    return result;
 }
 
 } // namespace
@@ -86,18 +100,18 @@ void PhotoFolderWindow::makeInvitation()
 
 void PhotoFolderWindow::makeMenus()
 {
-    QMenu &file = *menuBar()->addMenu(ZRLocalizedString("&File"));
-    file.addAction(ZRLocalizedString("&Open Photo Folder…"), QKeySequence::Open, this,
+    m_fileMenu = menuBar()->addMenu(ZRLocalizedString("&File"));
+    QMenu &file = *m_fileMenu;
+    file.addAction(ZRLocalizedString("Open Photo &Folder…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O), this,
                    &PhotoFolderWindow::chooseFolder);
     m_reload =
         file.addAction(ZRLocalizedString("&Reload"), QKeySequence::Refresh, this, [this] { openFolder(m_folderPath); });
     m_openPhoto = file.addAction(ZRLocalizedString("Show &Photo"), this, &PhotoFolderWindow::openPhoto);
-    file.addSeparator();
     file.addAction(ZRLocalizedString("&Close"), QKeySequence::Close, this, &QWidget::close);
-    file.addAction(ZRLocalizedString("&Quit"), QKeySequence::Quit, qApp, &QApplication::closeAllWindows);
+    file.addSeparator();
 
     QMenu &edit = *menuBar()->addMenu(ZRLocalizedString("&Edit"));
-    edit.addAction(ZRLocalizedString("Select &All"), QKeySequence::SelectAll, m_grid, &ZRPhotoMatrix::selectAll);
+    edit.addAction(ZRLocalizedString("Select &All"), QKeySequence::SelectAll, this, &PhotoFolderWindow::selectAll);
     edit.addAction(ZRLocalizedString("Select &Nothing"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), m_grid,
                    &ZRPhotoMatrix::matrixDeselectAllCells);
     edit.addSeparator();
@@ -116,7 +130,7 @@ void PhotoFolderWindow::makeStatusBar()
 {
     m_count = new QLabel;
     m_selection = new QLabel;
-    m_status = new QLabel;
+    m_status = new ElidedLabel;
     m_progress = new QProgressBar;
     m_progress->setFixedWidth(180);
     m_progress->setAccessibleName(ZRLocalizedString("Making thumbnails"));
@@ -128,7 +142,6 @@ void PhotoFolderWindow::makeStatusBar()
     m_sizeSlider->setAccessibleName(ZRLocalizedString("Size of the photos"));
     m_sizeSlider->setToolTip(m_sizeSlider->accessibleName());
     QStatusBar &bar = *statusBar();
-    m_status->setTextFormat(Qt::PlainText);
     for (QLabel *const label : {m_count, m_selection})
         label->setContentsMargins(6, 0, 6, 0);
     bar.addWidget(m_count);
@@ -150,14 +163,14 @@ void PhotoFolderWindow::connectLoader()
     connect(m_loader, &PhotoFolderLoader::didLoad, this, &PhotoFolderWindow::showPhotos);
     connect(m_loader, &PhotoFolderLoader::didCancel, this, [this](const QString &path, qsizetype made) {
         endProgress(ZRLocalizedString("Opening “%1” was cancelled. Thumbnails made and kept: %2")
-                        .arg(QFileInfo(path).fileName())
+                        .arg(nameOfPath(path))
                         .arg(made));
     });
     connect(m_loader, &PhotoFolderLoader::didFail, this, [this](const QString &path, const QString &reason) {
         const QString failure = ZRLocalizedString("“%1” could not be opened. %2").arg(path, reason);
         endProgress(failure);
         if (m_folderPath.isEmpty())
-            m_invitation->setText(failure);
+            invite(ZRLocalizedString("“%1” could not be opened. %2"), path, reason);
     });
 }
 
@@ -173,9 +186,10 @@ void PhotoFolderWindow::openFolder(const QString &path)
     if (path.isEmpty())
         return;
     m_isFilling = false;
-    m_status->setText(ZRLocalizedString("Opening “%1”…").arg(QFileInfo(path).fileName()));
+    const QString cleanPath = QDir::cleanPath(QDir().absoluteFilePath(path));
+    m_status->setText(ZRLocalizedString("Opening “%1”…").arg(nameOfPath(cleanPath)));
     m_cancel->show();
-    m_loader->load(QDir::cleanPath(QDir().absoluteFilePath(path)));
+    m_loader->load(cleanPath);
 }
 
 void PhotoFolderWindow::openLastFolder()
@@ -216,8 +230,17 @@ void PhotoFolderWindow::beginFolder(const QString &path)
     defaults().set(folderKey, path);
     m_grid->deselectAllCells();
     m_scrollView->scrollToPoint(QPointF());
-    m_invitation->setText(ZRLocalizedString("There are no photos in “%1”.").arg(QFileInfo(path).fileName()));
-    setWindowTitle(QStringLiteral("%1 – Storyboard").arg(QFileInfo(path).fileName()));
+    invite(ZRLocalizedString("There are no photos in “%1”."), nameOfPath(path));
+    setWindowTitle(QStringLiteral("%1 – Storyboard").arg(nameOfPath(path)));
+    m_grid->setFocus();
+}
+
+// A name without a place to break a line at would make the window as wide as it is.
+void PhotoFolderWindow::invite(const QString &text, const QString &name, const QString &reason)
+{
+    constexpr int width = 480;
+    const QString shown = m_invitation->fontMetrics().elidedText(name, Qt::ElideMiddle, width);
+    m_invitation->setText(reason.isEmpty() ? text.arg(shown) : text.arg(shown, reason));
 }
 
 void PhotoFolderWindow::fillGrid()
@@ -245,16 +268,16 @@ void PhotoFolderWindow::addPhotos(const QString &path, const ZRImageCatalogFolde
     updateTexts();
 }
 
-void PhotoFolderWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos)
+void PhotoFolderWindow::showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos,
+                                   qsizetype refused)
 {
     const QStringList selected = path == m_folderPath ? m_grid->pathsForSelectedImages() : QStringList();
     if (path != m_folderPath)
         beginFolder(path);
-    m_photos = photos;
+    m_photos = m_isFilling ? inOrderOf(photos, m_photos) : photos;
     fillGrid();
     selectPaths(selected);
-    m_grid->setFocus();
-    endProgress(QString());
+    endProgress(refused > 0 ? ZRLocalizedString("%n files could not be read as photos.", int(refused)) : QString());
 }
 
 void PhotoFolderWindow::selectPaths(const QStringList &paths)
@@ -268,15 +291,20 @@ void PhotoFolderWindow::selectPaths(const QStringList &paths)
     m_grid->setSelectedIndexes(indexes);
 }
 
+// The blanks at the end are cells, too, but a person means photos.
+void PhotoFolderWindow::selectAll()
+{
+    m_grid->setSelectedIndexes(platform::IndexSet({0, qint64(m_grid->photoCount())}));
+}
+
 void PhotoFolderWindow::updateTexts()
 {
     const auto photos = m_grid->photoCount();
     qint64 selected = 0; // blanks at the end of the grid do not count
     for (const platform::IndexRange &range : m_grid->selectedIndexes().ranges())
         selected += std::max<qint64>(0, std::min<qint64>(range.end(), photos) - range.location);
-    m_count->setText(m_folderPath.isEmpty() ? QString()
-                                            : QStringLiteral("%1 %2").arg(photos).arg(ZRLocalizedString("Photos")));
-    m_selection->setText(selected ? ZRLocalizedString("%1 selected").arg(selected) : QString());
+    m_count->setText(m_folderPath.isEmpty() ? QString() : ZRLocalizedString("%n photos", int(photos)));
+    m_selection->setText(selected ? ZRLocalizedString("%n selected", int(selected)) : QString());
     m_reload->setEnabled(!m_folderPath.isEmpty());
     m_openPhoto->setEnabled(selected > 0);
     m_addPhotos->setEnabled(selected > 0);

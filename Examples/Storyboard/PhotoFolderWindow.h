@@ -40,6 +40,8 @@ public:
     /// Empty while none is open.
     const QString &folderPath() const { return m_folderPath; }
 
+    /// For the program to add its own commands.
+    QMenu &fileMenu() const { return *m_fileMenu; }
     ZRPhotoMatrix &grid() const { return *m_grid; }
     QSlider &sizeSlider() const { return *m_sizeSlider; }
     /// What is said below the photos: how many there are, how many are selected, what was or was not done.
@@ -65,7 +67,9 @@ private:
     void beginFolder(const QString &path);
     void addPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos);
     void fillGrid();
-    void showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos);
+    void selectAll();
+    void showPhotos(const QString &path, const ZRImageCatalogFolder::ThumbnailList &photos, qsizetype refused);
+    void invite(const QString &text, const QString &name, const QString &reason = {});
     void selectPaths(const QStringList &paths);
     void showProgress(qsizetype done, qsizetype total);
     void endProgress(const QString &status);
@@ -83,6 +87,7 @@ private:
     QProgressBar *m_progress = nullptr;
     QToolButton *m_cancel = nullptr;
     QSlider *m_sizeSlider = nullptr;
+    QMenu *m_fileMenu = nullptr;
     QAction *m_reload = nullptr;
     QAction *m_openPhoto = nullptr;
     QAction *m_addPhotos = nullptr;

@@ -78,7 +78,7 @@ private:
         WalkSteps::check(progress.wasShown, QStringLiteral("progress to be shown"));
         WalkSteps::check(m_window->folderPath() == m_folder, QStringLiteral("the folder"));
         WalkSteps::check(grid().photoCount() == m_photoCount, QStringLiteral("%1 photos").arg(m_photoCount));
-        WalkSteps::check(m_window->countText() == QStringLiteral("%1 Photos").arg(m_photoCount),
+        WalkSteps::check(m_window->countText() == QStringLiteral("%1 photos").arg(m_photoCount),
                          QStringLiteral("their count"));
         WalkSteps::check(m_window->windowTitle() == QStringLiteral("Summer – Storyboard"),
                          QStringLiteral("the folder's name"));

@@ -65,7 +65,11 @@ void PhotoWindow::showPhoto(qsizetype index)
     if (m_unit)
         m_unit->setCancelFlag(true);
     m_index = std::clamp<qsizetype>(index, 0, m_photos.size() - 1);
-    m_image = bitmapOf(m_photos[m_index]->imageToDisplay());
+    const auto thumbnail = m_photos[m_index];
+    const bool wasLoaded = thumbnail->isImageLoaded();
+    m_image = bitmapOf(thumbnail->imageToDisplay());
+    if (!wasLoaded)
+        thumbnail->unloadImage(); // the grid reads, and lets go, what it shows itself
     m_scaled = QImage();
     m_isComplete = false;
     setWindowTitle(photo().title());

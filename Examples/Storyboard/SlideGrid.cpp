@@ -2,6 +2,7 @@
 
 #include "SlidePictures.h"
 #include "StoryboardSelection.h"
+#include "Texts.h"
 
 #include "ZRCommon/ZRLocalizedString.h"
 
@@ -12,22 +13,20 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
-
-bool canTake(const QMimeData *data)
-{
-    return data->hasFormat(StoryboardSelection::mimeType()) || data->hasUrls();
-}
-
-} // namespace
-
 void SlideCell::setRepresentedObject(const platform::ObjectPointer &object)
 {
     ZRPhotoCell::setRepresentedObject(object);
     if (const auto *const slide = dynamic_cast<const Slide *>(object.get())) {
         const QString seconds = QLocale().toString(slide->settings().seconds, 'g', 4);
-        setPhotoTitle(ZRLocalizedString("%1 – %2 s").arg(slide->settings().title, seconds));
+        setPhotoTitle(ZRLocalizedString("%1 – %2 s").arg(isolated(slide->settings().title), seconds));
     }
+}
+
+QString SlideCell::accessibleName() const
+{
+    const auto *const slide = dynamic_cast<const Slide *>(representedObject().get());
+    const bool isMissing = slide && SlidePictures::shared().isMissing(slide->photoPath());
+    return isMissing ? ZRLocalizedString("%1, the photo is missing").arg(photoTitle()) : photoTitle();
 }
 
 QImage SlideCell::pictureToDraw(const platform::View &) const
@@ -35,6 +34,8 @@ QImage SlideCell::pictureToDraw(const platform::View &) const
     const auto *const slide = dynamic_cast<const Slide *>(representedObject().get());
     if (!slide)
         return QImage();
+    if (SlidePictures::shared().isMissing(slide->photoPath()))
+        return SlidePictures::missingPicture();
     const QImage picture = SlidePictures::shared().picture(slide->photoPath());
     const double angle = slide->settings().angle;
     if (picture.isNull() || angle == 0)
@@ -67,6 +68,12 @@ void SlideGrid::setSlides(const ItemList<Slide>::Items &slides)
         cellAtIndex(i)->setRepresentedObject(i < slides.size() ? slides[i] : nullptr);
     sizeToCells();
     setNeedsDisplay();
+}
+
+void SlideGrid::revealSelection()
+{
+    if (const qint64 index = selectedIndexes().firstIndex(); index < m_slides.size())
+        scrollRectToVisible(cellFrameAtRow(int(index / numberOfColumns()), int(index % numberOfColumns())));
 }
 
 std::unique_ptr<QMimeData> SlideGrid::pasteboardForDrag()
@@ -137,13 +144,13 @@ void SlideGrid::drawRect(QPainter &painter, const QRectF &dirty)
 
 void SlideGrid::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (canTake(event->mimeData()))
+    if (StoryboardSelection::canTake(*event->mimeData()))
         event->acceptProposedAction();
 }
 
 void SlideGrid::dragMoveEvent(QDragMoveEvent *event)
 {
-    if (!canTake(event->mimeData()))
+    if (!StoryboardSelection::canTake(*event->mimeData()))
         return;
     setInsertionIndex(insertionIndexAt(fromWidget(event->position())));
     event->acceptProposedAction();
@@ -157,7 +164,7 @@ void SlideGrid::dragLeaveEvent(QDragLeaveEvent *)
 void SlideGrid::dropEvent(QDropEvent *event)
 {
     setInsertionIndex(std::nullopt);
-    if (!canTake(event->mimeData()))
+    if (!StoryboardSelection::canTake(*event->mimeData()))
         return;
     event->acceptProposedAction();
     Q_EMIT dropped(event->mimeData(), insertionIndexAt(fromWidget(event->position())), event->source() == this);

@@ -14,6 +14,7 @@ class SlideCell : public ZRPhotoCell
 public:
     std::unique_ptr<platform::Cell> clone() const override { return std::make_unique<SlideCell>(); }
     void setRepresentedObject(const platform::ObjectPointer &slide) override;
+    QString accessibleName() const override;
     QImage pictureToDraw(const platform::View &view) const override;
 
 private:
@@ -33,6 +34,9 @@ public:
     /// Shows these slides, as they are now. Nothing is selected afterwards.
     void setSlides(const ItemList<Slide>::Items &slides);
     const ItemList<Slide>::Items &slides() const { return m_slides; }
+
+    /// Scrolls to the first of the selected slides, if there are any.
+    void revealSelection();
 
     bool allowDraggingOut() const override { return true; }
     std::unique_ptr<QMimeData> pasteboardForDrag() override;

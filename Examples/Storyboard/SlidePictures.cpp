@@ -3,6 +3,7 @@
 #include "Platform/Media/ImageSource.h"
 #include "ZRFoundation/ZRProcessServer.h"
 
+#include <QPainter>
 #include <QPointer>
 
 class SlidePictures::Unit : public ZRWorkUnit
@@ -47,6 +48,28 @@ SlidePictures::~SlidePictures()
 {
     for (const auto &unit : std::as_const(m_wanted))
         unit->setCancelFlag(true);
+}
+
+QImage SlidePictures::missingPicture()
+{
+    static const QImage picture = [] {
+        QImage image(size, size * 3 / 4, QImage::Format_RGB32);
+        const QColor ground(0xe4, 0xe4, 0xe4), line(0x9a, 0x9a, 0x9a);
+        image.fill(ground);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(line, 8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        // A photo of mountains, crossed out.
+        painter.drawRoundedRect(QRectF(90, 60, 140, 110), 10, 10);
+        painter.drawPolyline(QPolygonF({{96, 158}, {135, 112}, {160, 140}, {188, 100}, {224, 150}}));
+        painter.drawEllipse(QPointF(122, 90), 9, 9);
+        painter.setPen(QPen(ground, 24, Qt::SolidLine, Qt::RoundCap));
+        painter.drawLine(QPointF(80, 190), QPointF(240, 40));
+        painter.setPen(QPen(line, 8, Qt::SolidLine, Qt::RoundCap));
+        painter.drawLine(QPointF(80, 190), QPointF(240, 40));
+        return image;
+    }();
+    return picture;
 }
 
 QImage SlidePictures::picture(const QString &photoPath)

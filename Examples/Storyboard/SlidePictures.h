@@ -25,6 +25,10 @@ public:
 
     /// The picture of a photo; null while it is being made, and when there is none.
     QImage picture(const QString &photoPath);
+    /// Whether it turned out that there is none: the file is gone, or cannot be read.
+    bool isMissing(const QString &photoPath) const { return m_missing.contains(photoPath); }
+    /// What stands for a picture that there is none of.
+    static QImage missingPicture();
     /// Whether pictures are being made.
     bool isBusy() const { return !m_wanted.isEmpty(); }
 

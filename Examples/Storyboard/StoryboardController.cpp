@@ -1,6 +1,7 @@
 #include "StoryboardController.h"
 
 #include "PhotoFolderWindow.h"
+#include "SongList.h"
 #include "StoryboardDocument.h"
 #include "StoryboardWindowController.h"
 
@@ -25,6 +26,7 @@ StoryboardController::StoryboardController()
 {
     QDir::addSearchPath(QStringLiteral("interface"), QStringLiteral(":/Storyboard/interface"));
     platform::InterfaceFile::registerClass<platform::ScrollView>(QStringLiteral("platform::ScrollView"));
+    platform::InterfaceFile::registerClass<SongList>(QStringLiteral("SongList"));
     registerType(StoryboardDocument::type());
     QApplication::setQuitOnLastWindowClosed(true);
 }
@@ -43,6 +45,7 @@ PhotoFolderWindow &StoryboardController::photoWindow()
 {
     if (!m_photoWindow) {
         m_photoWindow = new PhotoFolderWindow;
+        fillFileMenu(m_photoWindow->fileMenu(), nullptr);
         connect(m_photoWindow, &PhotoFolderWindow::photosChosen, this, &StoryboardController::addToStoryboard);
     }
     return *m_photoWindow;
@@ -66,6 +69,14 @@ void StoryboardController::addToStoryboard(const QStringList &photoPaths)
     auto *const controller = static_cast<StoryboardWindowController *>(document->windowControllers().first());
     controller->window();
     controller->addFiles(photoPaths);
+}
+
+void StoryboardController::openFiles(const QStringList &paths)
+{
+    for (const QString &path : paths)
+        openDocument(QFileInfo(path).absoluteFilePath());
+    if (documents().isEmpty())
+        newDocument();
 }
 
 void StoryboardController::quit()
@@ -93,21 +104,21 @@ void StoryboardController::fillFileMenu(QMenu &menu, StoryboardDocument *documen
         recent->addAction(ZRLocalizedString("&Clear Menu"), &controller,
                           [&controller] { controller.clearRecentPaths(); });
     });
-    menu.addAction(ZRLocalizedString("&Photos"), QKeySequence(Qt::CTRL | Qt::Key_Period), &controller,
-                   [&controller] { controller.showPhotos(); });
-    menu.addSeparator();
     if (document) {
-        const auto add = [&](const char *text, const QKeySequence &keys, bool (platform::Document::*does)()) {
-            menu.addAction(ZRLocalizedString(text), keys, document, [document, does] {
+        menu.addAction(ZRLocalizedString("&Photos"), QKeySequence(Qt::CTRL | Qt::Key_Period), &controller,
+                       [&controller] { controller.showPhotos(); });
+        menu.addSeparator();
+        const auto add = [&](const QString &text, const QKeySequence &keys, bool (platform::Document::*does)()) {
+            menu.addAction(text, keys, document, [document, does] {
                 commitEditing(*document);
                 (document->*does)();
             });
         };
-        add("&Close", QKeySequence::Close, &platform::Document::close);
-        add("&Save", QKeySequence::Save, &platform::Document::save);
-        add("Save &As…", QKeySequence::SaveAs, &platform::Document::saveAs);
-        add("Re&vert to Saved", QKeySequence(), &platform::Document::revert);
-        menu.addSeparator();
+        add(ZRLocalizedString("&Close"), QKeySequence::Close, &platform::Document::close);
+        add(ZRLocalizedString("&Save"), QKeySequence::Save, &platform::Document::save);
+        add(ZRLocalizedString("Save &As…"), QKeySequence::SaveAs, &platform::Document::saveAs);
+        add(ZRLocalizedString("Re&vert to Saved"), QKeySequence(), &platform::Document::revert);
     }
+    menu.addSeparator();
     menu.addAction(ZRLocalizedString("&Quit"), QKeySequence::Quit, &controller, [&controller] { controller.quit(); });
 }

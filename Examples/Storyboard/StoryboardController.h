@@ -24,11 +24,13 @@ public:
     void showPhotos();
     /// Adds photos to the current storyboard, or to a new one.
     void addToStoryboard(const QStringList &photoPaths);
+    /// Opens storyboards; a new one when none could be opened.
+    void openFiles(const QStringList &paths);
     /// Asks whether to save what is edited, and quits.
     void quit();
 
-    /// Fills the File menu of a window.
-    /// @param document that the window shows; null for none
+    /// Fills the File menu of a window, behind what is in it.
+    /// @param document that the window shows; null for the window of photos
     static void fillFileMenu(QMenu &menu, StoryboardDocument *document);
 
 private:

@@ -141,6 +141,11 @@ qsizetype StoryboardSelection::indexBehindSlides() const
     return placeBehind(slides(), storyboardOf(document())->slides());
 }
 
+qsizetype StoryboardSelection::indexBehindSongs() const
+{
+    return placeBehind(songs(), storyboardOf(document())->songs());
+}
+
 StoryboardSelection::Items StoryboardSelection::itemsOf(const QMimeData &data)
 {
     platform::KeyedUnarchiver unarchiver(data.data(mimeType()));
@@ -148,14 +153,24 @@ StoryboardSelection::Items StoryboardSelection::itemsOf(const QMimeData &data)
             StoryboardDocument::Songs::distinct(unarchiver.decodeObjectsOfClass<Song>("songs"))};
 }
 
+bool StoryboardSelection::canTake(const QMimeData &data)
+{
+    return data.hasFormat(mimeType()) || data.hasUrls();
+}
+
 void StoryboardSelection::insertItems(const Items &items, qsizetype slideIndex)
+{
+    insertItems(items, slideIndex, indexBehindSongs());
+}
+
+void StoryboardSelection::insertItems(const Items &items, qsizetype slideIndex, qsizetype songIndex)
 {
     if (items.isEmpty())
         return;
     StoryboardDocument &storyboard = *storyboardOf(document());
     performChanges([&] {
         storyboard.insertSlides(items.slides, slideIndex, QString());
-        storyboard.insertSongs(items.songs, placeBehind(songs(), storyboard.songs()), QString());
+        storyboard.insertSongs(items.songs, songIndex, QString());
         if (items.slides.isEmpty())
             select({items.songs.cbegin(), items.songs.cend()});
         else

@@ -43,11 +43,16 @@ public:
     static Items itemsOf(const QMimeData &data);
     /// Inserts slides in front of the one at the index, songs behind the selected ones, and selects what is new.
     void insertItems(const Items &items, qsizetype slideIndex);
+    /// The same with the songs in front of the one at the index.
+    void insertItems(const Items &items, qsizetype slideIndex, qsizetype songIndex);
     /// Inserts what is on the clipboard behind the selected items, or at the end, and selects it.
     void pasteWithPosition(int position) override;
     static bool canPaste();
+    /// Whether data holds slides and songs, or files.
+    static bool canTake(const QMimeData &data);
     /// Where to insert slides behind the selected ones: at the end without any.
     qsizetype indexBehindSlides() const;
+    qsizetype indexBehindSongs() const;
     /// Removes the selected items from the document, and selects the one behind them.
     void removeFromDocument(const QString &actionName);
 };

@@ -1,8 +1,11 @@
 #include "StoryboardWindowController.h"
 
 #include "SlideGrid.h"
+#include "SongList.h"
 #include "StoryboardController.h"
+#include "Texts.h"
 
+#include "Platform/Foundation/EventBoundary.h"
 #include "Platform/Foundation/KeyedCoding.h"
 #include "Platform/Interface/ScrollView.h"
 #include "ZRCommon/ZRLocalizedString.h"
@@ -16,9 +19,17 @@
 
 namespace {
 
-/// Shows songs by their titles.
+Q_LOGGING_CATEGORY(windows, "storyboard.window")
+
+/// Shows songs by their titles, which can be dragged.
 class SongController : public platform::ArrayController
 {
+public:
+    Qt::ItemFlags flags(const QModelIndex &index) const override
+    {
+        return ArrayController::flags(index) | Qt::ItemIsDragEnabled;
+    }
+
 protected:
     QString displayText(const platform::Object &object) const override
     {
@@ -35,16 +46,18 @@ QLineEdit *focusedField()
     return qobject_cast<QAbstractSpinBox *>(widget) ? widget->findChild<QLineEdit *>() : nullptr;
 }
 
+/// Shows a number, or that there are several: a place below the least number, one step from it, stands for that.
+void showNumber(QDoubleSpinBox &box, double least, bool isOne, double number)
+{
+    box.setMinimum(isOne ? least : least - box.singleStep());
+    box.setSpecialValueText(isOne ? QString() : ZRLocalizedString("Several"));
+    box.setValue(isOne ? number : box.minimum());
+}
+
 /// "Undo Move Slides"
 QString actionText(const QString &command, const QString &actionName)
 {
     return actionName.isEmpty() ? command : QStringLiteral("%1 %2").arg(command, actionName);
-}
-
-QString durationText(double seconds)
-{
-    const int whole = int(std::lround(std::min(seconds, 1e9)));
-    return QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
 }
 
 QStringList localPaths(const QMimeData &data)
@@ -102,6 +115,7 @@ void StoryboardWindowController::windowDidLoad()
     connectForm();
     ZRWindowController::windowDidLoad();
     showSelection();
+    m_grid->setFocus();
 }
 
 void StoryboardWindowController::findOutlets()
@@ -117,9 +131,12 @@ void StoryboardWindowController::findOutlets()
     connect(m_grid, &SlideGrid::dragBegan, this,
             [this](std::unique_ptr<QMimeData> &data) { data = storyboardSelection().mimeData(); });
 
-    m_songsView = &outlet<QListView>(QStringLiteral("songsView"));
+    m_songsView = &outlet<SongList>(QStringLiteral("songsView"));
     m_songsView->setModel(m_songs.get());
-    m_songsView->setAccessibleName(ZRLocalizedString("Songs"));
+    connect(m_songsView, &SongList::dropped, this,
+            [this](const QMimeData *data, int index, bool isFromHere) { dropOnSongs(*data, index, isFromHere); });
+    connect(m_songsView, &SongList::dragBegan, this,
+            [this](std::unique_ptr<QMimeData> &data) { data = storyboardSelection().mimeData(); });
     connect(m_songsView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &StoryboardWindowController::takeSongSelection);
     outlet<QGroupBox>(QStringLiteral("songsBox")).setTitle(ZRLocalizedString("Songs"));
@@ -135,8 +152,8 @@ void StoryboardWindowController::findOutlets()
     splitter.setSizes({700, 240});
     QStatusBar &bar = outlet<QStatusBar>(QStringLiteral("statusbar"));
     m_count = new QLabel;
-    m_status = new QLabel;
-    m_status->setTextFormat(Qt::PlainText); // with names of files
+    m_status = new ElidedLabel; // with names of files
+    m_count->setContentsMargins(6, 0, 12, 0);
     bar.addWidget(m_count);
     bar.addWidget(m_status, 1);
 }
@@ -159,6 +176,8 @@ void StoryboardWindowController::connectForm()
 
     connect(m_title, &QLineEdit::editingFinished, this, &StoryboardWindowController::commitTitle);
     connect(m_seconds, &QDoubleSpinBox::valueChanged, this, [this](double seconds) {
+        if (seconds < Slide::shortest)
+            return showSelection(); // what stands for several is no length of time
         changeSlides(ZRLocalizedString("Change Duration"),
                      [seconds](Slide::Settings &settings) { settings.seconds = seconds; });
     });
@@ -167,6 +186,8 @@ void StoryboardWindowController::connectForm()
                      [index](Slide::Settings &settings) { settings.transition = Slide::Transition(index); });
     });
     connect(m_angle, &QDoubleSpinBox::valueChanged, this, [this](double angle) {
+        if (angle < 0)
+            return showSelection();
         changeSlides(ZRLocalizedString("Turn Slides"), [angle](Slide::Settings &settings) { settings.angle = angle; });
     });
 }
@@ -181,18 +202,18 @@ void StoryboardWindowController::makeMenus()
 
 void StoryboardWindowController::makeEditMenu(QMenu &menu)
 {
-    const auto add = [&](const char *text, QKeySequence::StandardKey key, void (StoryboardWindowController::*does)()) {
-        return menu.addAction(ZRLocalizedString(text), key, this, does);
-    };
-    m_undo = add("&Undo", QKeySequence::Undo, &StoryboardWindowController::undo);
-    m_redo = add("&Redo", QKeySequence::Redo, &StoryboardWindowController::redo);
+    const auto add = [&](const QString &text, QKeySequence::StandardKey key,
+                         void (StoryboardWindowController::*does)()) { return menu.addAction(text, key, this, does); };
+    m_undo = add(ZRLocalizedString("&Undo"), QKeySequence::Undo, &StoryboardWindowController::undo);
+    m_redo = add(ZRLocalizedString("&Redo"), QKeySequence::Redo, &StoryboardWindowController::redo);
     menu.addSeparator();
-    m_selectionActions = {add("Cu&t", QKeySequence::Cut, &StoryboardWindowController::cut),
-                          add("&Copy", QKeySequence::Copy, &StoryboardWindowController::copy)};
-    m_paste = add("&Paste", QKeySequence::Paste, &StoryboardWindowController::paste);
-    m_selectionActions.append(add("&Delete", QKeySequence::Delete, &StoryboardWindowController::deleteSelected));
+    m_selectionActions = {add(ZRLocalizedString("Cu&t"), QKeySequence::Cut, &StoryboardWindowController::cut),
+                          add(ZRLocalizedString("&Copy"), QKeySequence::Copy, &StoryboardWindowController::copy)};
+    m_paste = add(ZRLocalizedString("&Paste"), QKeySequence::Paste, &StoryboardWindowController::paste);
+    m_selectionActions.append(
+        add(ZRLocalizedString("&Delete"), QKeySequence::Delete, &StoryboardWindowController::deleteSelected));
     menu.addSeparator();
-    add("Select &All", QKeySequence::SelectAll, &StoryboardWindowController::selectAll);
+    add(ZRLocalizedString("Select &All"), QKeySequence::SelectAll, &StoryboardWindowController::selectAll);
     m_selectionActions.append(menu.addAction(ZRLocalizedString("Select &Nothing"),
                                              QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A), this,
                                              &StoryboardWindowController::selectNothing));
@@ -212,18 +233,19 @@ void StoryboardWindowController::makeSlidesMenu(QMenu &menu)
         chooseFiles(ZRLocalizedString("Add Songs"), ZRLocalizedString("Songs (*.mp3 *.m4a *.aac *.wav *.flac *.ogg)"));
     });
     menu.addSeparator();
-    const auto add = [&](const char *text, const QKeySequence &keys, const std::function<void()> &does) {
-        return menu.addAction(ZRLocalizedString(text), keys, this, does);
+    const auto add = [&](const QString &text, const QKeySequence &keys, const std::function<void()> &does) {
+        return menu.addAction(text, keys, this, does);
     };
     m_selectionActions.append(
-        {add("Move &Earlier", QKeySequence(Qt::CTRL | Qt::Key_Left), [this] { moveSelected(-1); }),
-         add("Move &Later", QKeySequence(Qt::CTRL | Qt::Key_Right), [this] { moveSelected(1); })});
+        {add(ZRLocalizedString("Move &Earlier"), QKeySequence(Qt::CTRL | Qt::Key_Left), [this] { moveSelected(-1); }),
+         add(ZRLocalizedString("Move &Later"), QKeySequence(Qt::CTRL | Qt::Key_Right), [this] { moveSelected(1); })});
     menu.addSeparator();
     const auto turn = [this](double by) {
         changeSlides(ZRLocalizedString("Turn Slides"), [by](Slide::Settings &settings) { settings.angle += by; });
     };
-    m_slideActions = {add("Turn &Right", QKeySequence(Qt::CTRL | Qt::Key_R), [turn] { turn(90); }),
-                      add("T&urn Left", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R), [turn] { turn(-90); })};
+    m_slideActions = {
+        add(ZRLocalizedString("Turn &Right"), QKeySequence(Qt::CTRL | Qt::Key_R), [turn] { turn(90); }),
+        add(ZRLocalizedString("T&urn Left"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R), [turn] { turn(-90); })};
 }
 
 // Commands
@@ -231,12 +253,14 @@ void StoryboardWindowController::makeSlidesMenu(QMenu &menu)
 void StoryboardWindowController::edit(const QString &actionName, const std::function<void()> &body)
 {
     commitEditing();
+    m_status->clear();
     m_storyboard.performChanges([&] {
         const platform::UndoGroup group(m_storyboard.undoManager(), actionName);
         registerSelection(selection()->clone(), nullptr);
         selection()->performChanges(body);
         registerSelection(nullptr, selection()->clone());
     });
+    m_grid->revealSelection();
 }
 
 // What was selected is selected again when the items are there again: of the two calls around a change, one is made
@@ -256,6 +280,7 @@ void StoryboardWindowController::undo()
     if (field && field->isUndoAvailable())
         return field->undo();
     selection()->performChanges([this] { m_storyboard.undo(); });
+    m_grid->revealSelection();
 }
 
 void StoryboardWindowController::redo()
@@ -264,6 +289,7 @@ void StoryboardWindowController::redo()
     if (field && field->isRedoAvailable())
         return field->redo();
     selection()->performChanges([this] { m_storyboard.redo(); });
+    m_grid->revealSelection();
 }
 
 void StoryboardWindowController::commitTitle()
@@ -286,8 +312,13 @@ void StoryboardWindowController::commitEditing()
 
 bool StoryboardWindowController::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::Close)
-        commitEditing(); // before the document is asked whether it is edited
+    // Before the document is asked whether it is edited. Where that fails the window stays.
+    if (event->type() == QEvent::Close
+        && !platform::callGuarded(windows(), QStringLiteral("taking over what was typed"),
+                                  [this] { commitEditing(); })) {
+        event->ignore();
+        return true;
+    }
     return ZRWindowController::eventFilter(watched, event);
 }
 
@@ -302,10 +333,10 @@ void StoryboardWindowController::changeSlides(const QString &actionName,
 
 void StoryboardWindowController::addFiles(const QStringList &paths)
 {
-    addFiles(paths, storyboardSelection().indexBehindSlides());
+    addFiles(paths, storyboardSelection().indexBehindSlides(), storyboardSelection().indexBehindSongs());
 }
 
-void StoryboardWindowController::addFiles(const QStringList &paths, qsizetype slideIndex)
+void StoryboardWindowController::addFiles(const QStringList &paths, qsizetype slideIndex, qsizetype songIndex)
 {
     StoryboardDocument::Slides::Items slides;
     StoryboardDocument::Songs::Items songs;
@@ -322,7 +353,7 @@ void StoryboardWindowController::addFiles(const QStringList &paths, qsizetype sl
     if (!slides.isEmpty() || !songs.isEmpty()) {
         edit(slides.isEmpty() ? ZRLocalizedString("Add Songs") : ZRLocalizedString("Add Photos"), [&] {
             m_storyboard.insertSlides(slides, slideIndex, QString());
-            m_storyboard.insertSongs(songs, m_storyboard.songs().count(), QString());
+            m_storyboard.insertSongs(songs, songIndex, QString());
             if (slides.isEmpty())
                 storyboardSelection().select({songs.cbegin(), songs.cend()});
             else
@@ -336,15 +367,32 @@ void StoryboardWindowController::addFiles(const QStringList &paths, qsizetype sl
 
 void StoryboardWindowController::dropOnGrid(const QMimeData &data, qsizetype index, bool isFromHere)
 {
+    commitEditing();
     if (isFromHere)
         m_storyboard.moveSlides(storyboardSelection().slides(), index);
-    else if (data.hasFormat(StoryboardSelection::mimeType()))
-        insert(ZRLocalizedString("Add Slides"), data, index);
     else
-        addFiles(localPaths(data), index);
+        drop(data, index, storyboardSelection().indexBehindSongs());
 }
 
-void StoryboardWindowController::insert(const QString &actionName, const QMimeData &data, qsizetype index)
+void StoryboardWindowController::dropOnSongs(const QMimeData &data, qsizetype index, bool isFromHere)
+{
+    commitEditing();
+    if (isFromHere)
+        m_storyboard.moveSongs(storyboardSelection().songs(), index);
+    else
+        drop(data, storyboardSelection().indexBehindSlides(), index);
+}
+
+void StoryboardWindowController::drop(const QMimeData &data, qsizetype slideIndex, qsizetype songIndex)
+{
+    if (data.hasFormat(StoryboardSelection::mimeType()))
+        insert(ZRLocalizedString("Add Slides"), data, slideIndex, songIndex);
+    else
+        addFiles(localPaths(data), slideIndex, songIndex);
+}
+
+void StoryboardWindowController::insert(const QString &actionName, const QMimeData &data, qsizetype slideIndex,
+                                        qsizetype songIndex)
 {
     StoryboardSelection::Items items;
     try {
@@ -353,7 +401,7 @@ void StoryboardWindowController::insert(const QString &actionName, const QMimeDa
         m_status->setText(ZRLocalizedString("The slides cannot be read."));
     }
     if (!items.isEmpty())
-        edit(actionName, [&] { storyboardSelection().insertItems(items, index); });
+        edit(actionName, [&] { storyboardSelection().insertItems(items, slideIndex, songIndex); });
 }
 
 void StoryboardWindowController::chooseFiles(const QString &title, const QString &filter)
@@ -386,7 +434,7 @@ void StoryboardWindowController::paste()
         return field->paste();
     if (StoryboardSelection::canPaste())
         insert(ZRLocalizedString("Paste"), *QGuiApplication::clipboard()->mimeData(),
-               storyboardSelection().indexBehindSlides());
+               storyboardSelection().indexBehindSlides(), storyboardSelection().indexBehindSongs());
 }
 
 void StoryboardWindowController::deleteSelected()
@@ -406,7 +454,7 @@ void StoryboardWindowController::selectAll()
     const auto &songs = m_storyboard.songs().items();
     if (!storyboardSelection().isEmpty())
         selection()->selectAll(this);
-    else if (m_songsView->hasFocus())
+    else if (m_songsView->hasFocus() && !songs.isEmpty())
         storyboardSelection().select({songs.cbegin(), songs.cend()});
     else
         storyboardSelection().select({slides.cbegin(), slides.cend()});
@@ -414,11 +462,13 @@ void StoryboardWindowController::selectAll()
 
 void StoryboardWindowController::selectNothing()
 {
+    commitEditing();
     selection()->removeAllSelections();
 }
 
 void StoryboardWindowController::moveSelected(int by)
 {
+    commitEditing();
     const auto place = [by](const auto &list, const auto &items) {
         return by < 0 ? list.indexOf(items.first().get()) - 1 : list.indexOf(items.last().get()) + 2;
     };
@@ -428,12 +478,15 @@ void StoryboardWindowController::moveSelected(int by)
         m_storyboard.moveSlides(slides, place(m_storyboard.slides(), slides));
     else if (!songs.isEmpty())
         m_storyboard.moveSongs(songs, place(m_storyboard.songs(), songs));
+    m_grid->revealSelection();
 }
 
 // What shows
 
 void StoryboardWindowController::documentChanged()
 {
+    if (!m_grid)
+        return; // the window was never shown
     {
         const QScopedValueRollback showing(m_isShowing, true);
         m_grid->setSlides(m_storyboard.slides().items());
@@ -500,16 +553,19 @@ void StoryboardWindowController::showSelection()
 void StoryboardWindowController::showForm(const StoryboardDocument::Slides::Items &slides)
 {
     m_slideBox->setEnabled(!slides.isEmpty());
-    m_slideBox->setTitle(slides.size() > 1 ? ZRLocalizedString("%1 Slides").arg(slides.size())
+    m_slideBox->setTitle(slides.size() > 1 ? ZRLocalizedString("%n Slides", int(slides.size()))
                                            : ZRLocalizedString("Slide"));
     const Slide::Settings settings = slides.isEmpty() ? Slide::Settings() : slides.first()->settings();
-    const bool haveOneTitle = std::all_of(slides.cbegin(), slides.cend(),
-                                          [&](const auto &slide) { return slide->settings().title == settings.title; });
+    const auto haveOne = [&](auto Slide::Settings::*setting) {
+        return std::all_of(slides.cbegin(), slides.cend(),
+                           [&](const auto &slide) { return slide->settings().*setting == settings.*setting; });
+    };
+    const bool haveOneTitle = haveOne(&Slide::Settings::title);
     m_title->setText(haveOneTitle ? settings.title : QString());
     m_title->setPlaceholderText(haveOneTitle ? QString() : ZRLocalizedString("Several titles"));
-    m_seconds->setValue(settings.seconds);
-    m_transition->setCurrentIndex(int(settings.transition));
-    m_angle->setValue(settings.angle);
+    showNumber(*m_seconds, Slide::shortest, haveOne(&Slide::Settings::seconds), settings.seconds);
+    showNumber(*m_angle, 0, haveOne(&Slide::Settings::angle), settings.angle);
+    m_transition->setCurrentIndex(haveOne(&Slide::Settings::transition) ? int(settings.transition) : -1);
 }
 
 void StoryboardWindowController::updateActions()
@@ -531,11 +587,11 @@ void StoryboardWindowController::updateActions()
 void StoryboardWindowController::updateTexts()
 {
     const qsizetype selected = storyboardSelection().slideCount() + storyboardSelection().songCount();
-    QString text = ZRLocalizedString("%1 slides, %2 songs, %3")
-                       .arg(m_storyboard.slides().count())
-                       .arg(m_storyboard.songs().count())
-                       .arg(durationText(m_storyboard.duration()));
+    QString text =
+        QStringLiteral("%1, %2, %3")
+            .arg(ZRLocalizedString("%n slides", int(m_storyboard.slides().count())),
+                 ZRLocalizedString("%n songs", int(m_storyboard.songs().count())), timeText(m_storyboard.duration()));
     if (selected > 0)
-        text += QStringLiteral(" – ") + ZRLocalizedString("%1 selected").arg(selected);
+        text += QStringLiteral(" – ") + ZRLocalizedString("%n selected", int(selected));
     m_count->setText(text);
 }

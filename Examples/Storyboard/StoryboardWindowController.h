@@ -16,11 +16,11 @@ class QDoubleSpinBox;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
-class QListView;
 class QMainWindow;
 class QMenu;
 class QMimeData;
 class SlideGrid;
+class SongList;
 
 /// The window of a storyboard: its slides in a grid, what is set of the selected ones, and its songs.
 class StoryboardWindowController : public ZRWindowController, private ZRSelectionObserver
@@ -31,14 +31,14 @@ public:
     explicit StoryboardWindowController(StoryboardDocument &document);
     ~StoryboardWindowController() override;
 
-    /// Inserts photos as slides in front of the slide at the index, and songs at the end, and selects what is new.
-    /// Files that are neither are named in the status bar.
-    void addFiles(const QStringList &paths, qsizetype slideIndex);
-    /// Behind the selected slides, or at the end.
+    /// Inserts photos as slides in front of the slide at the index, and songs likewise, and selects what is new. Files
+    /// that are neither are named in the status bar.
+    void addFiles(const QStringList &paths, qsizetype slideIndex, qsizetype songIndex);
+    /// Behind the selected slides and songs, or at the end.
     void addFiles(const QStringList &paths);
 
     SlideGrid &grid() const { return *m_grid; }
-    QListView &songsView() const { return *m_songsView; }
+    SongList &songsView() const { return *m_songsView; }
     StoryboardSelection &storyboardSelection() const;
     QString statusText() const;
 
@@ -70,7 +70,9 @@ private:
     void redo();
     void changeSlides(const QString &actionName, const std::function<void(Slide::Settings &)> &change);
     void dropOnGrid(const QMimeData &data, qsizetype index, bool isFromHere);
-    void insert(const QString &actionName, const QMimeData &data, qsizetype index);
+    void dropOnSongs(const QMimeData &data, qsizetype index, bool isFromHere);
+    void drop(const QMimeData &data, qsizetype slideIndex, qsizetype songIndex);
+    void insert(const QString &actionName, const QMimeData &data, qsizetype slideIndex, qsizetype songIndex);
     void chooseFiles(const QString &title, const QString &filter);
     void cut();
     void copy();
@@ -88,7 +90,7 @@ private:
 
     StoryboardDocument &m_storyboard;
     SlideGrid *m_grid = nullptr;
-    QListView *m_songsView = nullptr;
+    SongList *m_songsView = nullptr;
     QGroupBox *m_slideBox = nullptr;
     QLineEdit *m_title = nullptr;
     QDoubleSpinBox *m_seconds = nullptr;

@@ -8,6 +8,19 @@
 
 #include <cstdio>
 
+namespace {
+
+/// Those that the build makes, beside the folder of the programs.
+QString samplePhotos()
+{
+    const QDir folder(QCoreApplication::applicationDirPath()
+                      + QStringLiteral("/../sample-library/iPhoto Library/Originals/2006/Summer"));
+    WalkSteps::check(folder.exists(), QStringLiteral("a folder of photos, named with --photos"));
+    return folder.canonicalPath();
+}
+
+} // namespace
+
 void Walkthrough::prepare()
 {
     static const QTemporaryDir home;
@@ -31,9 +44,10 @@ bool Walkthrough::run(const QString &photoFolder, const QString &outputFolder)
     font.setPixelSize(13);
     QApplication::setFont(font);
     try {
+        const QString photos = photoFolder.isEmpty() ? samplePhotos() : photoFolder;
         WalkSteps steps(outputFolder);
-        walkThroughPhotos(steps, photoFolder);
-        walkThroughDocument(steps, photoFolder);
+        walkThroughPhotos(steps, photos);
+        walkThroughDocument(steps, photos);
     } catch (const WrongState &state) {
         std::fprintf(stderr, "storyboard: %s\n", state.what());
         return false;

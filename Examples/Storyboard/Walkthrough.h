@@ -14,6 +14,7 @@ public:
     /// To be called first thing in `main`.
     static void prepare();
     /// With the application object there.
+    /// @param photoFolder with 12 photos or more; empty for the sample photos that the build makes
     /// @return whether every state was right. The first wrong one ends it and is told on standard error
     static bool run(const QString &photoFolder, const QString &outputFolder);
 };

@@ -7,7 +7,6 @@
 #include "Platform/Interface/Application.h"
 
 #include <QCommandLineParser>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -29,8 +28,10 @@ int main(int argc, char **argv)
         QStringLiteral("folder"));
     const QCommandLineOption walkthrough(
         QStringLiteral("walkthrough"),
-        QStringLiteral("Without a window on the screen: goes through the program's main job with a copy of the photos, "
-                       "checks it, and writes screenshots into this folder."),
+        QStringLiteral(
+            "Without a window on the screen: goes through the program's main job with a copy of the photos, "
+            "checks it, and writes screenshots into this folder. Without --photos the photos are those of the "
+            "sample library that the build makes."),
         QStringLiteral("folder"));
     parser.addOptions({photos, walkthrough});
     parser.addPositionalArgument(QStringLiteral("files"), QStringLiteral("Storyboards to open; a new one otherwise."),
@@ -41,10 +42,7 @@ int main(int argc, char **argv)
         return Walkthrough::run(parser.value(photos), parser.value(walkthrough)) ? 0 : 1;
     StoryboardController controller;
     const QStringList files = parser.positionalArguments();
-    for (const QString &file : files)
-        controller.openDocument(QFileInfo(file).absoluteFilePath());
-    if (files.isEmpty())
-        controller.newDocument();
+    controller.openFiles(files);
     if (parser.isSet(photos))
         controller.photoWindow().openFolder(parser.value(photos));
     if (files.isEmpty() || parser.isSet(photos))

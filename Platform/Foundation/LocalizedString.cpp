@@ -45,9 +45,10 @@ private:
         m_translator.reset();
         const QStringList languages = m_languages.isEmpty() ? m_locale->uiLanguages() : m_languages;
         for (const QString &language : languages) {
-            if (loadLanguage(language) || language.section(u'-', 0, 0) == QLatin1String("en"))
+            if (loadLanguage(language))
                 return;
         }
+        loadLanguage(QStringLiteral("en"));
     }
 
     // "de-AT" is tried as de_AT, then as de.
@@ -76,7 +77,7 @@ QString localizedString(const char *text)
 
 QString localizedString(const char *text, int count)
 {
-    return Table::shared().text(text, count).replace(QLatin1String("%n"), QString::number(count));
+    return Table::shared().text(text, count).replace(QLatin1String("%n"), QLocale().toString(count));
 }
 
 void setLocalizedStringLanguages(const QStringList &languages)

@@ -341,10 +341,6 @@
         <translation>&amp;Datei</translation>
     </message>
     <message>
-        <source>&amp;Open Photo Folder…</source>
-        <translation>Fotoordner &amp;öffnen …</translation>
-    </message>
-    <message>
         <source>&amp;Reload</source>
         <translation>&amp;Neu laden</translation>
     </message>
@@ -415,10 +411,6 @@
     <message>
         <source>There are no photos in “%1”.</source>
         <translation>In „%1“ sind keine Fotos.</translation>
-    </message>
-    <message>
-        <source>%1 selected</source>
-        <translation>%1 ausgewählt</translation>
     </message>
     <message>
         <source>There is no such folder.</source>
@@ -797,10 +789,6 @@
         <translation>Löschen</translation>
     </message>
     <message>
-        <source>%1 Slides</source>
-        <translation>%1 Folien</translation>
-    </message>
-    <message>
         <source>Slide</source>
         <translation>Folie</translation>
     </message>
@@ -809,12 +797,66 @@
         <translation>Mehrere Titel</translation>
     </message>
     <message>
-        <source>%1 slides, %2 songs, %3</source>
-        <translation>%1 Folien, %2 Musikstücke, %3</translation>
-    </message>
-    <message>
         <source>It is no storyboard.</source>
         <translation>Es ist kein Storyboard.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n slides</source>
+        <translation>
+            <numerusform>%n Folie</numerusform>
+            <numerusform>%n Folien</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n Slides</source>
+        <translation>
+            <numerusform>%n Folie</numerusform>
+            <numerusform>%n Folien</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n songs</source>
+        <translation>
+            <numerusform>%n Musikstück</numerusform>
+            <numerusform>%n Musikstücke</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n photos</source>
+        <translation>
+            <numerusform>%n Foto</numerusform>
+            <numerusform>%n Fotos</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n selected</source>
+        <translation>
+            <numerusform>%n ausgewählt</numerusform>
+            <numerusform>%n ausgewählt</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files could not be read as photos.</source>
+        <translation>
+            <numerusform>%n Datei lässt sich nicht als Foto lesen.</numerusform>
+            <numerusform>%n Dateien lassen sich nicht als Fotos lesen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Open Photo &amp;Folder…</source>
+        <translation>Foto&amp;ordner öffnen …</translation>
+    </message>
+    <message>
+        <source>Drop songs here.</source>
+        <translation>Ziehen Sie Musikstücke hierher.</translation>
+    </message>
+    <message>
+        <source>Several</source>
+        <translation>Mehrere</translation>
+    </message>
+    <message>
+        <source>%1, the photo is missing</source>
+        <translation>%1, das Foto fehlt</translation>
     </message>
 </context>
 </TS>

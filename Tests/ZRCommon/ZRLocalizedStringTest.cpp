@@ -38,7 +38,7 @@ TEST_F(ZRLocalizedStringTest, TakesTheFirstOfTheLanguagesThatIsKnown)
     ZRLocalization::setLanguages({QStringLiteral("xx-YY"), QStringLiteral("de-DE"), QStringLiteral("en-US")});
     EXPECT_EQ(ZRLocalizedString("Songs"), QStringLiteral("Titel"));
     ZRLocalization::setLanguages({QStringLiteral("en-GB"), QStringLiteral("de")});
-    EXPECT_EQ(ZRLocalizedString("Songs"), QStringLiteral("Songs")) << "English needs no table";
+    EXPECT_EQ(ZRLocalizedString("Songs"), QStringLiteral("Songs")) << "English, which is told before";
     ZRLocalization::setLanguages({QStringLiteral("xx"), QString(), QStringLiteral("../de")});
     EXPECT_EQ(ZRLocalizedString("Songs"), QStringLiteral("Songs"));
     QLocale::setDefault(QLocale(QStringLiteral("de_DE")));
@@ -66,7 +66,19 @@ TEST_F(ZRLocalizedStringTest, PutsTheCountInWhereNoTableHasTheText)
 {
     ZRLocalization::setLanguages({QStringLiteral("en")});
     EXPECT_EQ(ZRLocalizedString("%n songs in %1", 5), QStringLiteral("5 songs in %1"));
-    EXPECT_EQ(ZRLocalizedString("%n songs", -1), QStringLiteral("-1 songs"));
+    EXPECT_EQ(ZRLocalizedString("%n pears", -1), QStringLiteral("-1 pears"));
+}
+
+TEST_F(ZRLocalizedStringTest, CountsInEnglishAndAsTheLocaleWritesNumbers)
+{
+    EXPECT_EQ(ZRLocalizedString("%n slides", 1), QStringLiteral("1 slide"));
+    EXPECT_EQ(ZRLocalizedString("%n slides", 0), QStringLiteral("0 slides"));
+    QLocale::setDefault(QLocale(QStringLiteral("en_US")));
+    EXPECT_EQ(ZRLocalizedString("%n slides", 12345), QStringLiteral("12,345 slides"));
+    ZRLocalization::setLanguages({QStringLiteral("xx")});
+    EXPECT_EQ(ZRLocalizedString("%n slides", 1), QStringLiteral("1 slide"));
+    ZRLocalization::setLanguages({QStringLiteral("de")});
+    EXPECT_EQ(ZRLocalizedString("%n slides", 1), QStringLiteral("1 Folie"));
 }
 
 TEST_F(ZRLocalizedStringTest, AnswersOnAnyThread)
@@ -108,11 +120,12 @@ TEST_F(ZRLocalizedStringTest, EveryTextInTheSourcesIsTranslated)
 {
     const QString root = QStringLiteral(ZR_SOURCE_DIR);
     const auto german = translatedTexts(root + QStringLiteral("/Resources/translations/zrcommon_de.ts"));
+    const auto english = translatedTexts(root + QStringLiteral("/Resources/translations/zrcommon_en.ts"));
     EXPECT_TRUE(german.count(QStringLiteral("Songs")));
     const QRegularExpression call(
         QStringLiteral("\\b(?:ZRL|l)ocalizedString\\(\\s*(\"((?:[^\"\\\\]|\\\\.)*)\"\\s*([,)]))?"));
     QStringList paths;
-    for (const char *folder : {"/Platform", "/ZRCommon", "/Examples/zrmedia"}) {
+    for (const char *folder : {"/Platform", "/ZRCommon", "/Examples/zrmedia", "/Examples/Storyboard"}) {
         QDirIterator files(root + QLatin1String(folder), {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files);
         while (files.hasNext())
             paths.append(files.next());
@@ -130,6 +143,7 @@ TEST_F(ZRLocalizedStringTest, EveryTextInTheSourcesIsTranslated)
                 ADD_FAILURE() << qPrintable(path) << ": no German for \"" << qPrintable(text) << "\"";
             else
                 EXPECT_EQ(found->second, match.captured(3) == u',') << qPrintable(text) << ": forms for a count";
+            EXPECT_EQ(english.count(text), match.captured(3) == u',' ? 1U : 0U) << qPrintable(text);
         }
     }
 }

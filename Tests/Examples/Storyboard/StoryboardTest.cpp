@@ -113,7 +113,7 @@ TEST_F(Storyboard, ShowsPhotosInTheOrderOfTheirTitlesAsPeopleCount)
     PhotoFolderWindow window;
     window.show();
     open(window, folderOf(11));
-    EXPECT_EQ(window.countText(), "11 Photos");
+    EXPECT_EQ(window.countText(), "11 photos");
     const auto titleOf = [&](qint64 index) {
         return std::dynamic_pointer_cast<ZRImageThumbnail>(window.grid().cellAtIndex(index)->representedObject())
             ->title();
@@ -145,7 +145,7 @@ TEST_F(Storyboard, AnEmptyFolderHasNoPhotos)
     window.show();
     QDir().mkpath(in("Empty"));
     open(window, in("Empty"));
-    EXPECT_EQ(window.countText(), "0 Photos");
+    EXPECT_EQ(window.countText(), "0 photos");
     EXPECT_FALSE(window.grid().isVisible());
     open(window, folderOf(2));
     EXPECT_TRUE(window.grid().isVisible());
@@ -160,7 +160,7 @@ TEST_F(Storyboard, KeepsWhatItShowsWhenOpeningIsCancelled)
     window.cancelOpening();
     ASSERT_TRUE(testSupport::waitUntil([&] { return !window.isOpening(); }));
     EXPECT_TRUE(window.statusText().startsWith("Opening “Others” was cancelled.")) << qPrintable(window.statusText());
-    EXPECT_EQ(window.countText(), "2 Photos");
+    EXPECT_EQ(window.countText(), "2 photos");
     EXPECT_EQ(window.folderPath(), in("Photos"));
 }
 
@@ -220,7 +220,7 @@ TEST_F(Storyboard, KeepsTheSelectionWhenTheFolderIsReadAgain)
     image.fill(Qt::red);
     testSupport::writeFile(in("Photos/Photo 0.png"), testSupport::encoded(image, "png"));
     open(window, in("Photos"));
-    EXPECT_EQ(window.countText(), "4 Photos");
+    EXPECT_EQ(window.countText(), "4 photos");
     EXPECT_EQ(window.grid().pathsForSelectedImages(), QStringList(in("Photos/Photo 3.png")));
     EXPECT_EQ(window.selectionText(), "1 selected");
 }
