@@ -35,6 +35,9 @@ inline const QString ZRDocumentDidChangeNotification = QStringLiteral("ZRDocumen
 /// is therefore announced by nobody and forgotten by the next batch. An `endChanges` too many takes the level below 0,
 /// and nothing is announced until one brings it to exactly 0.
 ///
+/// To undo and redo, a host calls the undo manager in a batch as well, `performChanges([&] { undoManager().undo(); })`:
+/// otherwise each registered call announces by itself.
+///
 /// Whoever is told may begin batches of its own, which are announced in full before the outer announcement goes on, may
 /// add and remove window controllers (those that are removed are not told any more, those that are added are told of
 /// the next change) and observers (see ZRObserverList), and may destroy the document: nobody else is told then. What a
@@ -79,16 +82,21 @@ public:
         if (alive)
             endChanges();
     }
-    /// Says that the content changed; announces nothing by itself.
+    /// Says that the content changed, for the announcement at the end of the batch. It does not make the document
+    /// edited: a call that is registered with the undo manager does, and so does `setEdited(true)`.
     void documentDidChange();
 
     /// Observers are not owned; one that dies is removed before. See ZRObserverList, also for adding one twice.
     void addObserver(ZRDocumentObserver *observer);
     void removeObserver(ZRDocumentObserver *observer);
 
-    /// The archive, an XML property list. **Removes all actions of the undo manager**: after saving nothing can be
-    /// undone.
-    /// @return nothing when the type is another one, and when the document was destroyed by who is told of that
+    /// The archive, an XML property list. **Removes all actions of the undo manager** first: what was done up to then
+    /// cannot be undone any more. This holds for every call, also for a copy and for a save that fails; a document that
+    /// was edited then stays so until it is saved or reverted. A host that wants to keep undo across saves derives from
+    /// `platform::Document` and writes its archive with `KeyedArchiver`.
+    /// @return nothing when the type is another one, in which case no action is removed; when the archive cannot be
+    /// written, which is logged in "zrcommon.document"; and when somebody who is told of the removal destroys the
+    /// document
     std::optional<QByteArray> dataRepresentationOfType(const QString &type) override;
     /// Has the subclass decode the archive, removes all actions of the undo manager, and announces a change, whatever
     /// the level. What cannot be read as an archive raises what the unarchiver raises, before any of that. What a

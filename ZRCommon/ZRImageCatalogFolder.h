@@ -15,6 +15,9 @@ class ZRWorkUnit;
 /// A folder of photos that the user added to the media browser. Its photos are listed from the cache of thumbnails in
 /// it, see `ZRImageCache`.
 ///
+/// **Listing the photos writes into their folder**: the first listing makes a folder "ZR.imageCache" in it, and later
+/// ones bring that up to date. Where it cannot be made, listing raises `ZRImageCacheCouldNotCreateFolderException`.
+///
 /// Thread safety: immutable; any thread. The catalog must outlive it.
 class ZRImageCatalogFolder
 {

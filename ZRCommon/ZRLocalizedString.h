@@ -4,6 +4,10 @@
 
 /// The framework's texts in the user's language, under the name that `ZRCommon` and hosts use:
 /// see `platform::localizedString`. Any thread.
+///
+/// A text of a host's own that is not in the framework's tables comes back as it is. The host translates it with a
+/// QTranslator, or adds a resource table (see LocalizedString.h). One table serves a language: that of the host then
+/// holds the framework's texts as well.
 inline QString ZRLocalizedString(const char *text)
 {
     return platform::localizedString(text);

@@ -21,6 +21,32 @@ inline const QString ZRPhotoMatrixDidChangeSelection = QStringLiteral("ZRPhotoMa
 /// Pictures are read from their files while the cells that show are drawn, for at most `loadingTime` a paint; the other
 /// cells draw what they have, and another paint soon goes on. Pictures far from what shows are let go.
 ///
+/// A grid stands in a scroll view and has a cell for each photo; those left over in the last row are blanks:
+///
+///     auto *const grid = new ZRPhotoMatrix;
+///     scrollView->setDocumentView(grid);
+///     grid->setPrototype(std::make_unique<MyPhotoCell>()); // only where a ZRPhotoCell does not do
+///     grid->setCellSizeForImageSize(QSizeF(114, 0));
+///
+///     void showPhotos(const ZRImageCatalogFolder::ThumbnailList &photos)
+///     {
+///         const auto needed = grid->getRowsNeeded(photos.size()); // for the width that shows
+///         grid->renewRows(needed.rows, needed.columns);
+///         for (qint64 i = 0; i < grid->numberOfCells(); ++i)
+///             grid->cellAtIndex(i)->setRepresentedObject(i < photos.size() ? photos[i] : nullptr);
+///         grid->sizeToCells();
+///     }
+///
+/// `selectionChanged` then tells of the selection, and `selectedImageThumbnails` gives it. Where several views show one
+/// selection, a `platform::ArrayController` holds the photos. There is one binding, "matrixSelectedObjects"; it is made
+/// once, and after `renewRows` the controller tells its selection again:
+///
+///     grid->bind(QStringLiteral("matrixSelectedObjects"), &controller, QStringLiteral("selectedObjects"));
+///     ...
+///     controller.setContent({photos.cbegin(), photos.cend()}); // first in showPhotos
+///     ...
+///     Q_EMIT controller.selectedObjectsChanged(); // last in showPhotos
+///
 /// The main thread only.
 class ZRPhotoMatrix : public ZRExtendedMatrix
 {
@@ -37,8 +63,8 @@ public:
     bool allowDraggingOut() const override { return true; }
     /// The files of the selected photos.
     std::unique_ptr<QMimeData> pasteboardForDrag() override;
-    /// Lays the grid out for thumbnails of a width, kept within 88 to 240 points; the height is passed over. The cells
-    /// become as wide and 6 more, and 3/4 of that width and 16 high.
+    /// Lays the grid out for thumbnails of the size's width, kept within 88 to 240 points; its height is passed over.
+    /// The cells become 6 points wider than the thumbnails, and 16 points higher than 3/4 of the thumbnails' width.
     void setCellSizeForImageSize(const QSizeF &size);
     /// The records of the selected cells, in their order.
     QList<std::shared_ptr<ZRImageThumbnail>> selectedImageThumbnails() const;

@@ -14,8 +14,8 @@ class ZRDocument;
 
 /// Posted to the default notification centre by a selection that changed, with the `ZRSelection *` as its object.
 inline const QString ZRSelectionDidChangeNotification = QStringLiteral("ZRSelectionDidChangeNotification");
-/// Another name: posted by what an inspector inspects, with itself as the object, when the object that it has selected
-/// changes. A `ZRSelection` never posts it.
+/// A name for hosts: what an inspector inspects posts it, with itself as the object, when another object is selected in
+/// it. The framework posts it nowhere.
 inline const QString ZRSelectionChangedNotification = QStringLiteral("ZRSelectionChangedNotification");
 
 /// All that is selected in one window of a document: a list of item sets, one for each kind of item. A host derives a
@@ -54,6 +54,18 @@ inline const QString ZRSelectionChangedNotification = QStringLiteral("ZRSelectio
 ///
 /// What is asked or changed about an item goes to the item set of its class. An item or a class that no item set is for
 /// raises `platform::InternalInconsistency`, and so does no item at all.
+///
+/// **After every change of the document** the host has the item sets let go of what the document has lost; nothing else
+/// does. The place for it is in a window controller:
+///
+///     void StoryWindowController::documentChanged()
+///     {
+///         ... // show the content
+///         selection()->performChanges([this] {
+///             for (const auto &set : selection()->selectionItemSets())
+///                 set->validateItems();
+///         });
+///     }
 ///
 /// **Announcements.** Each operation that changes the selection is one batch of changes; a batch within another one is
 /// part of it. When the outermost closes, by an exception as well, and something in it reported a change (which item

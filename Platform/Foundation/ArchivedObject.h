@@ -18,6 +18,11 @@ class KeyedUnarchiver;
 /// An object of an archive whose class is not known here: its class's name, and its keys with their values. Numbers and
 /// truth values are `Number` and `Boolean`, null is null, everything else an object as `KeyedUnarchiver` makes it.
 /// Compared by identity. Belongs to one thread at a time.
+///
+/// Where unknown classes are kept (`KeyedUnarchiver::UnknownClasses::Keep`), an object comes so when its class is not
+/// registered and not in the table of ValueObjects.h. URLs, UUIDs, index sets and geometry (NSURL, NSUUID, NSIndexSet
+/// and NSValue) stand in the table and come so all the same; NSColor does unless it is registered. Texts, arrays, sets,
+/// dictionaries, data, dates and NSNull come as the table says. In `ArchiveContents` no class is registered.
 class ArchivedObject : public Object
 {
     ZR_OBJECT(ArchivedObject, platform::Object)
@@ -47,7 +52,7 @@ private:
     QList<Entry> m_entries;
 };
 
-/// A whole archive for who does not know its classes: what a tool shows.
+/// A whole archive, read without knowing its classes: for tools that show archives.
 ///
 ///     if (const auto contents = ArchiveContents::read(path))
 ///         show(contents.value().top());

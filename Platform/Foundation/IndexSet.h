@@ -25,7 +25,7 @@ struct IndexRange {
 /// Indexes run from 0 to `MaximumIndex`. An operation that adds others raises `platform::InternalInconsistency`;
 /// one that asks for them or removes them finds none.
 ///
-/// Cost: a copy shares its ranges until one of both is changed. `contains` is logarithmic in the number of ranges,
+/// Cost: a copy shares its ranges until either is changed. `contains` is logarithmic in the number of ranges,
 /// `isEmpty`, `firstIndex` and `lastIndex` are constant, adding an index behind all others is constant in the mean,
 /// and all other operations are linear in the number of ranges, whatever their length.
 ///

@@ -22,8 +22,10 @@ namespace platform {
 
 class KeyedArchiveWriter;
 
-/// Writes objects that refer to each other into an archive: a property list in the platform's published keyed-archive
-/// form, which its programs read and write as well ("$archiver", "$version", "$objects", "$top").
+/// Writes objects that refer to each other into an archive: a property list in the published keyed-archive form of the
+/// desktop system whose programs write such archives. Programs of that system read what is written here, too. An
+/// archive is recognised by the text "NSKeyedArchiver" under "$archiver" and by its "$version", which is 100000;
+/// "$objects" holds the objects, and "$top" the keys that are encoded first.
 ///
 ///     KeyedArchiver archiver;
 ///     archiver.encodeInt32(3, "current-version");
@@ -34,9 +36,9 @@ class KeyedArchiveWriter;
 /// '$', which raises `InternalInconsistency`.
 ///
 /// Objects. An object that is met several times is written once, and comes back as one object: host objects and
-/// containers by identity, equal strings as one. Null is written as such. Known are the classes of
-/// ValueObjects.h, which stand under the platform's names, and those that the host registered (see KeyedCoding.h); an
-/// object of any other class raises `InternalInconsistency`.
+/// containers by identity, equal strings as one. Null is written as such. Known are the value classes, which stand
+/// under that system's names (ValueObjects.h has the table), and those that the host registered (see KeyedCoding.h). An
+/// object of any other class raises `InternalInconsistency`; so does a `Color` before `Color::registerClass`.
 ///
 /// Time and order: the keys of an object are written when encoding is finished, in the order in which the objects were
 /// first met. Until then the archiver holds the objects, and they must not change. Nothing recurses: an object that
@@ -66,7 +68,7 @@ public:
     /// Comes back as the same number, bit by bit; of not-a-number there is only one.
     void encodeDouble(double value, QAnyStringView key);
 
-    /// The bytes in place, as some of the platform's classes have theirs; null is an empty row of bytes here. (`encode`
+    /// The bytes in place, as some of that system's classes have theirs; null is an empty row of bytes here. (`encode`
     /// writes a reference, which is for data that objects share.)
     void encodeBytes(const QByteArray &bytes, QAnyStringView key);
 

@@ -88,8 +88,8 @@ public:
     virtual void decodeFromKeyedUnarchiver(KeyedUnarchiver &unarchiver) = 0;
 };
 
-/// The names under which classes stand in archives. The platform's own classes (NSArray, NSDate, …) are known without
-/// being registered; a name registered here goes before them.
+/// The names under which classes stand in archives. Those of the value classes (NSArray, NSDate and the others of the
+/// table in ValueObjects.h) are known without being registered; a name registered here goes before them.
 ///
 /// Thread safety: fill it at start-up. While nobody changes it, any thread may read and write archives with it.
 class ArchiveClasses

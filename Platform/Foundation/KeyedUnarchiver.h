@@ -24,7 +24,8 @@ namespace platform {
 
 class KeyedArchiveReader;
 
-/// Reads what `KeyedArchiver` and the platform's own programs wrote: keyed archives as XML or binary property lists.
+/// Reads what `KeyedArchiver` wrote, and the programs of the system whose form that is (see there): keyed archives as
+/// XML or binary property lists. It needs the classes of the objects; `ArchiveContents` reads an archive without them.
 ///
 ///     KeyedUnarchiver unarchiver(bytes);
 ///     m_version = unarchiver.decodeInt32("current-version");
@@ -38,8 +39,9 @@ class KeyedArchiveReader;
 /// can be read any more.
 ///
 /// Objects come back as they were written: one that is referred to several times is one object, and circles through
-/// host objects are allowed, since a host object is made before its keys are decoded. What the platform's classes
-/// become is told in ValueObjects.h; the mutable ones come back as their immutable counterparts.
+/// host objects are allowed, since a host object is made before its keys are decoded. What the classes
+/// of that system become is told by the table in ValueObjects.h; the mutable ones come back as their immutable
+/// counterparts. Colours are read once `Color::registerClass` was called.
 ///
 /// Cost: the property list is read once; an object is decoded when it is first asked for. Besides the list, a few words
 /// for every object. The objects that were made are held until the unarchiver goes.
@@ -48,13 +50,13 @@ class KeyedArchiveReader;
 class KeyedUnarchiver
 {
 public:
-    /// What becomes of an object whose class is neither registered nor one of ValueObjects.h.
+    /// What becomes of an object whose class is neither registered nor in the table of ValueObjects.h.
     enum class UnknownClasses {
         Refuse, ///< `InvalidArchive`.
-        Keep, ///< An `ArchivedObject`. The platform's URLs, UUIDs, index sets and values count as unknown, too.
+        Keep, ///< An `ArchivedObject`, which says what else counts as unknown then.
     };
 
-    /// Raises `InvalidArchive` for anything but an archive.
+    /// Raises `InvalidArchive` for anything but an archive: a property list with "NSKeyedArchiver" under "$archiver".
     /// @param classes not owned; must stay, as for the archiver
     explicit KeyedUnarchiver(QByteArrayView bytes, const ArchiveClasses &classes = ArchiveClasses::shared());
     /// The same from a property list that has been read.

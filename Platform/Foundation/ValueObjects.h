@@ -12,6 +12,30 @@
 /// @file
 /// Plain values as objects, for where an object is asked for. All are immutable and compare by value. Further ones:
 /// ContainerObjects.h (sets, dictionaries) and DataObjects.h (data, dates, URLs, UUIDs, geometry).
+///
+/// In a keyed archive they stand as follows. Of several forms all are read, and the first is written.
+///
+///     In the archive                           Here
+///     -----------------------------------------------------------------------------------------
+///     object 0, the text "$null"               a null pointer
+///     a number                                 Number      ValueObjects.h
+///     a truth value                            Boolean     ValueObjects.h
+///     a text; NSString, NSMutableString        String      ValueObjects.h
+///     NSNull                                   Null        ValueObjects.h
+///     NSArray, NSMutableArray                  Array       ValueObjects.h
+///     NSSet, NSMutableSet                      Set         ContainerObjects.h
+///     NSOrderedSet, NSMutableOrderedSet        OrderedSet  ContainerObjects.h
+///     NSDictionary, NSMutableDictionary        Dictionary  ContainerObjects.h
+///     data; NSData, NSMutableData              Data        DataObjects.h
+///     NSDate; a date                           Date        DataObjects.h
+///     NSURL                                    Url         DataObjects.h
+///     NSUUID                                   Uuid        DataObjects.h
+///     NSIndexSet, NSMutableIndexSet            Indexes     DataObjects.h
+///     NSValue                                  Geometry    DataObjects.h
+///     NSColor                                  Color       Platform/Media/Color.h, once it is registered
+///
+/// An array or dictionary that stands in place is read as an `Array` or `Dictionary`. All other classes are those that
+/// the host registered (KeyedCoding.h).
 
 namespace platform {
 

@@ -114,6 +114,8 @@ public:
 Q_SIGNALS:
     void arrangedObjectsChanged();
     void selectionIndexesChanged();
+    /// A host may emit it as well, to have the selection told again: a grid that is bound to "selectedObjects" then
+    /// shows it, as is wanted after its cells were renewed.
     void selectedObjectsChanged();
 
 protected:

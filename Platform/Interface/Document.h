@@ -23,7 +23,9 @@ struct State;
 ///
 /// **Edited.** A document is edited when its content differs from what was saved or loaded last:
 /// `undoManager().stack()` is not clean, or `setEdited(true)` was called since. Undoing everything back to the last
-/// save makes it unedited.
+/// save makes it unedited, as long as the undo manager has all actions since then. A hook that empties it, as that of
+/// `ZRDocument` does at every save and for every copy, leaves nothing to undo from before; after a copy, or a save that
+/// failed, an edited document then stays edited until it is saved or reverted.
 ///
 /// **Files.** A file is replaced whole: whoever reads it, at whatever moment the program ends, finds the old or the new
 /// content. Its permissions stay, and a symbolic link is followed. Ending the program forcibly during a save may leave
@@ -38,6 +40,11 @@ struct State;
 /// the document controller does that in the next turn of the event loop; whoever owns one otherwise is told by
 /// `closed`. The window controllers belong to the document.
 ///
+/// **Destroying.** The subclass goes first, with its content. Then go the window controllers, the last one first, each
+/// with its window; their `document()` is null by then. The undo manager goes last, with the calls that it holds. The
+/// destructor of a window controller therefore asks the content for nothing. A document that has closed, and that a
+/// document controller owns, loses its window controllers before it is destroyed itself.
+///
 /// Panels, windows and observers may destroy the document while an operation runs; it then returns without touching it.
 /// Main thread.
 class Document : public QObject
@@ -48,7 +55,9 @@ public:
     explicit Document(QObject *parent = nullptr);
     ~Document() override;
 
-    /// The name of the type, as it was registered with the document controller; empty at first.
+    /// The name of the type, as it was registered with the document controller; empty at first. The document controller
+    /// sets it for what it makes and opens, and `readFromFile` to the type that was read. For a document that is made
+    /// elsewhere the host does it, unless the document's class does.
     const QString &fileType() const { return m_fileType; }
     void setFileType(const QString &type) { m_fileType = type; }
     /// The file's absolute path; empty for a document that was never saved.

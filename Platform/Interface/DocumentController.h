@@ -35,7 +35,10 @@ struct DocumentType {
 /// saved last, the last one first.
 ///
 /// A document that closes leaves `documents` at once and is destroyed in the next turn of the event loop. Documents
-/// that are still open when the controller is destroyed are destroyed with it. Main thread.
+/// that are still open when the controller is destroyed are destroyed with it, windows and all, and nothing is asked:
+/// the application object must outlive the controller, and the host calls `closeAll` before it quits. Nothing here
+/// follows the end of the session; a host that wants to be asked then calls `closeAll` from
+/// `QGuiApplication::commitDataRequest`. Main thread.
 class DocumentController : public QObject
 {
     Q_OBJECT
@@ -66,7 +69,7 @@ public:
     Document *openDocument(const QString &path);
     /// Asks which files to open, and opens them.
     void openDocuments();
-    /// Takes over a document that was made elsewhere. Windows are neither made nor shown.
+    /// Takes over a document that was made elsewhere. Windows are neither made nor shown, and its type is left alone.
     Document *addDocument(std::unique_ptr<Document> document);
 
     /// In the order in which they were opened.

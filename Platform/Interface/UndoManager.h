@@ -14,11 +14,14 @@ namespace platform {
 /// Remembers how to take back what was done. An operation that changes something registers the call that would change
 /// it back; that call, made while undoing, registers its own reverse, which becomes the redo.
 ///
-///     void Slide::setTitle(const QString &title)
+///     void Story::setTitle(const std::shared_ptr<Slide> &slide, const QString &title)
 ///     {
-///         undoManager.registerUndo(this, [this, before = m_title] { setTitle(before); });
-///         m_title = title;
+///         undoManager().registerUndo(this, [this, slide, before = slide->title()] { setTitle(slide, before); });
+///         slide->setTitle(title);
 ///     }
+///
+/// The target is a QObject, here the document. A model object (`platform::Object`) is none: the call holds it by its
+/// std::shared_ptr, which keeps it for as long as the action can be undone or redone.
 ///
 /// **Actions.** What is undone in one step is an action: a single registered call, or all those that were registered
 /// while a group was open, which are made in reverse order. An empty group is no action. Registering a new action
@@ -28,7 +31,7 @@ namespace platform {
 /// - What is registered becomes its reverse, under the same name, whether in groups or not. When nothing is
 ///   registered, there is no way back: the action leaves the list. If it was being redone, the state in which all is
 ///   saved is out of reach then, and the stack is not clean.
-/// - `undo` and `redo` do nothing, and so it is through the stack.
+/// - `undo` and `redo` do nothing, and neither do those of the stack.
 /// - `removeAllActions` takes effect when the action has ended; what it registers is not kept.
 /// - A call that throws ends the action, and the exception leaves `undo` or `redo`; when a view of the stack asked for
 ///   it, it is logged in "platform.undo". The action stays where it is, with the calls that were not made, the failed

@@ -32,6 +32,11 @@ class UndoManager;
 /// **Title.** A window with a document has the document's name as its title, Qt's mark of changes behind it
 /// (`QWidget::isWindowModified`), and its path (`QWidget::windowFilePath`).
 ///
+/// **Destroying.** The subclass goes first, with its members. The window goes last, after its frame was stored, and so
+/// outlives members that its widgets use, such as a model. What the widgets tell while they go still reaches slots of
+/// the subclass, unless its destructor disconnects them. Where the document's destructor destroys the controller,
+/// `document()` is null, and the document's subclass is gone already; see `Document`.
+///
 /// What the overridden messages throw while an event is handled is logged in "platform.windows". Main thread.
 class WindowController : public QObject
 {
@@ -79,7 +84,8 @@ public:
     void setWindowFrameAutosaveName(const QString &name);
     const QString &windowFrameAutosaveName() const { return m_frameName; }
 
-    /// The document's content changed: for subclasses to refresh the window. Called by documents that announce changes.
+    /// The document's content changed: for subclasses to refresh the window. Called by documents that announce changes,
+    /// whether the window is loaded or not: an override asks `isWindowLoaded` before it refreshes anything.
     virtual void documentChanged() { }
 
     /// The undo manager for the window: the document's; null without one. When the window becomes key and this one's

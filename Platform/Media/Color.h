@@ -10,9 +10,9 @@
 
 namespace platform {
 
-/// A colour as an object, for keyed archives, where it stands as the platform's own colour: red, green, blue and alpha
-/// in the calibrated RGB space. Read are calibrated and device RGB and grey. Immutable once it was made or read;
-/// compares by value.
+/// A colour as an object, for keyed archives, where it stands under the name "NSColor": red, green, blue and alpha in
+/// the calibrated RGB space. Read are calibrated and device RGB and grey. Unlike the other value classes it has to be
+/// registered. Immutable once it was made or read; compares by value.
 ///
 ///     Color::registerClass(); // once, at start-up
 ///     encodeColor(archiver, m_background, "background");
@@ -23,7 +23,7 @@ class Color : public Object, public KeyedCoding
 {
     ZR_OBJECT(Color, platform::Object)
 public:
-    /// Makes colours known to archives under the platform's name.
+    /// Makes colours known to archives under the name "NSColor".
     static void registerClass(ArchiveClasses &classes = ArchiveClasses::shared());
 
     Color() = default;

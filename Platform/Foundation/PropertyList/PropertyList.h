@@ -34,7 +34,7 @@ Result<PropertyListValue> read(const QString &path);
 /// The same from memory. The bytes are copied.
 Result<PropertyListValue> parse(QByteArrayView bytes);
 
-/// Writes the XML form: tabs, keys sorted by code unit, the platform's DOCTYPE, a line feed at the end. Takes what
+/// Writes the XML form: tabs, keys sorted by code unit, the usual DOCTYPE, a line feed at the end. Takes what
 /// `PropertyListView::toVariant` gives, and all integer types, float, QStringList and QVariantHash. Errors:
 /// `Malformed` for a type that no property list can hold, an invalid date, or a string with a character that XML
 /// cannot hold (the keys and indexes that lead to it are in `reason`), `TooDeep`. To write without building a QVariant

@@ -22,9 +22,9 @@ namespace platform {
 ///     writer.end();
 ///     const auto bytes = writer.finish();
 ///
-/// In a dictionary each value follows its key; keys are written in the order given (the platform sorts them by code
-/// unit). `begin…` and `end` pair up, and one value stands at the root: it is the caller's duty, and `finish` asserts
-/// the latter two. What depends on the data is checked, and after the first error further calls do nothing.
+/// In a dictionary each value follows its key; keys are written in the order given (`PropertyList::writeXml` sorts them
+/// by code unit). `begin…` and `end` pair up, and one value stands at the root: it is the caller's duty, and `finish`
+/// asserts the latter two. What depends on the data is checked, and after the first error further calls do nothing.
 ///
 /// Thread safety: none; any thread.
 class PropertyListXmlWriter
