@@ -109,7 +109,15 @@ struct Grid {
         grid->repaint();
     }
     void repaint() { grid->repaint(); }
-    void layOut() { grid->setFrame(QRectF(grid->viewFrame().topLeft(), QSizeF(grid->viewFrame().width() - 1, 0))); }
+    /// With cells of another width, and so another number of columns, than before.
+    void layOut()
+    {
+        const int before = grid->numberOfColumns();
+        const double width = grid->cellSize().width() == cellSize.width() ? 160 : cellSize.width();
+        grid->setCellSize(QSizeF(width, cellSize.height()));
+        grid->possiblyAdjustNumberRowsAndColumns();
+        require(grid->numberOfColumns() != before, "nothing was laid out");
+    }
     bool isHit(const QPoint &point) { return grid->placeAtPoint(grid->fromWidget(point)).has_value(); }
     void selectAll() { grid->Matrix::selectAll(); }
     void selectNothing() { grid->deselectAllCells(); }

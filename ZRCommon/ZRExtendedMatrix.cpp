@@ -3,6 +3,7 @@
 #include "Platform/Interface/ArrayController.h"
 #include "Platform/Interface/DragRunner.h"
 #include "Platform/Interface/ScrollView.h"
+#include "ZRCommon/ScaledImages_p.h"
 
 #include <QKeyEvent>
 #include <QMetaMethod>
@@ -99,11 +100,33 @@ void ZRExtendedMatrix::selectAgain(const IndexSet &indexes)
     m_observed_object_for_matrix_selection->setSelectedObjects(objects);
 }
 
+/// What shows first, so that it shows first again when the cells stand elsewhere.
+ZRExtendedMatrix::ShownPlace ZRExtendedMatrix::shownPlace() const
+{
+    const double rowHeight = cellSize().height() + intercellSpacing().height();
+    const double top = enclosingScrollView() ? enclosingScrollView()->documentVisibleRect().top() : 0;
+    if (!(top > 0 && rowHeight > 0))
+        return {};
+    const double row = std::floor(top / rowHeight);
+    return {qint64(row) * numberOfColumns(), top / rowHeight - row};
+}
+
+void ZRExtendedMatrix::showPlace(const ShownPlace &place)
+{
+    platform::ScrollView *const scrollView = enclosingScrollView();
+    if (!scrollView || place.index <= 0 || numberOfColumns() == 0)
+        return;
+    const double rowHeight = cellSize().height() + intercellSpacing().height();
+    const double top = (double(place.index / numberOfColumns()) + place.fraction) * rowHeight;
+    scrollView->scrollToPoint(QPointF(scrollView->documentVisibleRect().x(), top));
+}
+
 void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
 {
     const RowsAndColumns needed = getRowsNeeded(usedCellsCount());
     if (needed.columns == numberOfColumns())
         return;
+    const ShownPlace shown = shownPlace();
     const IndexSet selected = selectedIndexes();
     const QPointer<ZRExtendedMatrix> grid(this); // which whoever is told may destroy
     {
@@ -114,6 +137,7 @@ void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
     if (!grid)
         return;
     sizeToCells();
+    showPlace(shown);
     setNeedsDisplay();
 }
 
@@ -352,7 +376,8 @@ bool ZRExtendedMatrix::bind(const QString &binding, platform::ArrayController *c
     if (property < 0 || !about.property(property).hasNotifySignal())
         return false;
     const int slot = metaObject()->indexOfSlot("observeSelectedObjects()");
-    connect(controller, about.property(property).notifySignal(), this, metaObject()->method(slot));
+    m_selectionObservation =
+        connect(controller, about.property(property).notifySignal(), this, metaObject()->method(slot));
     m_observed_object_for_matrix_selection = controller;
     m_observed_key_path_for_matrix_selection = keyPath;
     return true;
@@ -362,8 +387,7 @@ void ZRExtendedMatrix::unbind(const QString &binding)
 {
     if (binding != selectionBinding)
         return;
-    if (m_observed_object_for_matrix_selection)
-        m_observed_object_for_matrix_selection->disconnect(this);
+    disconnect(m_selectionObservation); // and nothing else that the host has connected
     m_observed_object_for_matrix_selection = nullptr;
     m_observed_key_path_for_matrix_selection.clear();
 }
@@ -398,7 +422,7 @@ Cell *ZRExtendedMatrix::cellAtPoint(const QPointF &point) const
 
 bool ZRExtendedMatrix::mouseDown(const MouseEvent &event)
 {
-    m_mouse_down_point = QPointF(float(event.location.x()), float(event.location.y()));
+    m_mouse_down_point = event.location;
     setFocus(Qt::MouseFocusReason); // whoever loses it may destroy the grid
     return true;
 }
@@ -481,11 +505,8 @@ QTextCharFormat ZRExtendedMatrix::smallerBadgeDrawingStringAttributes()
 
 QImage ZRExtendedMatrix::badgeImage(qreal devicePixelRatio)
 {
-    const int scale = std::clamp(int(std::ceil(devicePixelRatio)), 1, 3);
-    QImage image(scale == 1 ? QStringLiteral(":/ZRCommon/images/PhotoDragCount.png")
-                            : QStringLiteral(":/ZRCommon/images/PhotoDragCount@%1x.png").arg(scale));
-    image.setDevicePixelRatio(scale);
-    return image;
+    static const ScaledImages badges(QStringLiteral("PhotoDragCount"));
+    return badges.image(devicePixelRatio);
 }
 
 QImage ZRExtendedMatrix::dragImageForImageAtPoint(const QPointF &point)
@@ -515,16 +536,34 @@ QImage ZRExtendedMatrix::dragImageForImageAtPoint(const QPointF &point)
     for (const QRectF &edge : {QRectF(0, 0, width, 1), QRectF(0, height - 1, width, 1), QRectF(0, 1, 1, height - 2),
                                QRectF(width - 1, 1, 1, height - 2)})
         painter.fillRect(edge, gray);
-    // Places count from the lower left corner.
-    const QImage badge = badgeImage(ratio);
-    if (!badge.isNull())
-        painter.drawImage(QPointF(5, height - 15 - badge.deviceIndependentSize().height()), badge);
-    const qint64 count = selectedIndexes().count();
+    drawBadge(painter, height, selectedIndexes().count());
+    return result;
+}
+
+// Places count from the lower left corner.
+void ZRExtendedMatrix::drawBadge(QPainter &painter, double height, qint64 count)
+{
     const QTextCharFormat attributes =
         count > 99 ? smallerBadgeDrawingStringAttributes() : badgeDrawingStringAttributes();
     painter.setFont(attributes.font());
     painter.setPen(attributes.foreground().color());
     const int x = (count > 9 ? 10 : 15) - (count > 99 ? 2 : 0);
-    painter.drawText(QPointF(x, height - 18 - painter.fontMetrics().descent()), QString::number(count));
-    return result;
+    const QString text = QString::number(count);
+    const QImage badge = badgeImage(painter.device()->devicePixelRatioF());
+    if (!badge.isNull()) {
+        // Its middle is stretched below a number of more digits than it has room for.
+        const QSizeF size = badge.deviceIndependentSize();
+        const double left = 5, top = height - 15 - size.height(), half = std::floor(size.width() / 2);
+        const double end = x + painter.fontMetrics().horizontalAdvance(text) + (x - left);
+        const double extra = count > 999 ? std::max(0.0, end - left - size.width()) : 0;
+        const auto draw = [&](double fromX, double fromWidth, double toX, double toWidth) {
+            const double scale = badge.devicePixelRatio();
+            painter.drawImage(QRectF(left + toX, top, toWidth, size.height()), badge,
+                              QRectF(fromX * scale, 0, fromWidth * scale, badge.height()));
+        };
+        draw(0, half, 0, half);
+        draw(half, 1, half, extra + 1);
+        draw(half + 1, size.width() - half - 1, half + extra + 1, size.width() - half - 1);
+    }
+    painter.drawText(QPointF(x, height - 18 - painter.fontMetrics().descent()), text);
 }

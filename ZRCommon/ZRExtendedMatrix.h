@@ -58,7 +58,8 @@ public:
     /// that so many cells then need.
     RowsAndColumns getRowsNeeded(qint64 cellCount) const;
     /// Lays the grid out anew when another number of columns is needed. The same cells stay selected, and nothing is
-    /// told of that; but a bound controller's selection is emptied and set again.
+    /// told of that; but a bound controller's selection is emptied and set again. The cell that showed first still
+    /// does.
     void possiblyAdjustNumberRowsAndColumns();
     /// Sizes to the cells, and at least to what shows of the scroll view's document.
     void sizeToCells() override;
@@ -124,8 +125,8 @@ public:
 
     // Mouse and dragging
 
-    /// Where the button was last pressed, in the grid's coordinates.
-    QPointF mouseDownPoint() const { return m_mouse_down_point; }
+    /// Where the button was last pressed, in the grid's coordinates, rounded to single precision.
+    QPointF mouseDownPoint() const { return QPointF(float(m_mouse_down_point.x()), float(m_mouse_down_point.y())); }
     /// Null on no cell.
     platform::Cell *cellAtPoint(const QPointF &point) const;
     /// Whether cells may be dragged out. Not, unless a subclass says so.
@@ -158,8 +159,16 @@ private:
     double visibleWidth() const;
     void selectTarget(int row, int column);
     void selectAgain(const platform::IndexSet &indexes);
+    struct ShownPlace {
+        qint64 index = 0; // of the first cell of the first row that shows
+        double fraction = 0; // of that row which is above
+    };
+    ShownPlace shownPlace() const;
+    void showPlace(const ShownPlace &place);
+    static void drawBadge(QPainter &painter, double height, qint64 count);
 
     QString m_observed_key_path_for_matrix_selection;
     QPointer<platform::ArrayController> m_observed_object_for_matrix_selection;
-    QPointF m_mouse_down_point; // rounded to single precision
+    QPointF m_mouse_down_point;
+    QMetaObject::Connection m_selectionObservation;
 };

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Interface/Matrix.h"
 #include "Platform/Media/Image.h"
+#include "ZRCommon/ScaledImages_p.h"
 #include "ZRCommon/ZRFitRect.h"
 #include "ZRCommon/ZRImageThumbnail.h"
 #include "ZRCommon/ZRPhotoMatrix.h"
@@ -12,7 +13,6 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <memory>
 #include <optional>
@@ -62,6 +62,8 @@ public:
 private:
     QCache<Look, QImage> m_images;
 };
+
+constexpr int badgeTop = 6; // above the picture's area
 
 /// What shows on two large screens.
 constexpr qsizetype pictureLimit = 64 * 1024 * 1024, titleLimit = pictureLimit / 4;
@@ -137,10 +139,8 @@ void ZRPhotoCell::setRepresentedObject(const platform::ObjectPointer &thumbnail)
 
 void ZRPhotoCell::redraw()
 {
-    if (platform::Matrix *const grid = matrix()) {
-        const auto place = grid->placeOfCell(*this);
-        grid->setNeedsDisplay(grid->cellFrameAtRow(place.row, place.column));
-    }
+    if (platform::Matrix *const grid = matrix())
+        grid->cellChanged(*this, badgeTop - topMargin); // the badge begins above the cell
 }
 
 void ZRPhotoCell::setPhotoTitle(const QString &title)
@@ -157,16 +157,8 @@ void ZRPhotoCell::setUsedInCurrentDocument(bool isUsed)
 
 QImage ZRPhotoCell::imageInCurrentDocumentImage(qreal devicePixelRatio)
 {
-    static const std::array<QImage, 3> badges = [] {
-        std::array<QImage, 3> images;
-        for (int scale = 1; scale <= 3; ++scale) {
-            const QString suffix = scale == 1 ? QString() : QStringLiteral("@%1x").arg(scale);
-            images[size_t(scale - 1)] = QImage(QStringLiteral(":/ZRCommon/images/CurrentDocBadge%1.png").arg(suffix));
-            images[size_t(scale - 1)].setDevicePixelRatio(scale);
-        }
-        return images;
-    }();
-    return badges[size_t(std::clamp(int(std::ceil(devicePixelRatio)), 1, 3) - 1)];
+    static const ScaledImages badges(QStringLiteral("CurrentDocBadge"));
+    return badges.image(devicePixelRatio);
 }
 
 void ZRPhotoCell::drawWithFrame(QPainter &painter, const QRectF &frame, const platform::View &view)
@@ -188,7 +180,7 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
                                QStringLiteral("represented object should not be NULL"));
     const bool highlighted = isHighlighted();
     const QColor background = highlighted ? highlightColorWithFrame(frame, view) : QColor(Qt::white);
-    const QColor text = highlighted ? view.palette().color(QPalette::HighlightedText) : QColor(Qt::black);
+    const QColor text = highlighted ? highlightedTextColor(view) : QColor(Qt::black);
     const QTransform device = painter.deviceTransform();
     const auto pixels = pixelsOfFrame(device, frame);
     const double ratio = pixels ? device.m11() : painter.device()->devicePixelRatioF();
@@ -207,7 +199,7 @@ void ZRPhotoCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, 
     if (m_used_in_current_document) {
         // Its lower edge is named.
         const QRectF area = pictureArea(exact);
-        painter.drawImage(QPointF(area.x() - 3, area.y() - 6), imageInCurrentDocumentImage(ratio));
+        painter.drawImage(QPointF(area.x() - sideMargin, area.y() - badgeTop), imageInCurrentDocumentImage(ratio));
     }
 }
 

@@ -91,7 +91,7 @@ void SwatchCell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, c
     drawSwatch(painter, frame.adjusted(margin, margin, -margin, -margin - textHeight), swatch->color,
                palette.color(QPalette::Text));
 
-    painter.setPen(palette.color(isHighlighted() ? QPalette::HighlightedText : QPalette::Text));
+    painter.setPen(isHighlighted() ? highlightedTextColor(view) : palette.color(QPalette::Text));
     const QRectF line = frame.adjusted(margin, frame.height() - margin / 2 - textHeight, -margin, -margin / 2);
     painter.drawText(line, Qt::AlignCenter,
                      painter.fontMetrics().elidedText(swatch->name, Qt::ElideRight, int(line.width())));

@@ -6,6 +6,15 @@
 
 namespace platform {
 
+namespace {
+
+QPalette::ColorGroup highlightGroup(const View &view)
+{
+    return view.isFirstResponder() && view.isActiveWindow() ? QPalette::Active : QPalette::Inactive;
+}
+
+} // namespace
+
 std::unique_ptr<Cell> Cell::clone() const
 {
     return std::unique_ptr<Cell>(new Cell(*this));
@@ -58,8 +67,12 @@ void Cell::drawInteriorWithFrame(QPainter &painter, const QRectF &frame, const V
 
 QColor Cell::highlightColorWithFrame(const QRectF &, const View &view) const
 {
-    const bool isActive = view.isFirstResponder() && view.isActiveWindow();
-    return view.palette().color(isActive ? QPalette::Active : QPalette::Inactive, QPalette::Highlight);
+    return view.palette().color(highlightGroup(view), QPalette::Highlight);
+}
+
+QColor Cell::highlightedTextColor(const View &view) const
+{
+    return view.palette().color(highlightGroup(view), QPalette::HighlightedText);
 }
 
 } // namespace platform

@@ -53,6 +53,8 @@ public:
     virtual void drawInteriorWithFrame(QPainter &painter, const QRectF &frame, const View &view);
     /// The palette's highlight: of the active window while the view has the keyboard, otherwise of inactive ones.
     virtual QColor highlightColorWithFrame(const QRectF &frame, const View &view) const;
+    /// What the palette has for text on that colour.
+    QColor highlightedTextColor(const View &view) const;
 
     /// Whether drawing fills the whole frame, so that nothing need be drawn below. Not, unless a class says so.
     virtual bool isOpaque() const { return false; }

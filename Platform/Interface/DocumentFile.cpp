@@ -58,11 +58,11 @@ QString whyNotWritten(const QString &path, qint64 size, const QString &systemRea
         return localizedString("There is a folder of that name.");
     if (file.exists() && !file.isFile())
         return localizedString("This is not a file that can hold a document.");
-    if (file.exists() && !file.isWritable())
-        return localizedString("You do not have permission to change the file.");
     const QStorageInfo storage(folder.filePath());
     if (storage.isReadOnly())
         return localizedString("The disk can only be read.");
+    if (file.exists() && !file.isWritable())
+        return localizedString("You do not have permission to change the file.");
     if (!folder.isWritable())
         return localizedString("You do not have permission to write into the folder “%1”.")
             .arg(QDir::toNativeSeparators(folder.filePath()));

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace platform {
 
@@ -77,6 +78,7 @@ void Matrix::renewRows(int rows, int columns)
     m_numberOfColumns = columns;
     m_current = {};
     setNeedsDisplay();
+    MatrixAccessible::cellsChanged(*this);
     changeSelection({}, {});
 }
 
@@ -259,8 +261,16 @@ void Matrix::setCellHighlighted(const Cell &cell, bool isHighlighted)
 void Matrix::objectOfCellChanged(const Cell &cell, bool wasUsed)
 {
     m_numberOfUsedCells += int(cell.representedObject() != nullptr) - int(wasUsed);
+    cellChanged(cell);
+}
+
+void Matrix::cellChanged(const Cell &cell, double above)
+{
     const Place place = placeOfCell(cell);
-    setNeedsDisplay(cellFrameAtRow(place.row, place.column));
+    const QRectF frame = cellFrameAtRow(place.row, place.column);
+    setNeedsDisplay(frame.adjusted(0, -above, 0, 0));
+    if (QAccessible::isActive() && visibleRect().intersects(frame))
+        MatrixAccessible::nameChanged(*this, int(cell.index()));
 }
 
 Matrix::PlaceRange Matrix::placesInRect(const QRectF &rect) const
@@ -282,9 +292,21 @@ void Matrix::drawRect(QPainter &painter, const QRectF &dirty)
 {
     const PlaceRange places = placesInRect(dirty);
     drawBackground(painter, dirty, places);
+    const QTransform transform = painter.transform();
+    const std::optional<QRegion> clip = painter.hasClipping() ? std::optional(painter.clipRegion()) : std::nullopt;
     for (int row = places.first.row; row < places.end.row; ++row) {
-        for (int column = places.first.column; column < places.end.column; ++column)
-            drawCell(painter, *m_cells[size_t(qint64(row) * m_numberOfColumns + column)], cellFrameAtRow(row, column));
+        for (int column = places.first.column; column < places.end.column; ++column) {
+            Cell &cell = *m_cells[size_t(qint64(row) * m_numberOfColumns + column)];
+            if (drawCell(painter, cell, cellFrameAtRow(row, column)))
+                continue;
+            // How the cell has left the painter, nobody knows. To keep its state for each would cost as much as a cell.
+            QPaintDevice *const device = painter.device();
+            painter.end();
+            painter.begin(device);
+            painter.setTransform(transform);
+            if (clip)
+                painter.setClipRegion(*clip);
+        }
     }
 }
 
@@ -318,13 +340,10 @@ void Matrix::drawBackground(QPainter &painter, const QRectF &dirty, const PlaceR
     }
 }
 
-void Matrix::drawCell(QPainter &painter, Cell &cell, const QRectF &frame)
+bool Matrix::drawCell(QPainter &painter, Cell &cell, const QRectF &frame)
 {
-    try {
-        cell.drawWithFrame(painter, frame, *this);
-    } catch (...) {
-        logCurrentException(matrices(), QStringLiteral("drawing a cell"));
-    }
+    return callGuarded(matrices(), QStringLiteral("drawing a cell"),
+                       [&] { cell.drawWithFrame(painter, frame, *this); });
 }
 
 // How selected cells look depends on whether the view has the keyboard.

@@ -97,6 +97,10 @@ public:
     /// Indexes outside the grid are passed over. A further selection extends from the last one.
     void setSelectedIndexes(const IndexSet &indexes);
     virtual void selectAll();
+    /// To be called by a cell that looks otherwise, or is called otherwise: has it drawn again, and so many points
+    /// above its frame, and tells assistive technology of its name if it shows.
+    void cellChanged(const Cell &cell, double above = 0);
+
     /// What assistive technology asks for: to select a cell alone, and to add it or take it away. The cell must be in
     /// this matrix.
     virtual void selectCell(const Cell &cell);
@@ -132,8 +136,10 @@ protected:
     };
 
     void drawRect(QPainter &painter, const QRectF &dirty) override;
-    /// Draws a cell that shows. An exception that leaves the cell is logged, and the others are drawn.
-    virtual void drawCell(QPainter &painter, Cell &cell, const QRectF &frame);
+    /// Draws a cell that shows. An exception that leaves the cell is logged, and the others are drawn, by the painter
+    /// begun anew.
+    /// @return whether the cell drew itself to the end
+    virtual bool drawCell(QPainter &painter, Cell &cell, const QRectF &frame);
     /// Rows and columns, first and behind the last, that are in a rectangle.
     struct PlaceRange {
         Place first;

@@ -149,6 +149,21 @@ void MatrixAccessible::selectionChanged(Matrix &matrix)
     QAccessible::updateAccessibility(&focus);
 }
 
+void MatrixAccessible::cellsChanged(Matrix &matrix)
+{
+    if (!QAccessible::isActive())
+        return;
+    QAccessibleEvent event(&matrix, QAccessible::ObjectReorder);
+    QAccessible::updateAccessibility(&event);
+}
+
+void MatrixAccessible::nameChanged(Matrix &matrix, int index)
+{
+    QAccessibleEvent event(&matrix, QAccessible::NameChanged);
+    event.setChild(index);
+    QAccessible::updateAccessibility(&event);
+}
+
 void *MatrixAccessible::interface_cast(QAccessible::InterfaceType type)
 {
     if (type == QAccessible::TableInterface)

@@ -25,6 +25,10 @@ public:
     static void install();
     /// Tells of a changed selection, if anybody listens.
     static void selectionChanged(Matrix &matrix);
+    /// Tells of other cells, or cells in other places, if anybody listens.
+    static void cellsChanged(Matrix &matrix);
+    /// Tells that a cell says something else.
+    static void nameChanged(Matrix &matrix, int index);
 
     void *interface_cast(QAccessible::InterfaceType type) override;
     QAccessible::Role role() const override { return QAccessible::Table; }

@@ -186,16 +186,14 @@ TEST_F(ZRDocumentTest, AnnouncesWhenAnEndBringsTheLevelToExactlyZero)
 
 TEST_F(ZRDocumentTest, AnAnnouncementDoesNotClearTheFlag)
 {
+    const auto archive = document.dataRepresentationOfType(document.fileType());
+    ASSERT_TRUE(archive);
     document.beginChanges();
     document.documentDidChange();
+    EXPECT_TRUE(document.loadDataRepresentation(*archive, document.fileType())); // which announces by itself
+    EXPECT_FALSE(takeLog().isEmpty());
     document.endChanges();
-    takeLog();
-    // Two ends without a beginning, and a beginning that finds the level at -1: the flag is still set.
-    document.endChanges();
-    document.beginChanges(); // 0, the flag is not cleared
-    document.beginChanges(); // at 0: cleared
-    document.endChanges();
-    EXPECT_EQ(log, QStringList());
+    EXPECT_FALSE(takeLog().isEmpty()) << "the change is announced still";
 }
 
 TEST_F(ZRDocumentTest, ABatchWithoutAChangeIsNotAnnounced)

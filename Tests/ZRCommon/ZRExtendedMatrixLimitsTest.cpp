@@ -35,6 +35,35 @@ TEST_F(ExtendedMatrixLimits, AScatteredSelectionIsShownAtOnce)
     grid->unbind("matrixSelectedObjects");
 }
 
+TEST_F(ExtendedMatrixLimits, TheLastOfAMillionCellsAreDraggedAsTheFirst)
+{
+    scrollView.resize(230, 300);
+    grid->renewRows(500'000, 2);
+    const auto object = std::make_shared<platform::Object>();
+    for (qint64 i = 999'900; i < 1'000'000; ++i)
+        grid->cellAtIndex(i)->setRepresentedObject(object);
+    grid->sizeToCells();
+    QList<qint64> dragged;
+    const auto former = platform::setDragRunner([&](platform::Drag &) {
+        dragged.append(grid->selectedIndexes().firstIndex());
+        return Qt::IgnoreAction;
+    });
+    QList<qint64> pressed;
+    for (int row = 499'960; row < 499'990; ++row) {
+        scrollView.scrollToPoint(QPointF(0, row * 50));
+        for (const double y : {0.0, 1.0, 49.0}) {
+            grid->deselectAllCells();
+            send(QEvent::MouseButtonPress, QPointF(30, y));
+            send(QEvent::MouseMove, QPointF(40, y)); // no further than ten points
+            pressed.append(row * 2);
+            send(QEvent::MouseMove, QPointF(41, y));
+            send(QEvent::MouseButtonRelease, QPointF(41, y));
+        }
+    }
+    platform::setDragRunner(former);
+    EXPECT_EQ(dragged, pressed);
+}
+
 TEST_F(ExtendedMatrixLimits, AScatteredSelectionIsKeptAndRestoredAtOnce)
 {
     constexpr int count = 20'000;

@@ -471,6 +471,10 @@ TEST_F(ExtendedMatrix, TheDragImageShowsTheCellWithACount)
     ASSERT_EQ(badge.size(), QSize(29, 24));
     EXPECT_GT(image.pixelColor(10, 50 - 15 - 12).red(), 150);
     EXPECT_GT(image.pixelColor(5 + 14, 50 - 15 - 3).red(), 150);
+    int lowest = badge.height() - 1; // row of it that is drawn to the full
+    while (badge.pixelColor(14, lowest).alpha() < 200)
+        --lowest;
+    EXPECT_GT(image.pixelColor(5 + 14, 50 - 15 - badge.height() + lowest).red(), 150);
     EXPECT_LT(image.pixelColor(5 + 14, 50 - 15 + 2).red(), 90) << "below it";
     EXPECT_EQ(ZRExtendedMatrix::badgeImage(2).size(), QSize(58, 48));
     EXPECT_EQ(ZRExtendedMatrix::badgeImage(2).deviceIndependentSize(), QSizeF(29, 24));
@@ -496,7 +500,11 @@ TEST_F(ExtendedMatrix, TheCountIsPlacedByItsDigits)
         return -1;
     };
     EXPECT_NEAR(leftOfDigits(8), 15 + 1, 1);
+    EXPECT_NEAR(leftOfDigits(9), 15 + 1, 1);
+    EXPECT_NEAR(leftOfDigits(10), 10 + 3, 1); // a one begins further right
     EXPECT_NEAR(leftOfDigits(88), 10 + 1, 1);
+    EXPECT_NEAR(leftOfDigits(99), 10 + 1, 1);
+    EXPECT_NEAR(leftOfDigits(100), 8 + 2, 1);
     EXPECT_NEAR(leftOfDigits(888), 8 + 1, 1);
     for (const auto &[attributes, size] : {std::pair(ZRExtendedMatrix::badgeDrawingStringAttributes(), 14),
                                            std::pair(ZRExtendedMatrix::smallerBadgeDrawingStringAttributes(), 11)}) {
@@ -504,6 +512,50 @@ TEST_F(ExtendedMatrix, TheCountIsPlacedByItsDigits)
         EXPECT_EQ(attributes.font().pixelSize(), size);
         EXPECT_TRUE(attributes.font().bold());
     }
+}
+
+TEST_F(ExtendedMatrix, TheBadgeCountsTheSelectedCells)
+{
+    fill(10); // and two blanks
+    const auto image = [&] { return grid->dragImageForImageAtPoint(QPointF(250, 70)); };
+    grid->matrixSetSelectionFrom(0, 6, 0, true);
+    const QImage seven = image();
+    grid->cellAtIndex(9)->setHighlighted(true);
+    EXPECT_EQ(image(), seven) << "whatever else is highlighted";
+    grid->matrixSetSelectionFrom(7, 7, 0, true);
+    EXPECT_NE(image(), seven);
+    grid->matrixDeselectAllCells();
+    grid->matrixSetSelectionFrom(5, 11, 5, true);
+    EXPECT_EQ(image(), seven) << "blanks among them";
+}
+
+TEST_F(ExtendedMatrix, ACellIsSelectedWhereTheButtonGoesUp)
+{
+    fill(12);
+    grid->allowsDragging = false;
+    press(middleOf(0, 0));
+    drag(middleOf(1, 1));
+    release(middleOf(1, 1));
+    EXPECT_EQ(selected(), Indexes({5}));
+}
+
+TEST_F(ExtendedMatrix, TheBadgeIsAsWideAsItsCountNeeds)
+{
+    fill(10'000);
+    const auto widthOfBadge = [&](int count) {
+        grid->matrixDeselectAllCells();
+        grid->matrixSetSelectionFrom(0, count - 1, 0, true);
+        const QImage image = grid->dragImageForImageAtPoint(QPointF(10, 10));
+        int width = 0;
+        for (int x = 1; x < image.width() - 1; ++x)
+            width += image.pixelColor(x, 50 - 15 - 4).red() > 150; // below the digits
+        return width;
+    };
+    const int usual = widthOfBadge(1);
+    EXPECT_GT(usual, 15);
+    EXPECT_EQ(widthOfBadge(999), usual);
+    EXPECT_GT(widthOfBadge(1000), usual + 3);
+    EXPECT_GT(widthOfBadge(10'000), widthOfBadge(1000) + 4);
 }
 
 // Bound
@@ -560,6 +612,32 @@ TEST_F(ExtendedMatrix, BindsThatPropertyAlone)
     fill(4);
     grid->matrixSelectCellAtRow(0, 1);
     EXPECT_EQ(selected(), Indexes({1}));
+}
+
+TEST_F(ExtendedMatrix, UnbindingLeavesTheHostsOwnConnections)
+{
+    fill(7);
+    ASSERT_TRUE(grid->bind("matrixSelectedObjects", &controller, "selectedObjects"));
+    int told = 0;
+    QObject::connect(&controller, &ArrayController::selectedObjectsChanged, grid, [&] { ++told; });
+    grid->unbind("matrixSelectedObjects");
+    controller.setSelectionIndex(2);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(selected(), Indexes({}));
+}
+
+TEST_F(ExtendedMatrix, WhatShowsFirstStillDoesWhenTheCellsFlow)
+{
+    fill(2000); // four in a row
+    scrollView.scrollToPoint(QPointF(0, 100 * 50 + 20));
+    scrollView.resize(230, 300); // two in a row
+    EXPECT_EQ(grid->numberOfColumns(), 2);
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 200 * 50 + 20);
+    scrollView.resize(430, 300);
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 100 * 50 + 20);
+    scrollView.scrollToPoint(QPointF());
+    scrollView.resize(230, 300);
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 0);
 }
 
 TEST_F(ExtendedMatrix, FlowsWhileItIsBound)

@@ -71,6 +71,67 @@ TEST_F(PhotoMatrix, HasItsFixedSettings)
     EXPECT_TRUE(ZRPhotoCell().acceptsFirstResponder());
 }
 
+TEST_F(PhotoMatrix, TitlesOnAnUnfocusedSelectionAreOfItsColors)
+{
+    QPalette palette = grid->palette();
+    palette.setColor(QPalette::Inactive, QPalette::Highlight, QColor(230, 230, 230));
+    palette.setColor(QPalette::Inactive, QPalette::HighlightedText, Qt::black);
+    palette.setColor(QPalette::Active, QPalette::HighlightedText, QColor(230, 230, 230));
+    grid->setPalette(palette);
+    fill({photo({}, "MMMMMMMM")});
+    grid->selectCellAtRow(0, 0);
+    grid->clearFocus();
+    const QImage image = drawn();
+    int dark = 0;
+    for (int y = 0; y < 90; ++y) {
+        for (int x = 0; x < 120; ++x)
+            dark += image.pixelColor(x, y).lightness() < 80;
+    }
+    EXPECT_GT(dark, 10);
+}
+
+TEST_F(PhotoMatrix, PicturesKeepTheirShapeBelowTheTopMargin)
+{
+    fill({photo(thumbnailFile("wide.png", Qt::blue, QSize(150, 100)), {}),
+          photo(thumbnailFile("tall.png", Qt::blue, QSize(100, 150)), {})});
+    const QImage image = drawn();
+    const QColor blue(Qt::blue), white(Qt::white);
+    EXPECT_EQ(colorAt(image, QPointF(8, 40)), blue) << "of 111 points in 114";
+    EXPECT_EQ(colorAt(image, QPointF(2, 40)), white);
+    EXPECT_EQ(colorAt(image, QPointF(121 + 60, 5)), blue) << "from 5 on";
+    EXPECT_EQ(colorAt(image, QPointF(121 + 60, 4)), white);
+    EXPECT_EQ(colorAt(image, QPointF(121 + 60, 78)), blue) << "74 high";
+    EXPECT_EQ(colorAt(image, QPointF(121 + 30, 40)), white) << "49 wide";
+}
+
+TEST_F(PhotoMatrix, IsDrawnAnewWithATitleOrABadge)
+{
+    fill({photo({}, "a")});
+    const auto onScreen = [&] {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+        return scrollView.screen()->grabWindow(scrollView.winId()).toImage();
+    };
+    const QImage plain = onScreen();
+    cell(0).setPhotoTitle("another");
+    const QImage titled = onScreen();
+    EXPECT_NE(titled, plain);
+    cell(0).setUsedInCurrentDocument(true);
+    const QImage used = onScreen();
+    EXPECT_NE(used, titled);
+    cell(0).setUsedInCurrentDocument(false);
+    EXPECT_EQ(onScreen(), titled);
+    // The badge begins at the upper left corner of the cell, one point above.
+    const QImage badge = ZRPhotoCell::imageInCurrentDocumentImage(1);
+    const int x = badge.width() / 2;
+    for (int y = 1; y < badge.height(); ++y) {
+        if (badge.pixelColor(x, y).alpha() == 255) {
+            EXPECT_EQ(used.pixelColor(x, y - 1), badge.pixelColor(x, y)) << y;
+        }
+    }
+    EXPECT_EQ(used.pixelColor(x, badge.height()), QColor(Qt::white)) << "below it";
+}
+
 TEST_F(PhotoMatrix, SizesItsCellsToAThumbnailWidth)
 {
     const auto sizeFor = [&](double width) {

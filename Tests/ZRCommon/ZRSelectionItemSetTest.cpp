@@ -583,6 +583,30 @@ TEST_F(SelectionItemSet, EqualSetsHoldEqualItemsWhateverTheirAnchors)
     EXPECT_FALSE(slideSet().isEqual(ZRSelectionItemSet()));
 }
 
+TEST_F(SelectionItemSet, AnItemIsAddedOnceTheOtherKindsAreEmpty)
+{
+    testSupport::HostSelection alone;
+    alone.selectionItemSets().push_back(std::make_unique<ZRSelectionItemSet>());
+    alone.setDocument(nullptr);
+    ZRSelectionItemSet &bare = *alone.selectionItemSets()[0];
+    bare.addItem(a(1));
+    bare.addItem(a(2)); // of no class: every kind is another one, this one too
+    EXPECT_EQ(sortedNames(bare.selectedItems()), "A2");
+}
+
+TEST_F(SelectionItemSet, AClickThatOnlyRemovesEmptiesTheOtherKindsToo)
+{
+    ZRSelectionItemSet other;
+    other.addItem(std::make_shared<Track>(1));
+    select({3, 5});
+    ZRSelectionItemSet &trackSet = *selection->selectionItemSets()[1];
+    trackSet.copyFrom(other); // which leaves the slides
+    ASSERT_EQ(selected(), "A3 A5");
+    selection->adjustItemSelection(a(5), false, true);
+    EXPECT_EQ(selected(), "A3");
+    EXPECT_EQ(trackSet.selectedItemCount(), 0U);
+}
+
 // Alone
 
 TEST_F(SelectionItemSet, WithoutASelectionItIsTheOnlyKindThereIs)

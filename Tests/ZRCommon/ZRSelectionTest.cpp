@@ -234,6 +234,38 @@ TEST_F(Selection, MayBeDestroyedByAnObserverOfAChangeThatAnObserverMade)
 
 // Finding the item set
 
+TEST_F(Selection, ItemSetsMoveInTheirOrder)
+{
+    static QStringList asked;
+    class AskedSet : public ZRSelectionItemSet
+    {
+    public:
+        explicit AskedSet(const char *name)
+            : m_name(name)
+        { }
+        std::unique_ptr<ZRSelectionItemSet> clone() const override { return std::make_unique<AskedSet>(*this); }
+        quint32 absoluteItemCount() const override
+        {
+            asked.append(m_name);
+            return 0;
+        }
+
+    private:
+        const char *m_name;
+    };
+    ZRSelection both;
+    both.selectionItemSets().push_back(std::make_unique<AskedSet>("first"));
+    both.selectionItemSets().push_back(std::make_unique<AskedSet>("second"));
+    const auto askedBy = [&](void (ZRSelection::*operation)()) {
+        asked.clear();
+        (both.*operation)();
+        asked.removeDuplicates();
+        return asked;
+    };
+    EXPECT_EQ(askedBy(&ZRSelection::moveBackward), (QStringList{"first", "second"}));
+    EXPECT_EQ(askedBy(&ZRSelection::moveForward), (QStringList{"first", "second"}));
+}
+
 TEST_F(Selection, AskingForAClassWithoutAnItemSetIsRefused)
 {
     const auto failure = failureOf([&] { selection->selectionItemSetForClass(platform::Object::staticClass()); });

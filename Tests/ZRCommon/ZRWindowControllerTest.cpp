@@ -146,6 +146,23 @@ TEST_F(ZRWindowControllerTest, CopyingASelectionCanBeUndoneAndRedone)
     EXPECT_EQ(changes, 7) << "one announcement each";
 }
 
+TEST_F(ZRWindowControllerTest, WhoIsToldOfTheCopyFindsThatItCanBeUndone)
+{
+    struct Asking final : ZRSelectionObserver {
+        platform::UndoManager *manager = nullptr;
+        bool couldUndo = false;
+        void selectionDidChange(ZRSelection &) override { couldUndo = manager->canUndo(); }
+    } asking;
+    asking.manager = &document.undoManager();
+    setSelection();
+    selection().addObserver(&asking);
+    ItemSelection other;
+    other.addItem(a);
+    controller->copySelectionFrom(other);
+    EXPECT_TRUE(asking.couldUndo);
+    selection().removeObserver(&asking);
+}
+
 TEST_F(ZRWindowControllerTest, TheUndoHoldsASnapshot)
 {
     setSelection();

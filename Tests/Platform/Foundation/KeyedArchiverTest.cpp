@@ -474,6 +474,72 @@ TEST(KeyedArchiver, AHundredThousandObjectsInOneListAreNotDeep)
     EXPECT_EQ(read.last()->previous.lock(), read.first());
 }
 
+TEST(KeyedArchiver, ObjectsThatExistOnlyWhileTheyAreWrittenAreDifferentOnes)
+{
+    const ArchiveClasses known = classes();
+    KeyedArchiver archiver(known);
+    for (int i = 0; i < 100; ++i)
+        archiver.encodeObject(std::make_shared<Picture>(QString::number(i)), QString::number(i));
+    KeyedUnarchiver unarchiver(finished(archiver), known);
+    for (int i = 0; i < 100; ++i) {
+        const auto picture = unarchiver.decodeObjectOfClass<Picture>(QString::number(i));
+        ASSERT_TRUE(picture);
+        EXPECT_EQ(picture->path, QString::number(i));
+    }
+}
+
+TEST(KeyedArchiver, ObjectsThatOthersMakeWhileTheyAreWrittenAreDifferentOnes)
+{
+    class Gallery : public Object, public KeyedCoding
+    {
+        ZR_OBJECT(Gallery, platform::Object)
+    public:
+        void encodeWithKeyedArchiver(KeyedArchiver &archiver) const override
+        {
+            for (int i = 0; i < 100; ++i)
+                archiver.encodeObject(std::make_shared<Picture>(QString::number(i)), QString::number(i));
+        }
+        void decodeFromKeyedUnarchiver(KeyedUnarchiver &unarchiver) override
+        {
+            for (int i = 0; i < 100; ++i)
+                paths.append(unarchiver.decodeObjectOfClass<Picture>(QString::number(i))->path);
+        }
+        QStringList paths;
+    };
+    ArchiveClasses known = classes();
+    known.registerClass<Gallery>(QStringLiteral("Gallery"));
+    KeyedArchiver archiver(known);
+    archiver.encode(QList<std::shared_ptr<Gallery>>{std::make_shared<Gallery>(), std::make_shared<Gallery>()}, "all");
+    KeyedUnarchiver unarchiver(finished(archiver), known);
+    const auto galleries = unarchiver.decodeObjectsOfClass<Gallery>("all");
+    ASSERT_EQ(galleries.size(), 2);
+    for (const auto &gallery : galleries) {
+        ASSERT_EQ(gallery->paths.size(), 100);
+        for (int i = 0; i < 100; ++i)
+            EXPECT_EQ(gallery->paths[i], QString::number(i));
+    }
+}
+
+TEST(KeyedArchiver, WritesAClassOnce)
+{
+    const ArchiveClasses known = classes();
+    KeyedArchiver archiver(known);
+    archiver.encode(QList<std::shared_ptr<Slide>>{std::make_shared<Slide>("a"), std::make_shared<Slide>("b")}, "all");
+    const QByteArray bytes = finished(archiver);
+    EXPECT_EQ(bytes.count("$classname"), 2) << "that of the slides and that of their array";
+}
+
+TEST(KeyedArchiver, PlacesKeepAllOfTheirDigits)
+{
+    const QPointF point(0.1 + 0.2, 1.0 / 3);
+    EXPECT_EQ(thereAndBack(point, &KeyedUnarchiver::decodePoint).x(), point.x());
+    EXPECT_EQ(thereAndBack(point, &KeyedUnarchiver::decodePoint).y(), point.y());
+    const QRectF rect(-1e-7, 12345678.9, 1.0 / 7, 2e20);
+    const QRectF read = thereAndBack(rect, &KeyedUnarchiver::decodeRect);
+    EXPECT_TRUE(read.x() == rect.x() && read.y() == rect.y() && read.width() == rect.width()
+                && read.height() == rect.height());
+}
+
 TEST(KeyedArchiver, RefusesACircleThatIsEnteredAtAContainer)
 {
     class Holder : public Object, public KeyedCoding

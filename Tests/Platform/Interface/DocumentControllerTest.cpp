@@ -240,6 +240,46 @@ TEST_F(DocumentControllerTest, TakesOverDocumentsAndDestroysThemWithItself)
 
 // --- all documents
 
+TEST_F(DocumentControllerTest, ADocumentMayBeSavedUnderTheNameThatItHas)
+{
+    TextDocument *const document = edited("a.text");
+    person->place = path("a.text");
+    EXPECT_TRUE(document->saveAs());
+    EXPECT_EQ(testSupport::readFile(path("a.text")), "mine");
+}
+
+TEST_F(DocumentControllerTest, TellsOfTheCurrentDocumentWhenItIsAnother)
+{
+    TextDocument *const first = opened("a.text"), *const second = opened("b.text");
+    ASSERT_EQ(currents, (QList<Document *>{first, second}));
+    EXPECT_EQ(controller.openDocument(path("b.text")), second);
+    first->closeWithoutAsking();
+    EXPECT_EQ(currents.size(), 2) << "the second is current as before";
+}
+
+TEST_F(DocumentControllerTest, ShowsTheDocumentThatItAsksAbout)
+{
+    TextDocument *const document = edited("a.text");
+    QWidget *const window = document->windowControllers().first()->window();
+    window->hide();
+    person->saveAnswer = SaveAnswer::Cancel;
+    bool wasVisible = false;
+    person->meanwhile = [&] { wasVisible = window->isVisible(); };
+    EXPECT_FALSE(controller.closeAll());
+    EXPECT_TRUE(wasVisible);
+}
+
+TEST_F(DocumentControllerTest, StoresTenAbsolutePaths)
+{
+    for (int i = 0; i < 12; ++i)
+        controller.noteRecentPath(madeFile(qPrintable(QStringLiteral("%1.text").arg(i)), "a"));
+    controller.noteRecentPath(QDir::current().relativeFilePath(path("3.text")));
+    const QVariantList stored = UserDefaults::standard().array("NSRecentDocuments");
+    EXPECT_EQ(stored.size(), 10);
+    EXPECT_EQ(stored.value(0).toString(), path("3.text"));
+    EXPECT_EQ(controller.recentPaths().value(1), path("11.text"));
+}
+
 TEST_F(DocumentControllerTest, SavesAllThatAreEdited)
 {
     edited("a.text");

@@ -340,6 +340,38 @@ TEST_F(MatrixTest, GoesOnDrawingWhenACellRaises)
     static_cast<NotingCell &>(*grid->cells()[1]).throws = false;
 }
 
+TEST_F(MatrixTest, DrawsTheOthersInTheirPlacesWhateverACellLeavesOfThePainter)
+{
+    struct LeavingCell : platform::Cell {
+        std::unique_ptr<platform::Cell> clone() const override { return std::make_unique<LeavingCell>(); }
+        void drawWithFrame(QPainter &painter, const QRectF &frame, const platform::View &) override
+        {
+            if (index() == 0) {
+                painter.setClipRect(QRectF(0, 0, 2, 2));
+                painter.translate(7, 9);
+                painter.setOpacity(0.5);
+                throw std::runtime_error("no ink");
+            }
+            painter.fillRect(frame, Qt::red);
+        }
+    };
+    auto *const grid = new Matrix;
+    platform::ScrollView scrollView;
+    scrollView.setDocumentView(grid);
+    grid->setCellSize(QSizeF(40, 30));
+    grid->setIntercellSpacing(QSizeF(0, 0));
+    grid->setPrototype(std::make_unique<LeavingCell>());
+    grid->renewRows(1, 2);
+    grid->sizeToCells();
+    testSupport::expectWarning(QStringLiteral("drawing a cell: std::runtime_error: no ink"));
+    scrollView.resize(200, 100);
+    const QImage picture = grid->grab(QRect(0, 0, 90, 40)).toImage();
+    EXPECT_EQ(picture.pixelColor(41, 1), QColor(Qt::red));
+    EXPECT_EQ(picture.pixelColor(79, 29), QColor(Qt::red));
+    EXPECT_NE(picture.pixelColor(81, 1), QColor(Qt::red));
+    EXPECT_NE(picture.pixelColor(60, 31), QColor(Qt::red));
+}
+
 TEST_F(MatrixTest, IsDrawnAnewWhenSomethingChanges)
 {
     matrix.setPrototype(std::make_unique<NotingCell>(drawings));

@@ -159,6 +159,46 @@ TEST_F(ScrollViewTest, AWheelTurnsByPointsInAnyDocument)
     EXPECT_EQ(scrollView.documentVisibleRect().y(), 5007);
 }
 
+TEST_F(ScrollViewTest, MovesWhatShowsAndDrawsTheRest)
+{
+    view->setFrameSize(QSizeF(200, 5000));
+    const auto onScreen = [&] { return scrollView.screen()->grabWindow(scrollView.winId()).toImage(); };
+    const auto isUpToDate = [&] { return onScreen().pixelColor(5, 5) == QColor(Qt::red); };
+    scrollView.repaint();
+    view->repaint();
+    ASSERT_TRUE(isUpToDate());
+    view->drawn.clear();
+    scrollView.scrollToPoint(QPointF(0, 7.4)); // to a whole point
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 7);
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    ASSERT_EQ(view->drawn.size(), 1);
+    EXPECT_EQ(view->drawn[0], QRectF(0, 100, 200, 7));
+    EXPECT_EQ(onScreen().pixelColor(5, 2), QColor(Qt::red));
+    EXPECT_NE(onScreen().pixelColor(5, 4), QColor(Qt::red));
+    view->drawn.clear();
+    view->setNeedsDisplay(QRectF(10, 50, 20, 10));
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    ASSERT_EQ(view->drawn.size(), 1);
+    EXPECT_EQ(view->drawn[0], QRectF(10, 50, 20, 10));
+}
+
+TEST_F(ScrollViewTest, OtherButtonsDragNothing)
+{
+    const auto send = [&](QEvent::Type type, Qt::MouseButton button, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, QPointF(5, 5), view->mapToGlobal(QPointF(5, 5)), button, buttons, Qt::MetaModifier);
+        QCoreApplication::sendEvent(view, &event);
+    };
+    send(QEvent::MouseMove, Qt::NoButton, Qt::RightButton);
+    send(QEvent::MouseButtonRelease, Qt::RightButton, Qt::NoButton);
+    EXPECT_TRUE(view->mouse.isEmpty());
+    send(QEvent::MouseMove, Qt::NoButton, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, Qt::LeftButton, Qt::NoButton);
+    ASSERT_EQ(view->mouse.size(), 2);
+    EXPECT_EQ(view->mouse[1].second.modifierFlags & 0x100000U, 0U) << "another key";
+}
+
 TEST(View, GetsTheKeyboardIfItAcceptsIt)
 {
     struct Accepting : View {

@@ -500,6 +500,56 @@ TEST_F(UndoManagerTest, AnActionOfDeadTargetsIsSkipped)
     EXPECT_EQ(number, 2);
 }
 
+TEST_F(UndoManagerTest, RedoingWhatIsDeadChangesNothing)
+{
+    auto target = std::make_unique<QObject>();
+    manager.registerUndo(target.get(), [this, dying = target.get()] { manager.registerUndo(dying, [] {}); });
+    manager.undo();
+    manager.setClean();
+    target.reset();
+    manager.redo();
+    EXPECT_TRUE(manager.isClean());
+    EXPECT_FALSE(manager.canRedo());
+}
+
+TEST_F(UndoManagerTest, TellsViewsOfAllThatANewNameMayChange)
+{
+    note("a");
+    QStringList told;
+    const QUndoStack &stack = manager.stack();
+    QObject::connect(&stack, &QUndoStack::indexChanged, [&] { told.append("index"); });
+    QObject::connect(&stack, &QUndoStack::canUndoChanged, [&] { told.append("canUndo"); });
+    QObject::connect(&stack, &QUndoStack::undoTextChanged, [&] { told.append("undoText"); });
+    QObject::connect(&stack, &QUndoStack::canRedoChanged, [&] { told.append("canRedo"); });
+    QObject::connect(&stack, &QUndoStack::redoTextChanged, [&] { told.append("redoText"); });
+    manager.setActionName("Turn");
+    EXPECT_EQ(told, (QStringList{"index", "canUndo", "undoText", "canRedo", "redoText"}));
+}
+
+TEST_F(UndoManagerTest, AGroupEndsWithoutAnException)
+{
+    QObject::connect(&manager.stack(), &QUndoStack::indexChanged, [] { throw std::runtime_error("told of it"); });
+    testSupport::expectWarning("ending a group: std::runtime_error: told of it");
+    {
+        const UndoGroup group(manager, "Turn");
+        note("a");
+    }
+    EXPECT_TRUE(manager.canUndo());
+    manager.stack().disconnect();
+}
+
+TEST_F(UndoManagerTest, AFailureIsSettledBeforeItIsClean)
+{
+    manager.registerUndo([] { throw std::runtime_error("not undone"); });
+    testSupport::expectWarning("undoing: std::runtime_error: not undone");
+    manager.stack().undo(); // as a view does
+    manager.setClean();
+    EXPECT_TRUE(manager.isClean());
+    EXPECT_TRUE(manager.canUndo());
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(manager.isClean());
+}
+
 TEST_F(UndoManagerTest, TheCleanStateFollowsUndo)
 {
     EXPECT_TRUE(manager.isClean());

@@ -389,6 +389,72 @@ TEST_F(WindowControllerTest, CascadesWindowsWithoutAStoredFrame)
     EXPECT_EQ(fifth.window()->pos(), screen.topLeft()) << "begins anew at the edge of the screen";
 }
 
+TEST_F(WindowControllerTest, AShownWindowStaysWhereItIs)
+{
+    Controller first, second;
+    first.showWindow();
+    second.showWindow();
+    second.window()->move(300, 200);
+    second.showWindow();
+    EXPECT_EQ(second.window()->pos(), QPoint(300, 200));
+}
+
+TEST_F(WindowControllerTest, AWindowWhoseNewNameHasNoFrameIsCascaded)
+{
+    setStoredFrame(QStringLiteral("30 40 320 240"));
+    Controller first, second;
+    first.window()->move(100, 100);
+    first.showWindow();
+    second.setWindowFrameAutosaveName(QStringLiteral("Test"));
+    second.window();
+    second.setWindowFrameAutosaveName(QStringLiteral("Test without a frame"));
+    second.showWindow();
+    EXPECT_EQ(second.window()->pos(), first.window()->pos() + QPoint(24, 24));
+}
+
+TEST_F(WindowControllerTest, AFullScreenIsNoFrame)
+{
+    Controller controller;
+    controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
+    controller.showWindow();
+    setFrame(controller.window(), QRect(30, 40, 320, 240));
+    EXPECT_TRUE(testSupport::waitUntil([] { return storedFrame() == QStringLiteral("30 40 320 240"); }));
+    controller.window()->showFullScreen();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(controller.close());
+    EXPECT_EQ(storedFrame(), QStringLiteral("30 40 320 240"));
+}
+
+TEST_F(WindowControllerTest, TheFrameIsStoredBeforeItIsToldThatTheWindowCloses)
+{
+    Controller controller;
+    controller.setWindowFrameAutosaveName(QStringLiteral("Test"));
+    controller.showWindow();
+    setFrame(controller.window(), QRect(30, 40, 320, 240));
+    QString stored;
+    controller.whenClosing = [&] { stored = storedFrame(); };
+    EXPECT_TRUE(controller.close());
+    EXPECT_EQ(stored, QStringLiteral("30 40 320 240"));
+}
+
+TEST_F(WindowControllerTest, AWindowThatWouldDestroyItselfStaysWithItsController)
+{
+    struct Deleting : Controller {
+        std::unique_ptr<QWidget> makeWindow() override
+        {
+            auto window = std::make_unique<QWidget>();
+            window->setAttribute(Qt::WA_DeleteOnClose);
+            return window;
+        }
+        void windowWillClose() override { }
+    } controller;
+    controller.showWindow();
+    const QPointer<QWidget> window = controller.window();
+    EXPECT_TRUE(controller.close());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(window);
+}
+
 TEST_F(WindowControllerTest, AWindowThatDestroysItselfWhenItClosesHasNoFrame)
 {
     struct Vanishing : QWidget {
