@@ -37,16 +37,16 @@ std::shared_ptr<Slide> Slide::duplicate() const
     return copy;
 }
 
-void Slide::setSettings(const Settings &settings)
+Slide::Settings Slide::withinRanges(Settings settings)
 {
-    m_settings = settings;
-    m_settings.title = cleaned(settings.title);
-    m_settings.seconds =
+    settings.title = cleaned(settings.title);
+    settings.seconds =
         std::isfinite(settings.seconds) ? std::clamp(settings.seconds, shortest, longest) : Settings().seconds;
     if (int(settings.transition) < 0 || int(settings.transition) >= transitionCount)
-        m_settings.transition = Settings().transition;
+        settings.transition = Settings().transition;
     const double turned = std::isfinite(settings.angle) ? std::fmod(settings.angle, 360) : 0;
-    m_settings.angle = turned < 0 ? std::fmod(turned + 360, 360) : turned;
+    settings.angle = turned < 0 ? std::fmod(turned + 360, 360) : turned;
+    return settings;
 }
 
 void Slide::encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) const

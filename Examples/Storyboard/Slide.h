@@ -38,8 +38,10 @@ public:
 
     const QString &photoPath() const { return m_photoPath; }
     const Settings &settings() const { return m_settings; }
-    /// Internal: for the document, which announces the change. What is out of its range is brought into it.
-    void setSettings(const Settings &settings);
+    /// Settings with what is out of its range brought into it.
+    static Settings withinRanges(Settings settings);
+    /// Internal: for the document, which announces the change. Takes them within their ranges.
+    void setSettings(const Settings &settings) { m_settings = withinRanges(settings); }
 
     void encodeWithKeyedArchiver(platform::KeyedArchiver &archiver) const override;
     void decodeFromKeyedUnarchiver(platform::KeyedUnarchiver &unarchiver) override;

@@ -1,5 +1,6 @@
 #include "StoryboardController.h"
 
+#include "NumberBox.h"
 #include "PhotoFolderWindow.h"
 #include "SongList.h"
 #include "StoryboardDocument.h"
@@ -20,12 +21,24 @@ void commitEditing(const platform::Document &document)
         static_cast<StoryboardWindowController *>(controller)->commitEditing();
 }
 
+/// The name of a file, and its folder where another one of the files is called the same.
+QString recentText(const QString &path, const QStringList &all)
+{
+    const QString name = QFileInfo(path).fileName();
+    const auto isCalledSo = [&](const QString &other) { return QFileInfo(other).fileName() == name; };
+    const bool isOnlyOne = std::count_if(all.cbegin(), all.cend(), isCalledSo) == 1;
+    const QString text =
+        isOnlyOne ? name : QStringLiteral("%1 – %2").arg(name, QDir::toNativeSeparators(QFileInfo(path).path()));
+    return QString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
 } // namespace
 
 StoryboardController::StoryboardController()
 {
     QDir::addSearchPath(QStringLiteral("interface"), QStringLiteral(":/Storyboard/interface"));
     platform::InterfaceFile::registerClass<platform::ScrollView>(QStringLiteral("platform::ScrollView"));
+    platform::InterfaceFile::registerClass<NumberBox>(QStringLiteral("NumberBox"));
     platform::InterfaceFile::registerClass<SongList>(QStringLiteral("SongList"));
     registerType(StoryboardDocument::type());
     QApplication::setQuitOnLastWindowClosed(true);
@@ -97,8 +110,9 @@ void StoryboardController::fillFileMenu(QMenu &menu, StoryboardDocument *documen
     QMenu *const recent = menu.addMenu(ZRLocalizedString("Open &Recent"));
     QObject::connect(recent, &QMenu::aboutToShow, recent, [recent, &controller] {
         recent->clear();
-        for (const QString &path : controller.recentPaths())
-            recent->addAction(QFileInfo(path).fileName(), &controller,
+        const QStringList paths = controller.recentPaths();
+        for (const QString &path : paths)
+            recent->addAction(recentText(path, paths), &controller,
                               [&controller, path] { controller.openDocument(path); });
         recent->addSeparator();
         recent->addAction(ZRLocalizedString("&Clear Menu"), &controller,

@@ -123,6 +123,7 @@ void StoryboardDocument::changeSlides(const Slides::Items &slides, const QString
     for (const auto &slide : slides) {
         Slide::Settings wanted = slide->settings();
         change(wanted);
+        wanted = Slide::withinRanges(wanted);
         if (wanted != slide->settings()) {
             changed.append(slide);
             settings.append(wanted);

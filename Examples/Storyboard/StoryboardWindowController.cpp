@@ -1,5 +1,6 @@
 #include "StoryboardWindowController.h"
 
+#include "NumberBox.h"
 #include "SlideGrid.h"
 #include "SongList.h"
 #include "StoryboardController.h"
@@ -44,14 +45,6 @@ QLineEdit *focusedField()
     if (auto *const field = qobject_cast<QLineEdit *>(widget))
         return field;
     return qobject_cast<QAbstractSpinBox *>(widget) ? widget->findChild<QLineEdit *>() : nullptr;
-}
-
-/// Shows a number, or that there are several: a place below the least number, one step from it, stands for that.
-void showNumber(QDoubleSpinBox &box, double least, bool isOne, double number)
-{
-    box.setMinimum(isOne ? least : least - box.singleStep());
-    box.setSpecialValueText(isOne ? QString() : ZRLocalizedString("Several"));
-    box.setValue(isOne ? number : box.minimum());
 }
 
 /// "Undo Move Slides"
@@ -162,22 +155,22 @@ void StoryboardWindowController::connectForm()
 {
     m_slideBox = &outlet<QGroupBox>(QStringLiteral("slideBox"));
     m_title = &outlet<QLineEdit>(QStringLiteral("slideTitle"));
-    m_seconds = &outlet<QDoubleSpinBox>(QStringLiteral("slideSeconds"));
+    m_seconds = &outlet<NumberBox>(QStringLiteral("slideSeconds"));
     m_transition = &outlet<QComboBox>(QStringLiteral("slideTransition"));
-    m_angle = &outlet<QDoubleSpinBox>(QStringLiteral("slideAngle"));
+    m_angle = &outlet<NumberBox>(QStringLiteral("slideAngle"));
     outlet<QLabel>(QStringLiteral("titleLabel")).setText(ZRLocalizedString("&Title:"));
     outlet<QLabel>(QStringLiteral("secondsLabel")).setText(ZRLocalizedString("&Shows for:"));
     outlet<QLabel>(QStringLiteral("transitionLabel")).setText(ZRLocalizedString("T&ransition:"));
     outlet<QLabel>(QStringLiteral("angleLabel")).setText(ZRLocalizedString("&Angle:"));
     m_seconds->setSuffix(ZRLocalizedString(" s"));
-    m_seconds->setRange(Slide::shortest, Slide::longest);
+    m_seconds->setNumbers(Slide::shortest, Slide::longest);
+    m_angle->setNumbers(0, 359);
+    m_angle->setCycle(360);
     m_transition->addItems({ZRLocalizedString("None"), ZRLocalizedString("Dissolve"), ZRLocalizedString("Push"),
                             ZRLocalizedString("Wipe")});
 
     connect(m_title, &QLineEdit::editingFinished, this, &StoryboardWindowController::commitTitle);
-    connect(m_seconds, &QDoubleSpinBox::valueChanged, this, [this](double seconds) {
-        if (seconds < Slide::shortest)
-            return showSelection(); // what stands for several is no length of time
+    connect(m_seconds, &NumberBox::numberChanged, this, [this](double seconds) {
         changeSlides(ZRLocalizedString("Change Duration"),
                      [seconds](Slide::Settings &settings) { settings.seconds = seconds; });
     });
@@ -185,9 +178,7 @@ void StoryboardWindowController::connectForm()
         changeSlides(ZRLocalizedString("Change Transition"),
                      [index](Slide::Settings &settings) { settings.transition = Slide::Transition(index); });
     });
-    connect(m_angle, &QDoubleSpinBox::valueChanged, this, [this](double angle) {
-        if (angle < 0)
-            return showSelection();
+    connect(m_angle, &NumberBox::numberChanged, this, [this](double angle) {
         changeSlides(ZRLocalizedString("Turn Slides"), [angle](Slide::Settings &settings) { settings.angle = angle; });
     });
 }
@@ -563,8 +554,11 @@ void StoryboardWindowController::showForm(const StoryboardDocument::Slides::Item
     const bool haveOneTitle = haveOne(&Slide::Settings::title);
     m_title->setText(haveOneTitle ? settings.title : QString());
     m_title->setPlaceholderText(haveOneTitle ? QString() : ZRLocalizedString("Several titles"));
-    showNumber(*m_seconds, Slide::shortest, haveOne(&Slide::Settings::seconds), settings.seconds);
-    showNumber(*m_angle, 0, haveOne(&Slide::Settings::angle), settings.angle);
+    const auto show = [](NumberBox &box, bool isOne, double number) {
+        isOne ? box.showNumber(number) : box.showSeveral(number);
+    };
+    show(*m_seconds, haveOne(&Slide::Settings::seconds), settings.seconds);
+    show(*m_angle, haveOne(&Slide::Settings::angle), settings.angle);
     m_transition->setCurrentIndex(haveOne(&Slide::Settings::transition) ? int(settings.transition) : -1);
 }
 

@@ -10,9 +10,9 @@
 
 #include <functional>
 
+class NumberBox;
 class QAction;
 class QComboBox;
-class QDoubleSpinBox;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -93,9 +93,9 @@ private:
     SongList *m_songsView = nullptr;
     QGroupBox *m_slideBox = nullptr;
     QLineEdit *m_title = nullptr;
-    QDoubleSpinBox *m_seconds = nullptr;
+    NumberBox *m_seconds = nullptr;
     QComboBox *m_transition = nullptr;
-    QDoubleSpinBox *m_angle = nullptr;
+    NumberBox *m_angle = nullptr;
     QLabel *m_count = nullptr;
     QLabel *m_status = nullptr;
     QList<QAction *> m_selectionActions; // that need something selected

@@ -29,10 +29,11 @@ public:
     }
     bool confirm(platform::Document &, const QString &, const QString &, const QString &) override { return true; }
     int questions = 0;
+    SaveAnswer saveAnswer = SaveAnswer::Discard;
     SaveAnswer askWhetherToSave(platform::Document &) override
     {
         ++questions;
-        return SaveAnswer::Discard;
+        return saveAnswer;
     }
 };
 

@@ -1,3 +1,4 @@
+#include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Interface/DragRunner.h"
 #include "Platform/Interface/ScrollView.h"
 #include "StoryboardDocuments.h"
@@ -165,13 +166,54 @@ TEST_F(StoryboardWindows, TheFormSaysWhereSlidesDiffer)
     EXPECT_EQ(slides[1]->settings().seconds, 5);
     EXPECT_EQ(seconds.text(), "5.0 s");
     EXPECT_EQ(seconds.minimum(), Slide::shortest);
-    angle.stepUp();
-    EXPECT_EQ(slides[0]->settings().angle, 0);
-    EXPECT_EQ(slides[1]->settings().angle, 0);
+    angle.stepUp(); // from the first one's
+    EXPECT_EQ(slides[0]->settings().angle, 90);
+    EXPECT_EQ(slides[1]->settings().angle, 90);
     Q_EMIT transition.activated(2);
     EXPECT_EQ(slides[1]->settings().transition, Slide::Transition::Push);
     select({slides[0]});
     EXPECT_EQ(seconds.text(), "5.0 s");
+}
+
+TEST_F(StoryboardWindows, TheArrowsTurnRoundAndStepFromTheFirst)
+{
+    const auto slides = fill(2);
+    select({slides[0]});
+    auto &angle = widget<QDoubleSpinBox>("slideAngle");
+    QList<double> angles;
+    const auto step = [&](int steps) {
+        angle.stepBy(steps);
+        angles.append(slides[0]->settings().angle);
+    };
+    for (int i = 0; i < 5; ++i)
+        step(1);
+    for (int i = 0; i < 3; ++i)
+        step(-1);
+    EXPECT_EQ(angles, (QList<double>{90, 180, 270, 0, 90, 0, 270, 180}));
+
+    document->changeSlides({slides[1]}, {}, [](Slide::Settings &settings) { settings.seconds = 8; });
+    select(slides);
+    auto &seconds = widget<QDoubleSpinBox>("slideSeconds");
+    EXPECT_EQ(seconds.text(), "Several");
+    seconds.stepBy(1);
+    EXPECT_EQ(slides[0]->settings().seconds, 6);
+    EXPECT_EQ(slides[1]->settings().seconds, 6);
+    seconds.stepBy(-100);
+    EXPECT_EQ(slides[0]->settings().seconds, Slide::shortest);
+}
+
+TEST_F(StoryboardWindows, ShowingSettingsIsNoChange)
+{
+    const auto slides = fill(3);
+    document->changeSlides({slides[1]}, "Change", [](Slide::Settings &settings) {
+        settings = {QStringLiteral("b"), 8, Slide::Transition::Wipe, 90};
+    });
+    const int actions = document->undoManager().stack().count();
+    announcements.take();
+    for (const auto &some : {testSupport::Slides{slides[0]}, slides, testSupport::Slides{slides[1]}})
+        select(some);
+    EXPECT_EQ(document->undoManager().stack().count(), actions);
+    EXPECT_EQ(announcements.documentCount, 0);
 }
 
 TEST_F(StoryboardWindows, NumbersBelowTheLeastOneAreNotTaken)
@@ -271,6 +313,211 @@ TEST_F(StoryboardWindows, SongsAreDroppedAndDraggedToOtherPlaces)
     EXPECT_EQ(actions, Qt::CopyAction);
     Q_EMIT songs().dropped(file.get(), 3, true);
     EXPECT_EQ(songTitles(), (QStringList{"new", "b", "a", "c", "new"}));
+}
+
+TEST_F(StoryboardWindows, SongsAreMovedDeletedCopiedAndPastedBehindTheSelected)
+{
+    addSongs({"a.mp3", "b.mp3", "c.mp3"});
+    selection().select({document->songs().items()[0]});
+    action(Qt::CTRL | Qt::Key_Right).trigger();
+    EXPECT_EQ(songTitles(), (QStringList{"b", "a", "c"}));
+    action(QKeySequence::Copy).trigger();
+    const QMimeData *const copied = QGuiApplication::clipboard()->mimeData();
+    EXPECT_EQ(copied->urls(), QList<QUrl>{QUrl::fromLocalFile(in("a.mp3"))});
+    action(QKeySequence::Paste).trigger();
+    EXPECT_EQ(songTitles(), (QStringList{"b", "a", "a", "c"}));
+    EXPECT_EQ(selection().songs(), testSupport::Songs{document->songs().items()[2]});
+    action(QKeySequence::Delete).trigger();
+    EXPECT_EQ(songTitles(), (QStringList{"b", "a", "c"}));
+    EXPECT_EQ(selection().songs(), testSupport::Songs{document->songs().items()[2]}) << "the one behind it";
+}
+
+TEST_F(StoryboardWindows, SongsThatAreNamedTwiceAreTwo)
+{
+    platform::KeyedArchiver archiver;
+    const auto song = std::make_shared<Song>(in("a.mp3"));
+    archiver.encode(testSupport::Slides{}, "slides");
+    archiver.encode(testSupport::Songs{song, song}, "songs");
+    const QByteArray bytes = archiver.finishEncoding().value();
+    StoryboardDocument other;
+    ASSERT_TRUE(other.loadDataRepresentation(bytes, other.fileType()));
+    ASSERT_EQ(other.songs().count(), 2);
+    EXPECT_NE(other.songs().items()[0], other.songs().items()[1]);
+    auto data = std::make_unique<QMimeData>();
+    data->setData(StoryboardSelection::mimeType(), bytes);
+    QGuiApplication::clipboard()->setMimeData(data.release());
+    action(QKeySequence::Paste).trigger();
+    ASSERT_EQ(document->songs().count(), 2);
+    EXPECT_NE(document->songs().items()[0], document->songs().items()[1]);
+}
+
+TEST_F(StoryboardWindows, SlidesAndSongsTakeTheSelectionFromEachOther)
+{
+    const auto slides = fill(3);
+    addSongs({"a.mp3", "b.mp3"});
+    auto &songSelection = *songs().selectionModel();
+    window->grid().matrixSelectCellAtRow(0, 1);
+    EXPECT_EQ(selection().slides(), testSupport::Slides{slides[1]});
+    songSelection.select(songs().model()->index(1, 0), QItemSelectionModel::ClearAndSelect);
+    EXPECT_EQ(selection().songs(), testSupport::Songs{document->songs().items()[1]});
+    EXPECT_EQ(shown(), QList<int>{});
+    window->grid().matrixDeselectAllCells();
+    EXPECT_EQ(selection().songCount(), 1) << "no slide is selected already";
+    window->grid().matrixSelectCellAtRow(0, 2);
+    EXPECT_FALSE(songSelection.hasSelection());
+    EXPECT_EQ(selection().slides(), testSupport::Slides{slides[2]});
+    songSelection.clearSelection();
+    EXPECT_EQ(selection().slideCount(), 1);
+    window->grid().matrixDeselectAllCells();
+    EXPECT_TRUE(selection().isEmpty());
+}
+
+TEST_F(StoryboardWindows, AFileWithoutSongsIsNoStoryboard)
+{
+    platform::KeyedArchiver archiver;
+    archiver.encode(testSupport::Slides{}, "slides");
+    StoryboardDocument other;
+    EXPECT_THROW(other.loadDataRepresentation(archiver.finishEncoding().value(), other.fileType()),
+                 platform::InvalidArchive);
+}
+
+TEST_F(StoryboardWindows, QuittingTakesOverWhatWasTyped)
+{
+    const auto slides = fill(1);
+    select(slides);
+    widget<QLineEdit>("slideTitle").setText("typed");
+    widget<QLineEdit>("slideTitle").setModified(true);
+    panels->saveAnswer = platform::DocumentPanels::SaveAnswer::Cancel;
+    controller.quit();
+    EXPECT_EQ(slides[0]->settings().title, "typed");
+    EXPECT_EQ(panels->questions, 1);
+}
+
+TEST_F(StoryboardWindows, WhatHasGoneIsNotSelected)
+{
+    const auto slides = fill(3);
+    select({slides[0], slides[1]});
+    document->removeSlides({slides[0]}, "Remove");
+    EXPECT_EQ(selection().slideCount(), 1);
+    EXPECT_EQ(shown(), QList<int>{0});
+}
+
+TEST_F(StoryboardWindows, SelectAllWithTheSongsFocusedTakesTheSongs)
+{
+    fill(2);
+    addSongs({"a.mp3", "b.mp3"});
+    window->window()->show();
+    window->window()->activateWindow();
+    songs().setFocus();
+    ASSERT_TRUE(testSupport::waitUntil([&] { return songs().hasFocus(); }));
+    action(QKeySequence::SelectAll).trigger();
+    EXPECT_EQ(selection().songCount(), 2);
+}
+
+TEST_F(StoryboardWindows, UndoOfATextThatWasTypedIsThatOfTheField)
+{
+    const auto slides = fill(2);
+    select({slides[0]});
+    window->window()->show();
+    window->window()->activateWindow();
+    auto &title = widget<QLineEdit>("slideTitle");
+    title.setFocus();
+    ASSERT_TRUE(testSupport::waitUntil([&] { return title.hasFocus(); }));
+    EXPECT_TRUE(action(QKeySequence::Paste).isEnabled()) << "texts can be pasted in the field";
+    QTest::keyClicks(&title, "x");
+    action(QKeySequence::Undo).trigger();
+    EXPECT_EQ(title.text(), "Photo 0");
+    EXPECT_EQ(document->slides().count(), 2);
+    action(QKeySequence::Redo).trigger();
+    EXPECT_EQ(title.text(), "Photo 0x");
+}
+
+TEST_F(StoryboardWindows, WordsOnFilesGoWithTheNextOnes)
+{
+    testSupport::writeFile(in("photo.png"), testSupport::encoded(QImage(4, 3, QImage::Format_RGB32), "png"));
+    window->addFiles({in("Notes.txt")});
+    EXPECT_TRUE(window->statusText().contains("Notes.txt"));
+    window->addFiles({in("photo.png")});
+    EXPECT_EQ(window->statusText(), QString());
+}
+
+TEST_F(StoryboardWindows, AMarkShowsWhereSlidesAreDropped)
+{
+    fill(3);
+    window->window()->show();
+    SlideGrid &grid = window->grid();
+    const std::unique_ptr<QMimeData> file(filesOf({in("new.png")}));
+    const QImage before = grid.grab().toImage();
+    const QPoint place = grid.toWidget(grid.cellFrameAtRow(0, 1)).topLeft().toPoint() + QPoint(10, 40);
+    QDragEnterEvent enter(place, Qt::CopyAction, file.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&grid, &enter);
+    QDragMoveEvent move(place, Qt::CopyAction, file.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&grid, &move);
+    const QImage marked = grid.grab().toImage();
+    EXPECT_EQ(marked.pixelColor(place - QPoint(12, 0)), grid.palette().color(QPalette::Highlight));
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(&grid, &leave);
+    EXPECT_EQ(grid.grab().toImage(), before);
+}
+
+TEST_F(StoryboardWindows, APictureShowsOnceItIsThere)
+{
+    QImage blue(40, 30, QImage::Format_RGB32);
+    blue.fill(Qt::blue);
+    testSupport::writeFile(in("blue.png"), testSupport::encoded(blue, "png"));
+    document->insertSlides({std::make_shared<Slide>(in("blue.png"))}, 0, {});
+    window->window()->show();
+    const QPoint middle(73, 50);
+    const auto isBlue = [&] {
+        const QWidget &shown = *window->window();
+        const QImage screen = shown.screen()->grabWindow(shown.winId()).toImage();
+        const QPoint place = window->grid().mapTo(&shown, middle);
+        return screen.rect().contains(place) && screen.pixelColor(place).blue() > 200
+            && screen.pixelColor(place).red() < 60;
+    };
+    EXPECT_TRUE(testSupport::waitUntil(isBlue));
+}
+
+TEST_F(StoryboardWindows, SettingsThatComeToTheSameAreNoChange)
+{
+    const auto slides = fill(1);
+    const int actions = document->undoManager().stack().count();
+    document->changeSlides(slides, "Turn", [](Slide::Settings &settings) { settings.angle = 360; });
+    EXPECT_EQ(document->undoManager().stack().count(), actions);
+}
+
+TEST_F(StoryboardWindows, AnIndexBeyondTheSlidesIsTheEnd)
+{
+    const auto slides = fill(2);
+    document->insertSlides({std::make_shared<Slide>("end.jpg")}, 99, {});
+    document->insertSlides({std::make_shared<Slide>("start.jpg")}, -5, {});
+    EXPECT_EQ(titles(*document), (QStringList{"start", "Photo 0", "Photo 1", "end"}));
+}
+
+TEST_F(StoryboardWindows, RecentFilesOfOneNameAreToldApart)
+{
+    const auto save = [&](const QString &place) {
+        QDir(in("")).mkpath(place);
+        const QString path = in(qPrintable(place)) + QStringLiteral("/A & B.storyboard");
+        testSupport::writeFile(path, document->dataRepresentationOfType(document->fileType()).value());
+        controller.noteRecentPath(path);
+    };
+    controller.clearRecentPaths();
+    const auto texts = [&] {
+        QMenu menu;
+        StoryboardController::fillFileMenu(menu, document);
+        QMenu *const recent = menu.findChild<QMenu *>();
+        Q_EMIT recent->aboutToShow();
+        QStringList result;
+        for (const QAction *const each : recent->actions())
+            result.append(each->text());
+        return result;
+    };
+    save("one");
+    EXPECT_EQ(texts().first(), "A && B.storyboard");
+    save("two");
+    EXPECT_EQ(texts().first(), QStringLiteral("A && B.storyboard – %1").arg(in("two")));
+    controller.clearRecentPaths();
 }
 
 TEST_F(StoryboardWindows, SlidesDroppedOnTheSongsAreSlides)
