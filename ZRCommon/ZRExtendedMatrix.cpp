@@ -273,8 +273,15 @@ void ZRExtendedMatrix::selectTarget(int row, int column)
         return;
     const QPointer<ZRExtendedMatrix> grid(this);
     matrixSelectCellAtRow(row, column);
-    if (grid && cellAtRow(row, column))
-        scrollRectToVisible(cellFrameAtRow(row, column));
+    if (!grid || !cellAtRow(row, column))
+        return;
+    QRectF frame = cellFrameAtRow(row, column);
+    // Where as many columns as fit are shown, some points of the last one may not: nothing moves aside for these.
+    if (usesAvailableWidthToLayoutCells()) {
+        frame.setLeft(visibleRect().left());
+        frame.setWidth(1);
+    }
+    scrollRectToVisible(frame);
 }
 
 void ZRExtendedMatrix::moveRight()

@@ -135,6 +135,16 @@ TEST_F(ZRDocumentTest, TwoChangesInABatchAreAnnouncedOnce)
     EXPECT_EQ(log, once);
 }
 
+TEST_F(ZRDocumentTest, ABatchWithinAnotherForgetsNoChange)
+{
+    document.beginChanges();
+    document.documentDidChange();
+    document.beginChanges();
+    document.endChanges();
+    document.endChanges();
+    EXPECT_EQ(log, once);
+}
+
 TEST_F(ZRDocumentTest, NestedBatchesAreAnnouncedByTheOutermost)
 {
     document.beginChanges();

@@ -614,6 +614,22 @@ TEST_F(ExtendedMatrix, BindsThatPropertyAlone)
     EXPECT_EQ(selected(), Indexes({1}));
 }
 
+TEST_F(ExtendedMatrix, KeysDoNotMoveTheCellsAside)
+{
+    grid->setIntercellSpacing(QSizeF(10, 10)); // the fourth column shows in part
+    fill(40);
+    ASSERT_EQ(grid->numberOfColumns(), 4);
+    grid->matrixSelectCellAtRow(0, 2);
+    grid->moveRight();
+    EXPECT_EQ(selected(), Indexes({3}));
+    EXPECT_EQ(scrollView.documentVisibleRect().x(), 0);
+    for (int i = 0; i < 7; ++i)
+        grid->moveDown();
+    EXPECT_EQ(selected(), Indexes({31}));
+    EXPECT_TRUE(scrollView.documentVisibleRect().contains(grid->cellFrameAtRow(7, 2)));
+    EXPECT_EQ(scrollView.documentVisibleRect().x(), 0);
+}
+
 TEST_F(ExtendedMatrix, UnbindingLeavesTheHostsOwnConnections)
 {
     fill(7);

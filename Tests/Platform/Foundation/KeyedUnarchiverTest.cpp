@@ -464,6 +464,15 @@ TEST(KeyedUnarchiver, StructuresThatShareTheirPartsAreReadInNoTime)
     EXPECT_EQ(refusal(doubled("NSOrderedSet")), "object 3: sets and keys expand without measure");
 }
 
+TEST(KeyedUnarchiver, KeysThatShareTheirPartsAreReadInNoTime)
+{
+    QByteArray objects = classRecord("NSArray") + classRecord("NSDictionary")
+        + record(2, references("NS.keys", QList<int>{4}) + references("NS.objects", QList<int>{203}));
+    for (int i = 4; i < 204; ++i)
+        objects += record(1, references("NS.objects", i < 203 ? QList<int>{i + 1, i + 1} : QList<int>{}));
+    EXPECT_EQ(refusal(archive(objects, "<key>root</key>" + uid(3))), "object 3: sets and keys expand without measure");
+}
+
 TEST(KeyedUnarchiver, ATextThatIsReferredToOftenIsThereOnce)
 {
     // Ten thousand slides with one title of a million letters.
