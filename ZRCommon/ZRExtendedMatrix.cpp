@@ -143,9 +143,8 @@ void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()
 
 void ZRExtendedMatrix::sizeToCells()
 {
-    Matrix::sizeToCells();
-    if (const platform::ScrollView *const scrollView = enclosingScrollView())
-        setFrameSize(viewFrame().size().expandedTo(scrollView->contentSize()));
+    const platform::ScrollView *const scrollView = enclosingScrollView();
+    setFrameSize(scrollView ? sizeOfCells().expandedTo(scrollView->contentSize()) : sizeOfCells());
 }
 
 void ZRExtendedMatrix::setFrame(const QRectF &frame)

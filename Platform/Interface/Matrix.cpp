@@ -82,13 +82,18 @@ void Matrix::renewRows(int rows, int columns)
     changeSelection({}, {});
 }
 
-void Matrix::sizeToCells()
+QSizeF Matrix::sizeOfCells() const
 {
     const auto extent = [](int count, double length, double spacing) {
         return count > 0 ? count * length + (count - 1) * spacing : 0;
     };
-    setFrameSize(QSizeF(extent(m_numberOfColumns, m_cellSize.width(), m_intercellSpacing.width()),
-                        extent(m_numberOfRows, m_cellSize.height(), m_intercellSpacing.height())));
+    return QSizeF(extent(m_numberOfColumns, m_cellSize.width(), m_intercellSpacing.width()),
+                  extent(m_numberOfRows, m_cellSize.height(), m_intercellSpacing.height()));
+}
+
+void Matrix::sizeToCells()
+{
+    setFrameSize(sizeOfCells());
 }
 
 bool Matrix::hasPlace(int row, int column) const

@@ -59,6 +59,8 @@ public:
     /// that are missing are copies of the prototype, those that are too many go. Nothing is selected or highlighted
     /// afterwards. Negative numbers count as 0, and the product is limited to 2^31 - 1 cells.
     virtual void renewRows(int rows, int columns);
+    /// Of all cells, with the spacing between them.
+    QSizeF sizeOfCells() const;
     /// Makes the frame as large as the cells.
     virtual void sizeToCells();
 

@@ -36,11 +36,15 @@ public:
 protected:
     void sliderChange(SliderChange change) override
     {
+        if (change != SliderValueChange) {
+            m_handle = QRect();
+            return QScrollBar::sliderChange(change);
+        }
         QStyleOptionSlider option;
         initStyleOption(&option);
         const QRect handle = style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
         const bool isAtEnd = value() == minimum() || value() == maximum(); // where styles disable an arrow
-        const bool looksTheSame = change == SliderValueChange && handle == m_handle && isAtEnd == m_isAtEnd;
+        const bool looksTheSame = handle == m_handle && isAtEnd == m_isAtEnd;
         m_handle = handle;
         m_isAtEnd = isAtEnd;
         if (!looksTheSame)
