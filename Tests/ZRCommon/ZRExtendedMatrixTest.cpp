@@ -630,6 +630,45 @@ TEST_F(ExtendedMatrix, KeysDoNotMoveTheCellsAside)
     EXPECT_EQ(scrollView.documentVisibleRect().x(), 0);
 }
 
+TEST_F(ExtendedMatrix, ThePageKeysDoNothingInALongGridEither)
+{
+    fill(400);
+    scrollView.scrollToPoint(QPointF(0, 1000));
+    grid->selectCellAtRow(22, 1);
+    for (const int each : {Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Home, Qt::Key_End}) {
+        key(each);
+        EXPECT_EQ(scrollView.documentVisibleRect().y(), 1000) << each;
+        EXPECT_EQ(selected(), Indexes({89})) << each;
+    }
+}
+
+TEST_F(ExtendedMatrix, WhileItIsBoundTheMouseAsksTheController)
+{
+    fill(7);
+    ASSERT_TRUE(grid->bind("matrixSelectedObjects", &controller, "selectedObjects"));
+    controller.setSelectionIndex(2);
+    const auto former = platform::setDragRunner([](platform::Drag &) { return Qt::IgnoreAction; });
+    press(middleOf(1, 0));
+    drag(middleOf(1, 1));
+    release(middleOf(1, 1));
+    platform::setDragRunner(former);
+    EXPECT_EQ(controller.selectedObjects(), QList<ObjectPointer>({grid->cells()[5]->representedObject()}));
+    controller.setSelectionIndex(2);
+    press(middleOf(1, 0));
+    drag(middleOf(1, 0) + QPointF(40, 0));
+    EXPECT_EQ(controller.selectedObjects().size(), 1);
+    click(QPointF(210, 290)); // below the cells
+    EXPECT_TRUE(controller.selectedObjects().isEmpty());
+    grid->unbind("matrixSelectedObjects");
+}
+
+TEST_F(ExtendedMatrix, SelectAllTakesTheBlanksWhileItIsNotBound)
+{
+    fill(6);
+    grid->selectAll();
+    EXPECT_EQ(grid->selectedIndexes().count(), 8);
+}
+
 TEST_F(ExtendedMatrix, UnbindingLeavesTheHostsOwnConnections)
 {
     fill(7);

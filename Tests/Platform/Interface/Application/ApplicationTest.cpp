@@ -119,18 +119,22 @@ TEST_F(ApplicationTest, KeepsTheMainWindowWhileADialogOrAToolWindowIsActive)
     QWidget window;
     show(window, "window");
     notes.clear();
+    const auto isActive = [](const QWidget &shown) {
+        return testSupport::waitUntil([&] { return QApplication::activeWindow() == &shown; });
+    };
     QDialog dialog(&window);
     show(dialog, "dialog");
+    EXPECT_TRUE(isActive(dialog));
     EXPECT_EQ(application.mainWindow(), &window);
     QWidget tool(&window, Qt::Tool);
     show(tool, "tool");
+    EXPECT_TRUE(isActive(tool));
     QWidget popup(&window, Qt::Popup);
     popup.show();
     EXPECT_EQ(application.mainWindow(), &window);
     popup.hide();
-    tool.hide();
-    dialog.hide();
     activate(window);
+    EXPECT_TRUE(isActive(window));
     EXPECT_EQ(takeNotes(), QStringList());
 }
 
