@@ -166,6 +166,7 @@ void StoryboardWindowController::connectForm()
     m_seconds->setNumbers(Slide::shortest, Slide::longest);
     m_angle->setNumbers(0, 359);
     m_angle->setCycle(360);
+    m_transition->setPlaceholderText(ZRLocalizedString("Several"));
     m_transition->addItems({ZRLocalizedString("None"), ZRLocalizedString("Dissolve"), ZRLocalizedString("Push"),
                             ZRLocalizedString("Wipe")});
 

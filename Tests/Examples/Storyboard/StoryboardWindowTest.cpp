@@ -159,6 +159,7 @@ TEST_F(StoryboardWindows, TheFormSaysWhereSlidesDiffer)
     EXPECT_EQ(seconds.text(), "Several");
     EXPECT_EQ(angle.text(), "Several");
     EXPECT_EQ(transition.currentIndex(), -1);
+    EXPECT_EQ(transition.placeholderText(), "Several");
     EXPECT_EQ(widget<QLineEdit>("slideTitle").placeholderText(), "Several titles");
     EXPECT_EQ(slides[1]->settings().seconds, 8);
 
