@@ -185,7 +185,7 @@ void StoryboardSelection::pasteWithPosition(int)
         insertItems(itemsOf(*data), indexBehindSlides());
 }
 
-void StoryboardSelection::removeFromDocument(const QString &actionName)
+void StoryboardSelection::removeFromDocument()
 {
     StoryboardDocument *const storyboard = storyboardOf(document());
     if (!storyboard)
@@ -194,7 +194,7 @@ void StoryboardSelection::removeFromDocument(const QString &actionName)
         const auto removedSlides = slides();
         const auto removedSongs = songs();
         aboutToClear();
-        storyboard->removeSlides(removedSlides, actionName);
-        storyboard->removeSongs(removedSongs, actionName);
+        storyboard->removeSlides(removedSlides, QString());
+        storyboard->removeSongs(removedSongs, QString());
     });
 }

@@ -54,5 +54,5 @@ public:
     qsizetype indexBehindSlides() const;
     qsizetype indexBehindSongs() const;
     /// Removes the selected items from the document, and selects the one behind them.
-    void removeFromDocument(const QString &actionName);
+    void removeFromDocument();
 };

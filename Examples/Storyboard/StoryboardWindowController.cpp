@@ -410,7 +410,7 @@ void StoryboardWindowController::cut()
     if (storyboardSelection().isEmpty())
         return;
     storyboardSelection().copy();
-    edit(ZRLocalizedString("Cut"), [this] { storyboardSelection().removeFromDocument(QString()); });
+    edit(ZRLocalizedString("Cut"), [this] { storyboardSelection().removeFromDocument(); });
 }
 
 void StoryboardWindowController::copy()
@@ -434,7 +434,7 @@ void StoryboardWindowController::deleteSelected()
     if (QLineEdit *const field = focusedField())
         return field->del();
     if (!storyboardSelection().isEmpty())
-        edit(ZRLocalizedString("Delete"), [this] { storyboardSelection().removeFromDocument(QString()); });
+        edit(ZRLocalizedString("Delete"), [this] { storyboardSelection().removeFromDocument(); });
 }
 
 void StoryboardWindowController::selectAll()

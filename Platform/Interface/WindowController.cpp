@@ -153,7 +153,6 @@ void WindowController::setDocument(Document *document)
     m_document = document;
     if (m_document) {
         connect(m_document, &Document::displayNameChanged, this, &WindowController::updateTitle);
-        connect(m_document, &Document::pathChanged, this, &WindowController::updateTitle);
         connect(m_document, &Document::editedChanged, this, &WindowController::updateTitle);
     }
     updateTitle();
