@@ -34,9 +34,9 @@ QImage SlideCell::pictureToDraw(const platform::View &) const
     const auto *const slide = dynamic_cast<const Slide *>(representedObject().get());
     if (!slide)
         return QImage();
-    if (SlidePictures::shared().isMissing(slide->photoPath()))
-        return SlidePictures::missingPicture();
     const QImage picture = SlidePictures::shared().picture(slide->photoPath());
+    if (picture.isNull() && SlidePictures::shared().isMissing(slide->photoPath()))
+        return SlidePictures::missingPicture();
     const double angle = slide->settings().angle;
     if (picture.isNull() || angle == 0)
         return picture;

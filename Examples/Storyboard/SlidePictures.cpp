@@ -76,7 +76,8 @@ QImage SlidePictures::picture(const QString &photoPath)
 {
     if (const QImage *const known = m_pictures.object(photoPath))
         return *known;
-    if (photoPath.isEmpty() || m_missing.contains(photoPath) || m_wanted.contains(photoPath))
+    const bool isMissing = m_missing.contains(photoPath) && !m_toLookFor.remove(photoPath);
+    if (photoPath.isEmpty() || isMissing || m_wanted.contains(photoPath))
         return QImage();
     const auto unit = std::make_shared<Unit>(this, photoPath);
     if (ZRProcessServer::processServerWithName(QStringLiteral("slide_pictures"), 1).addWorkUnit(unit))
@@ -89,10 +90,12 @@ void SlidePictures::unitDidEnd(const Unit *unit)
     const std::shared_ptr<Unit> ended = m_wanted.take(unit->photoPath);
     if (!ended)
         return;
-    if (ended->picture.isNull())
+    if (ended->picture.isNull()) {
         m_missing.insert(ended->photoPath);
-    else
+    } else {
+        m_missing.remove(ended->photoPath);
         m_pictures.insert(ended->photoPath, new QImage(ended->picture),
                           std::max<qsizetype>(1, ended->picture.sizeInBytes() / 1024));
+    }
     Q_EMIT didLoad(ended->photoPath);
 }

@@ -27,6 +27,8 @@ public:
     QImage picture(const QString &photoPath);
     /// Whether it turned out that there is none: the file is gone, or cannot be read.
     bool isMissing(const QString &photoPath) const { return m_missing.contains(photoPath); }
+    /// Has those that were missing looked for once more when they are asked for next: they may be there by now.
+    void lookForMissingAgain() { m_toLookFor = m_missing; }
     /// What stands for a picture that there is none of.
     static QImage missingPicture();
     /// Whether pictures are being made.
@@ -42,5 +44,6 @@ private:
 
     QCache<QString, QImage> m_pictures{64 * 1024}; // kilobytes
     QSet<QString> m_missing; // photos of which there is no picture
+    QSet<QString> m_toLookFor; // among them
     QHash<QString, std::shared_ptr<Unit>> m_wanted;
 };

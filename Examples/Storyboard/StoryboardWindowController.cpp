@@ -2,6 +2,7 @@
 
 #include "NumberBox.h"
 #include "SlideGrid.h"
+#include "SlidePictures.h"
 #include "SongList.h"
 #include "StoryboardController.h"
 #include "Texts.h"
@@ -109,6 +110,14 @@ void StoryboardWindowController::windowDidLoad()
     ZRWindowController::windowDidLoad();
     showSelection();
     m_grid->setFocus();
+}
+
+// Files may have come back while the person was elsewhere.
+void StoryboardWindowController::windowDidBecomeKey()
+{
+    SlidePictures::shared().lookForMissingAgain();
+    if (m_grid)
+        m_grid->setNeedsDisplay();
 }
 
 void StoryboardWindowController::findOutlets()

@@ -48,6 +48,7 @@ public:
 
 protected:
     void windowDidLoad() override;
+    void windowDidBecomeKey() override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:

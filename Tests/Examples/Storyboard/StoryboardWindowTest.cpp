@@ -281,6 +281,15 @@ TEST_F(StoryboardWindows, SlidesWithoutAPhotoSaySo)
     EXPECT_EQ(second.pictureToDraw(grid), SlidePictures::missingPicture());
     EXPECT_TRUE(second.accessibleName().endsWith(", the photo is missing")) << qPrintable(second.accessibleName());
     EXPECT_EQ(first.accessibleName(), first.photoTitle());
+
+    testSupport::writeFile(in("gone.png"), testSupport::encoded(QImage(30, 40, QImage::Format_RGB32), "png"));
+    EXPECT_EQ(second.pictureToDraw(grid), SlidePictures::missingPicture());
+    EXPECT_FALSE(SlidePictures::shared().isBusy());
+    QEvent activation(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(window->window(), &activation);
+    EXPECT_EQ(second.pictureToDraw(grid), SlidePictures::missingPicture()) << "until it is there";
+    EXPECT_TRUE(testSupport::waitUntil([] { return !SlidePictures::shared().isBusy(); }));
+    EXPECT_EQ(second.pictureToDraw(grid).size(), QSize(30, 40));
 }
 
 TEST_F(StoryboardWindows, SongsAreDroppedAndDraggedToOtherPlaces)
