@@ -94,7 +94,8 @@ ZRProcessServer &readingServer()
         ZRProcessServer &server = ZRProcessServer::processServerWithName(Reading::serverName(), 9);
         const auto watcher = std::make_shared<WorkUnitWatcher<typename Reading::WorkUnit>>();
         server.addProcessObserver(watcher);
-        EXPECT_TRUE(waitUntil([&] { return watcher->ended == 1; })) << "readers read on another server";
+        // The unit of a reader before may end at the same time.
+        EXPECT_TRUE(waitUntil([&] { return watcher->ended >= 1; })) << "readers read on another server";
         return server;
     };
     static ZRProcessServer &server = serverOfAReader();
