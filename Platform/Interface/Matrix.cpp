@@ -123,12 +123,13 @@ std::optional<Matrix::Place> Matrix::placeAtPoint(const QPointF &point) const
     const QSizeF step = stride();
     if (!(point.x() >= 0 && point.y() >= 0 && step.width() > 0 && step.height() > 0))
         return std::nullopt;
-    const double column = std::floor(point.x() / step.width()), row = std::floor(point.y() / step.height());
-    if (column >= m_numberOfColumns || row >= m_numberOfRows)
+    const double columns = point.x() / step.width(), rows = point.y() / step.height();
+    if (!(columns < m_numberOfColumns && rows < m_numberOfRows))
         return std::nullopt;
+    const int column = int(columns), row = int(rows); // rounded down: neither is below 0
     const bool isOnCell =
         point.x() - column * step.width() < m_cellSize.width() && point.y() - row * step.height() < m_cellSize.height();
-    return isOnCell ? std::optional(Place{int(row), int(column)}) : std::nullopt;
+    return isOnCell ? std::optional(Place{row, column}) : std::nullopt;
 }
 
 QRectF Matrix::cellFrameAtRow(int row, int column) const
