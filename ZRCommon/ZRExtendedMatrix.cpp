@@ -107,6 +107,9 @@ ZRExtendedMatrix::ShownPlace ZRExtendedMatrix::shownPlace() const
     const double top = enclosingScrollView() ? enclosingScrollView()->documentVisibleRect().top() : 0;
     if (!(top > 0 && rowHeight > 0))
         return {};
+    // Nobody has scrolled since: from each flow to the next the first cell of a row would drift to the start.
+    if (top == m_shownTop)
+        return m_shown;
     const double row = std::floor(top / rowHeight);
     return {qint64(row) * numberOfColumns(), top / rowHeight - row};
 }
@@ -119,6 +122,8 @@ void ZRExtendedMatrix::showPlace(const ShownPlace &place)
     const double rowHeight = cellSize().height() + intercellSpacing().height();
     const double top = (double(place.index / numberOfColumns()) + place.fraction) * rowHeight;
     scrollView->scrollToPoint(QPointF(scrollView->documentVisibleRect().x(), top));
+    m_shown = place;
+    m_shownTop = scrollView->documentVisibleRect().top();
 }
 
 void ZRExtendedMatrix::possiblyAdjustNumberRowsAndColumns()

@@ -171,4 +171,6 @@ private:
     QPointer<platform::ArrayController> m_observed_object_for_matrix_selection;
     QPointF m_mouse_down_point;
     QMetaObject::Connection m_selectionObservation;
+    ShownPlace m_shown; // when the cells flowed last
+    double m_shownTop = 0; // where that was then
 };

@@ -4,6 +4,7 @@
 
 #include <QSignalBlocker>
 
+#include <algorithm>
 #include <cmath>
 
 NumberBox::NumberBox(QWidget *parent)

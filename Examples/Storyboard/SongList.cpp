@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QStyledItemDelegate>
 
+#include <algorithm>
 #include <utility>
 
 namespace {

@@ -12,6 +12,8 @@
 
 #include <QtWidgets>
 
+#include <algorithm>
+
 namespace {
 
 /// What was typed into the fields of the windows belongs to the document.

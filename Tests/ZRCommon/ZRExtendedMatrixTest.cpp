@@ -695,6 +695,20 @@ TEST_F(ExtendedMatrix, WhatShowsFirstStillDoesWhenTheCellsFlow)
     EXPECT_EQ(scrollView.documentVisibleRect().y(), 0);
 }
 
+TEST_F(ExtendedMatrix, WhatShowsFirstDoesNotDriftWhenTheCellsFlowAgainAndAgain)
+{
+    fill(2000); // four in a row
+    scrollView.scrollToPoint(QPointF(0, 100 * 50 + 20));
+    for (int i = 0; i < 20; ++i) {
+        for (const int width : {330, 230, 330, 430}) // three, two, three and four in a row
+            scrollView.resize(width, 300);
+    }
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 100 * 50 + 20);
+    scrollView.scrollToPoint(QPointF(0, 50 * 50));
+    scrollView.resize(230, 300);
+    EXPECT_EQ(scrollView.documentVisibleRect().y(), 100 * 50) << "from where it was scrolled to";
+}
+
 TEST_F(ExtendedMatrix, FlowsWhileItIsBound)
 {
     fill(7);
